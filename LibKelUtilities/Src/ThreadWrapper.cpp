@@ -1,0 +1,90 @@
+#include "LibKelUtilities/ThreadWrapper.h"
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <mutex>
+
+namespace LibKelUtilities {
+
+struct ThreadWrapper::Run {
+  ThreadFunction function;
+  void* argument;
+  std::string name;
+  pthread_t thread{};
+  std::mutex mutex;
+  std::condition_variable ended;
+  bool hasEnded = false;
+
+  /// Tells the waiter that the function is over, also when the thread was cancelled or left by
+  /// pthread_exit.
+  struct EndMark {
+    Run& run;
+    ~EndMark() {
+      const std::lock_guard<std::mutex> lock(run.mutex);
+      run.hasEnded = true;
+      run.ended.notify_all();
+    }
+  };
+
+  static void* Main(void* shared) {
+    const std::unique_ptr<std::shared_ptr<Run>> run(static_cast<std::shared_ptr<Run>*>(shared));
+    Run& self = **run;
+    const EndMark mark{self};
+    if (!self.name.empty()) pthread_setname_np(pthread_self(), self.name.c_str());
+    return self.function(self.argument);
+  }
+
+  bool WaitForEnd(int milliseconds) {
+    std::unique_lock<std::mutex> lock(mutex);
+    const auto isOver = [this] { return hasEnded; };
+    if (milliseconds >= 0) {
+      return ended.wait_for(lock, std::chrono::milliseconds(milliseconds), isOver);
+    }
+    ended.wait(lock, isOver);
+    return true;
+  }
+};
+
+ThreadWrapper::ThreadWrapper() = default;
+
+ThreadWrapper::~ThreadWrapper() {
+  if (run_ != nullptr) pthread_detach(run_->thread);
+}
+
+int ThreadWrapper::StartThread(ThreadFunction function, void* argument,
+                               const pthread_attr_t* attributes, const char* name, bool detached) {
+  constexpr std::size_t kNameLimit = 15;
+  if (run_ != nullptr) return EBUSY;
+  const auto run = std::make_shared<Run>();
+  run->function = function;
+  run->argument = argument;
+  if (name != nullptr) run->name.assign(name, strnlen(name, kNameLimit));
+
+  auto handedOver = std::make_unique<std::shared_ptr<Run>>(run);
+  pthread_t thread;
+  const int result = pthread_create(&thread, attributes, Run::Main, handedOver.get());
+  if (result != 0) return result;
+  static_cast<void>(handedOver.release());  // The new thread owns it now.
+  if (detached) return pthread_detach(thread);
+  run->thread = thread;
+  run_ = run;
+  return 0;
+}
+
+int ThreadWrapper::FinishThread(int milliseconds) {
+  if (run_ == nullptr) return 0;
+  if (pthread_equal(run_->thread, pthread_self()) != 0) return EDEADLK;
+  if (!run_->WaitForEnd(milliseconds)) return ETIMEDOUT;
+  pthread_join(run_->thread, nullptr);
+  run_.reset();
+  return 0;
+}
+
+std::string ThreadWrapper::GetErrorCodeText(int errorCode) {
+  char text[256] = "";
+  return strerror_r(errorCode, text, sizeof text);
+}
+
+}  // namespace LibKelUtilities

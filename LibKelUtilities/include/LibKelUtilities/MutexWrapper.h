@@ -1,0 +1,46 @@
+#pragma once
+
+#include <pthread.h>
+
+#include "LibKelUtilities/Export.h"
+
+namespace LibKelUtilities {
+
+/// Gives a class a mutex of its own, held for a scope with a ThreadGuard.
+///
+/// The mutex is recursive: the thread that holds it may take it again, and releases it when the
+/// last of its guards ends. Derived classes lock it in const operations too. Each object has its
+/// own mutex, made with it and destroyed with it, so objects cannot be copied; nobody may hold the
+/// mutex when the object is destroyed.
+class KELUTILITIES_EXPORT MutexWrapper {
+ public:
+  /// Takes a mutex, waiting for it as long as it takes, and releases it at the end of the scope,
+  /// also when an exception or a thread's cancellation ends the scope.
+  class ThreadGuard {
+   public:
+    explicit ThreadGuard(pthread_mutex_t* mutex) : mutex_(mutex) { pthread_mutex_lock(mutex_); }
+    ~ThreadGuard() { pthread_mutex_unlock(mutex_); }
+
+    ThreadGuard(const ThreadGuard&) = delete;
+    ThreadGuard& operator=(const ThreadGuard&) = delete;
+
+   private:
+    pthread_mutex_t* mutex_;
+  };
+
+  /// Throws std::bad_alloc when there is no memory for the mutex.
+  MutexWrapper();
+  virtual ~MutexWrapper();
+
+  MutexWrapper(const MutexWrapper&) = delete;
+  MutexWrapper& operator=(const MutexWrapper&) = delete;
+
+ protected:
+  /// The mutex to hand to a ThreadGuard; valid as long as this object.
+  pthread_mutex_t* GetMutex() const { return mutex_; }
+
+ private:
+  pthread_mutex_t* mutex_;  // Owned. By pointer, so that const operations can lock it.
+};
+
+}  // namespace LibKelUtilities

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <ostream>
+#include <streambuf>
+#include <string>
+
+namespace Logger::Internal {
+
+/// Collects what a stream writes, and hands it to a file's descriptor in one piece.
+class FileBuffer : public std::streambuf {
+ public:
+  FileBuffer();
+  ~FileBuffer() override;
+
+  /// Opens the file for writing, at its end or emptied, made if it does not exist. False when that
+  /// fails or a file is open already.
+  bool Open(const std::string& fileName, bool append);
+  bool IsOpen() const { return descriptor_ >= 0; }
+  /// False when there is no open file, or the system reported an error of the file's.
+  bool Close();
+
+  /// Writes what was collected, with one system call unless the kernel takes only a part. What
+  /// could not be written is dropped.
+  bool WriteCollected();
+  void DropCollected();
+
+  /// Where the next byte goes, as the kernel tells it; -1 when the file has no position.
+  long long Position() const;
+
+ protected:
+  int_type overflow(int_type character) override;
+  std::streamsize xsputn(const char* text, std::streamsize length) override;
+  int sync() override;
+
+ private:
+  int descriptor_ = -1;
+  std::string collected_;
+};
+
+/// An output stream to a file, with the states of a std::ofstream, that formats in the classic
+/// locale.
+class FileStream : public std::ostream {
+ public:
+  FileStream();
+  ~FileStream() override;
+
+  void Open(const std::string& fileName, bool append);  ///< Sets failbit, or clears the state.
+  bool IsOpen() const { return buffer_.IsOpen(); }
+  void Close();     ///< Sets failbit when the file was not open or could not be closed.
+  /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops it.
+  void WriteOut();
+  /// Where the next byte goes, as tellp() would say; -1 when the stream has failed.
+  long long Position() const;
+
+ private:
+  FileBuffer buffer_;
+};
+
+}  // namespace Logger::Internal

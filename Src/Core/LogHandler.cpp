@@ -1,0 +1,282 @@
+#include "LogHandler.h"
+
+#include <sys/time.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstring>
+
+#include "Core/LivingHandlers.h"
+#include "Internal/ErrnoKeeper.h"
+#include "Internal/FormattedText.h"
+#include "Internal/Require.h"
+#include "LibKelUtilities/GetTid.h"
+#include "LogLevelManager.h"
+#include "Logger.h"
+
+using Logger::Internal::Contract;
+using Logger::Internal::ErrnoKeeper;
+using Logger::Internal::FormattedText;
+using Logger::Internal::LivingHandlers;
+using Logger::Internal::Require;
+
+namespace {
+
+constexpr Contract kAddLogClient{"logClient", "Src/LogHandler", 216,
+                                 "bool LogHandler::AddLogClient(LogHandlerClient*)"};
+constexpr Contract kRemoveLogClient{"logClient", "Src/LogHandler", 285,
+                                    "void LogHandler::RemoveLogClient(LogHandlerClient*)"};
+
+constexpr unsigned int kLevelsInWord = 64;
+
+bool IsRegistered(unsigned int level) {
+  LogLevelManager* levels = Logger::GetLogLevelManager();
+  return levels != nullptr && levels->ExistLogLevel(level);
+}
+
+}  // namespace
+
+/// Where in the source a message comes from.
+struct LogHandler::SourcePosition {
+  const char* file;
+  std::size_t fileLength;
+  int line;
+
+  static SourcePosition Unknown() { return {"", 0, 0}; }
+  static SourcePosition At(const logstring& file, int line) {
+    return {file.data(), file.size(), line};
+  }
+  static SourcePosition At(const char* file, int line) {
+    return file == nullptr ? SourcePosition{"", 0, line}
+                           : SourcePosition{file, std::strlen(file), line};
+  }
+};
+
+/// One event's way along the receivers. It stays in step when a receiver attaches or detaches
+/// others, or itself, meanwhile.
+class LogHandler::Distribution {
+ public:
+  Distribution(const LogHandler& handler, const LogEvent& event)
+      : handler_(handler), event_(event), outer_(handler.distributions_), next_(0) {
+    handler.distributions_ = this;
+  }
+  ~Distribution() { handler_.distributions_ = outer_; }
+
+  Distribution(const Distribution&) = delete;
+  Distribution& operator=(const Distribution&) = delete;
+
+  void Run() {
+    while (next_ < handler_.clients_.size()) handler_.clients_[next_++]->Publish(event_);
+  }
+  void ReceiverRemoved(std::size_t index) {
+    if (index < next_) --next_;
+  }
+  bool IsOf(const LogEvent& event) const { return &event_ == &event; }
+  Distribution* Outer() const { return outer_; }
+
+ private:
+  const LogHandler& handler_;
+  const LogEvent& event_;
+  Distribution* const outer_;
+  std::size_t next_;
+};
+
+LogHandler::LogHandler(const logstring& name)
+    : name_(name),
+      active_(false),
+      rejectedLevels_(0),
+      disabledBelow64_(0),
+      nextLiving_(nullptr),
+      previousLiving_(nullptr),
+      distributions_(nullptr) {
+  LivingHandlers::Enter(*this);
+  LogHandler::Init();
+}
+
+LogHandler::~LogHandler() {
+  Logger::GetLogManager()->RemoveLogHandler(this);
+  LivingHandlers::Leave(*this);
+}
+
+bool LogHandler::Init() {
+  SetLogHandlerActive(true);
+  return true;
+}
+
+bool LogHandler::IsInitialize() { return true; }
+
+bool LogHandler::IsLogClient() const { return false; }
+
+void LogHandler::SetName(const logstring& name) { name_ = name; }
+
+logstring LogHandler::GetName() const { return name_; }
+
+void LogHandler::SetLogHandlerActive(bool active) { LivingHandlers::SetActive(*this, active); }
+
+bool LogHandler::GetLogHandlerActive() const { return active_; }
+
+void LogHandler::SetLogLevel(unsigned int level, bool enable) {
+  if (!IsRegistered(level)) return;
+  const ThreadGuard guard(GetMutex());
+  const auto found = std::find(disabledLevels_.begin(), disabledLevels_.end(), level);
+  const bool isEnabled = found == disabledLevels_.end();
+  if (enable == isEnabled) return;
+  if (enable) {
+    disabledLevels_.erase(found);
+  } else {
+    disabledLevels_.push_back(level);
+  }
+  LivingHandlers::SetDisabled(*this, level, !enable);
+}
+
+bool LogHandler::GetLogLevel(unsigned int level) {
+  return IsRegistered(level) && IsEnabledFor(level);
+}
+
+bool LogHandler::IsEnabledFor(unsigned int level) const {
+  const ThreadGuard guard(GetMutex());
+  return !IsDisabled(level);
+}
+
+bool LogHandler::IsDisabled(unsigned int level) const {
+  return std::find(disabledLevels_.begin(), disabledLevels_.end(), level) != disabledLevels_.end();
+}
+
+bool LogHandler::HandleLogEvent(unsigned int level) const {
+  if (level < kLevelsInWord) return (rejectedLevels_ >> level & 1) == 0;
+  return active_ && IsRegistered(level) && IsEnabledFor(level);
+}
+
+bool LogHandler::AddLogClient(LogHandlerClient* logClient) {
+  Require(logClient != nullptr, kAddLogClient);
+  const ThreadGuard guard(GetMutex());
+  if (std::find(clients_.begin(), clients_.end(), logClient) != clients_.end()) return false;
+  clients_.push_back(logClient);
+  return true;
+}
+
+void LogHandler::RemoveLogClient(LogHandlerClient* logClient) {
+  Require(logClient != nullptr, kRemoveLogClient);
+  const ThreadGuard guard(GetMutex());
+  const auto found = std::find(clients_.begin(), clients_.end(), logClient);
+  if (found == clients_.end()) return;
+  static_cast<void>(RemoveLogClientAt(static_cast<unsigned int>(found - clients_.begin())));
+}
+
+unsigned int LogHandler::GetLogClientCount() const {
+  const ThreadGuard guard(GetMutex());
+  return static_cast<unsigned int>(clients_.size());
+}
+
+LogHandlerClient* LogHandler::GetLogClientAt(unsigned int index) {
+  const ThreadGuard guard(GetMutex());
+  return index < clients_.size() ? clients_[index] : nullptr;
+}
+
+LogHandlerClient* LogHandler::RemoveLogClientAt(unsigned int index) {
+  const ThreadGuard guard(GetMutex());
+  if (index >= clients_.size()) return nullptr;
+  LogHandlerClient* const removed = clients_[index];
+  clients_.erase(clients_.begin() + index);
+  for (Distribution* under = distributions_; under != nullptr; under = under->Outer()) {
+    under->ReceiverRemoved(index);
+  }
+  return removed;
+}
+
+void LogHandler::DropClients() {
+  const ThreadGuard guard(GetMutex());
+  while (RemoveLogClientAt(0) != nullptr) continue;
+}
+
+bool LogHandler::Publish(const LogEvent& event) {
+  const unsigned int level = event.GetLogLevel();
+  if (!HandleLogEvent(level)) return false;
+  const ThreadGuard guard(GetMutex());
+  if (!HandleLogEvent(level)) return false;  // Switched off while this thread waited.
+  Distribute(event);
+  return true;
+}
+
+void LogHandler::Distribute(const LogEvent& event) const {
+  const ThreadGuard guard(GetMutex());
+  if (!IsDistributing(event)) Distribution(*this, event).Run();
+}
+
+/// Whether the event has come round in a cycle of handlers, which would never end.
+bool LogHandler::IsDistributing(const LogEvent& event) const {
+  const Distribution* under = distributions_;
+  while (under != nullptr && !under->IsOf(event)) under = under->Outer();
+  return under != nullptr;
+}
+
+bool LogHandler::Log(unsigned int level, const char* format, ...) {
+  if (!HandleLogEvent(level)) return false;
+  va_list arguments;
+  va_start(arguments, format);
+  const bool result = LogArguments(level, SourcePosition::Unknown(), format, arguments);
+  va_end(arguments);
+  return result;
+}
+
+bool LogHandler::DebugLog(unsigned int level, const logstring& file, int line, const char* format,
+                          ...) {
+  if (!HandleLogEvent(level)) return false;
+  va_list arguments;
+  va_start(arguments, format);
+  const bool result = LogArguments(level, SourcePosition::At(file, line), format, arguments);
+  va_end(arguments);
+  return result;
+}
+
+bool LogHandler::DebugLog(unsigned int level, const char* file, int line, const char* format, ...) {
+  if (!HandleLogEvent(level)) return false;
+  va_list arguments;
+  va_start(arguments, format);
+  const bool result = LogArguments(level, SourcePosition::At(file, line), format, arguments);
+  va_end(arguments);
+  return result;
+}
+
+bool LogHandler::LogForce(unsigned int level, const char* text) {
+  if (!HandleLogEvent(level)) return false;
+  if (text == nullptr) return true;
+  return LogText(level, SourcePosition::Unknown(), text, std::strlen(text));
+}
+
+bool LogHandler::DebugLogForce(unsigned int level, const logstring& file, int line,
+                               const char* text) {
+  if (!HandleLogEvent(level)) return false;
+  if (text == nullptr) return true;
+  return LogText(level, SourcePosition::At(file, line), text, std::strlen(text));
+}
+
+bool LogHandler::DebugLogForce(unsigned int level, const char* file, int line, const char* text) {
+  if (!HandleLogEvent(level)) return false;
+  if (text == nullptr) return true;
+  return LogText(level, SourcePosition::At(file, line), text, std::strlen(text));
+}
+
+/// Formats before it takes the lock: other threads' events need not wait for it.
+bool LogHandler::LogArguments(unsigned int level, const SourcePosition& position,
+                              const char* format, va_list arguments) {
+  const ErrnoKeeper errnoKeeper;
+  const FormattedText text(format, arguments);
+  if (text.Text() == nullptr) return true;
+  return LogText(level, position, text.Text(), text.Length());
+}
+
+/// Decides for good, under the lock, whether the text becomes an event, and distributes it.
+bool LogHandler::LogText(unsigned int level, const SourcePosition& position, const char* text,
+                         std::size_t length) {
+  const ErrnoKeeper errnoKeeper;
+  const ThreadGuard guard(GetMutex());
+  if (!HandleLogEvent(level)) return false;
+  timeval now;
+  gettimeofday(&now, nullptr);
+  const LogEvent event(level, logstring(text, length), name_,
+                       logstring(position.file, position.fileLength), position.line, now,
+                       LibKelUtilities::GetTid());
+  Distribute(event);
+  return true;
+}

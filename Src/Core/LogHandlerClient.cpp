@@ -1,0 +1,3 @@
+#include "LogHandlerClient.h"
+
+LogHandlerClient::~LogHandlerClient() = default;

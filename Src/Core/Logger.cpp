@@ -1,0 +1,213 @@
+#include "Logger.h"
+
+#include <algorithm>
+#include <mutex>
+#include <shared_mutex>
+
+#include "Core/LivingHandlers.h"
+#include "Internal/Require.h"
+#include "LogClientFactory.h"
+#include "LogClientManager.h"
+#include "LogHandler.h"
+#include "LogLayoutFactory.h"
+#include "LogLevelManager.h"
+
+namespace Logger {
+
+using Internal::Contract;
+using Internal::LivingHandlers;
+using Internal::Require;
+
+namespace {
+
+constexpr Contract kRemoveLogHandler{"lh", "Src/Logger", 148,
+                                     "void Logger::LogManager::RemoveLogHandler(LogHandler*)"};
+
+// The manager whose levels decide for all handlers, while it lives. An application may make others.
+std::atomic<LogManager*> processManager{nullptr};
+
+}  // namespace
+
+/// A handler in the manager's list. Who visits the handler without the manager's lock holds the
+/// entry's shared; the handler's end takes it alone, and so waits for the visitors that are there.
+/// Visitors never wait for each other: one may be inside a handler's lock that another waits for.
+struct LogManager::HandlerEntry {
+  HandlerEntry(LogHandler* itsHandler, unsigned long itsNumber)
+      : handler(itsHandler), number(itsNumber) {}
+
+  LogHandler* handler;  // Null once the handler has gone.
+  const unsigned long number;
+  std::shared_mutex visitors;
+};
+
+/// Registries that a later Init() replaced.
+struct LogManager::Abandoned {
+  LogClientManager* clientManager;
+  LogLevelManager* levelManager;
+  LogClientFactory* clientFactory;
+  LogLayoutFactory* layoutFactory;
+  Abandoned* next;
+};
+
+LogManager::Abandoned* LogManager::abandoned_ = nullptr;
+
+LogManager::LogManager()
+    : defaultHandler_(nullptr),
+      clientManager_(nullptr),
+      levelManager_(nullptr),
+      clientFactory_(nullptr),
+      layoutFactory_(nullptr),
+      handlersMade_(0) {
+  Init();
+}
+
+LogManager::~LogManager() {
+  if (processManager == this) {
+    LivingHandlers::FollowRegistry(nullptr);  // Every handler rejects every level from here on.
+    processManager = nullptr;
+  }
+  VisitHandlers([](LogHandler& handler) { handler.DropClients(); });
+  clientManager_.load()->Clear();
+  delete clientManager_.exchange(nullptr);
+
+  // Off the list first: a handler's destructor tells the process's manager only, whichever made it.
+  HandlerEntries entries;
+  {
+    const ThreadGuard guard(GetMutex());
+    entries.swap(handlers_);
+  }
+  for (const auto& entry : entries) delete entry->handler;
+
+  delete levelManager_.exchange(nullptr);
+  delete clientFactory_.exchange(nullptr);
+  delete layoutFactory_.exchange(nullptr);
+}
+
+void LogManager::Init() {
+  KeepAbandoned();
+  defaultHandler_ = Make("default");
+  clientManager_ = new LogClientManager;
+  levelManager_ = new LogLevelManager;
+  clientFactory_ = new LogClientFactory;
+  layoutFactory_ = new LogLayoutFactory;
+  if (processManager == this) LivingHandlers::FollowRegistry(levelManager_);
+}
+
+void LogManager::KeepAbandoned() {
+  if (clientManager_ == nullptr) return;
+  abandoned_ =
+      new Abandoned{clientManager_, levelManager_, clientFactory_, layoutFactory_, abandoned_};
+}
+
+LogHandler* LogManager::GetDefault() { return defaultHandler_; }
+
+LogHandler* LogManager::GetExistingLogHandler(const logstring& name) {
+  const ThreadGuard guard(GetMutex());
+  if (handlers_.empty()) Init();
+  return Find(name);
+}
+
+LogHandler* LogManager::GetLogHandler(const logstring& name) {
+  const ThreadGuard guard(GetMutex());
+  LogHandler* const existing = GetExistingLogHandler(name);
+  return existing != nullptr ? existing : Make(name);
+}
+
+std::vector<logstring> LogManager::GetLogHandlerNames() const {
+  const ThreadGuard guard(GetMutex());
+  std::vector<logstring> names;
+  for (const auto& entry : handlers_) names.push_back(entry->handler->name_);
+  return names;
+}
+
+LogHandler* LogManager::Find(const logstring& name) const {
+  const auto found = std::find_if(handlers_.begin(), handlers_.end(),
+                                  [&](const auto& entry) { return entry->handler->name_ == name; });
+  return found == handlers_.end() ? nullptr : (*found)->handler;
+}
+
+LogHandler* LogManager::Make(const logstring& name) {
+  auto handler = std::make_unique<LogHandler>(name);
+  handlers_.push_back(std::make_shared<HandlerEntry>(handler.get(), ++handlersMade_));
+  return handler.release();
+}
+
+void LogManager::RemoveLogHandler(LogHandler* lh) {
+  Require(lh != nullptr, kRemoveLogHandler);
+  Forget(lh);
+  VisitHandlers([lh](LogHandler& handler) { handler.RemoveLogClient(lh); });
+}
+
+/// Calls `visit` with one handler after the other, without the manager's lock: handlers may be made
+/// and deleted meanwhile.
+template <typename Visit>
+void LogManager::VisitHandlers(Visit visit) {
+  unsigned long visited = 0;
+  while (const std::shared_ptr<HandlerEntry> entry = FirstBehind(visited)) {
+    const std::shared_lock<std::shared_mutex> visiting(entry->visitors);
+    if (entry->handler != nullptr) visit(*entry->handler);
+    visited = entry->number;
+  }
+}
+
+/// Takes the handler off the list, and waits for those who are just visiting it.
+void LogManager::Forget(LogHandler* lh) {
+  std::shared_ptr<HandlerEntry> forgotten;
+  {
+    const ThreadGuard guard(GetMutex());
+    const auto found = std::find_if(handlers_.begin(), handlers_.end(),
+                                    [&](const auto& entry) { return entry->handler == lh; });
+    if (found == handlers_.end()) return;
+    forgotten = *found;
+    handlers_.erase(found);
+  }
+  const std::unique_lock<std::shared_mutex> alone(forgotten->visitors);
+  forgotten->handler = nullptr;
+}
+
+std::shared_ptr<LogManager::HandlerEntry> LogManager::FirstBehind(unsigned long number) const {
+  const ThreadGuard guard(GetMutex());
+  const auto found =
+      std::upper_bound(handlers_.begin(), handlers_.end(), number,
+                       [](unsigned long n, const auto& entry) { return n < entry->number; });
+  return found == handlers_.end() ? nullptr : *found;
+}
+
+LogClientManager* LogManager::GetLogClientManager() { return clientManager_; }
+
+LogLevelManager* LogManager::GetLogLevelManager() { return levelManager_; }
+
+LogClientFactory* LogManager::GetLogClientFactory() { return clientFactory_; }
+
+LogLayoutFactory* LogManager::GetLogLayoutFactory() { return layoutFactory_; }
+
+namespace {
+
+/// The manager together with what makes it the process's own.
+struct ProcessManager {
+  LogManager manager;
+
+  ProcessManager() {
+    processManager = &manager;
+    LivingHandlers::FollowRegistry(manager.GetLogLevelManager());
+  }
+};
+
+}  // namespace
+
+LogManager* GetLogManager() {
+  static ProcessManager instance;
+  return &instance.manager;
+}
+
+LogHandler* GetDefaultLogHandler() { return GetLogManager()->GetDefault(); }
+
+LogHandler* GetLogHandler(const logstring& name) { return GetLogManager()->GetLogHandler(name); }
+
+LogHandler* GetExistingLogHandler(const logstring& name) {
+  return GetLogManager()->GetExistingLogHandler(name);
+}
+
+LogLevelManager* GetLogLevelManager() { return GetLogManager()->GetLogLevelManager(); }
+
+}  // namespace Logger

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace Logger::Internal {
+
+/// Writes the one line that the library ever writes to standard error: the operation that failed, a
+/// number that tells the place from all others, and a text.
+void ReportError(const char* operation, int number, const char* text);
+
+}  // namespace Logger::Internal

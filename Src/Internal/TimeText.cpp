@@ -1,0 +1,82 @@
+#include "Internal/TimeText.h"
+
+#include <time.h>
+
+#include <cstddef>
+
+#include "LibKelUtilities/Localtime.h"
+
+namespace Logger::Internal {
+
+namespace {
+
+constexpr std::size_t kDateTimeSize = 20;  // With the terminator.
+constexpr std::size_t kPartSize = 16;
+
+/// What tzset() leaves behind, as far as it can be seen: the names are the C library's own copies,
+/// at a new address when they are others. Localtime in other threads may write them meanwhile,
+/// always whole.
+struct Zone {
+  const char* standardName;
+  const char* summerName;
+  long offset;
+  int hasSummerTime;
+
+  static Zone Current() {
+    return {__atomic_load_n(&tzname[0], __ATOMIC_RELAXED),
+            __atomic_load_n(&tzname[1], __ATOMIC_RELAXED),
+            __atomic_load_n(&timezone, __ATOMIC_RELAXED),
+            __atomic_load_n(&daylight, __ATOMIC_RELAXED)};
+  }
+
+  bool operator==(const Zone& other) const {
+    return standardName == other.standardName && summerName == other.summerName &&
+           offset == other.offset && hasSummerTime == other.hasSummerTime;
+  }
+};
+
+/// One second's local time, kept by each thread: most events share theirs with the one before.
+struct LocalSecond {
+  bool isKnown;
+  bool isConvertible;
+  long seconds;
+  Zone zone;
+  tm local;
+  char dateTime[kDateTimeSize];
+};
+
+// Nothing here needs to be destroyed, so the library can be unloaded while threads go on.
+thread_local LocalSecond lastSecond;
+
+const LocalSecond& LocalTime(long seconds) {
+  LocalSecond& last = lastSecond;
+  if (last.isKnown && last.seconds == seconds && last.zone == Zone::Current()) return last;
+  const Zone before = Zone::Current();
+  last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
+  const bool hasText = last.isConvertible && strftime(last.dateTime, sizeof last.dateTime,
+                                                      "%Y-%m-%dT%H:%M:%S", &last.local) != 0;
+  if (!hasText) last.dateTime[0] = '\0';
+  last.seconds = seconds;
+  last.zone = Zone::Current();
+  // A zone that changed during the conversion leaves open which one the text is of.
+  last.isKnown = last.zone == before;
+  return last;
+}
+
+}  // namespace
+
+const char* DateTimeText(long seconds) { return LocalTime(seconds).dateTime; }
+
+logstring DateText(long seconds) {
+  char text[kPartSize];
+  const LocalSecond& second = LocalTime(seconds);
+  return {text, second.isConvertible ? strftime(text, sizeof text, "%Y-%m-%d", &second.local) : 0};
+}
+
+logstring TimeOfDayText(long seconds) {
+  char text[kPartSize];
+  const LocalSecond& second = LocalTime(seconds);
+  return {text, second.isConvertible ? strftime(text, sizeof text, "%H:%M:%S", &second.local) : 0};
+}
+
+}  // namespace Logger::Internal

@@ -1,0 +1,3 @@
+#include "LogLayout.h"
+
+LogLayout::~LogLayout() = default;

@@ -1,0 +1,13 @@
+#include "LogLayoutMessage.h"
+
+#include <ostream>
+
+#include "Internal/EventAccess.h"
+
+using Logger::Internal::EventAccess;
+
+LogLayoutMessage::~LogLayoutMessage() = default;
+
+void LogLayoutMessage::FormatAndAppend(std::ostream& out, const LogEvent& event) {
+  out << EventAccess::Message(event) << "\n";
+}

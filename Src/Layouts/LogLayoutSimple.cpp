@@ -1,0 +1,13 @@
+#include "LogLayoutSimple.h"
+
+#include <ostream>
+
+#include "Internal/EventAccess.h"
+
+using Logger::Internal::EventAccess;
+
+LogLayoutSimple::~LogLayoutSimple() = default;
+
+void LogLayoutSimple::FormatAndAppend(std::ostream& out, const LogEvent& event) {
+  out << EventAccess::LevelName(event) << " - " << EventAccess::Message(event) << "\n";
+}

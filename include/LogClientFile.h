@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "LogClient.h"
+
+namespace Logger {
+namespace Internal {
+class FileStream;
+}
+}  // namespace Logger
+
+/// Writes events to a text file. When Publish returns, the whole event has been handed to the
+/// kernel in one write. Registered as "LogClientFile".
+///
+/// Nothing is ever reported: a file that cannot be opened leaves the client not initialised. After
+/// a write that failed, for example because the disk was full, the client drops every later event;
+/// what was left of the failed one is not written later. Texts are formatted in the classic locale.
+/// The descriptor is not passed on to programs that the process starts.
+class LOGGER_EXPORT LogClientFile : public LogClient {
+ public:
+  /// Opens `filename`, relative to the working directory, and writes at its end, or empties it
+  /// first when `append` is false. An empty name leaves the client not initialised.
+  LogClientFile(const std::string& filename, bool append);
+  /// Reads "filename", and "fileappend", which is on unless it is exactly "false". The properties
+  /// are not kept.
+  explicit LogClientFile(const LogProperties& properties);
+  ~LogClientFile() override;
+
+  /// Opens the file, and returns whether it is open; that is what IsInitialize() then tells.
+  bool Init();
+
+  /// Writes and flushes the event. False when the client is not initialised, has no layout, or an
+  /// earlier event could not be written. The event whose own write fails still gives true.
+  bool Publish(const LogEvent& event) override;
+
+ protected:
+  std::unique_ptr<Logger::Internal::FileStream> stream_;
+  std::string filename_;
+  bool append_;
+};

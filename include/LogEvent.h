@@ -1,0 +1,68 @@
+#pragma once
+
+#include <sys/time.h>
+
+#include "LogString.h"
+#include "LoggerExport.h"
+
+namespace Logger {
+namespace Internal {
+struct EventAccess;
+}
+}  // namespace Logger
+
+/// One log record, as it travels from a handler to the clients.
+///
+/// An event owns its texts; copying it copies every field. It does not change on its way through
+/// the tree, so clients and layouts read it without a lock. Getters return copies.
+class LOGGER_EXPORT LogEvent {
+ public:
+  /// `line` is 0 and `fileName` empty when the source position is not known; `time` is the wall
+  /// clock's; `threadId` is the kernel's, from LibKelUtilities::GetTid().
+  LogEvent(unsigned int level, logstring message, logstring handlerName, logstring fileName,
+           int line, timeval time, int threadId);
+  LogEvent(const LogEvent& other);
+  LogEvent& operator=(const LogEvent& other);
+  virtual ~LogEvent();
+
+  /// Copies all fields. The copy constructor and the assignment operator go through it.
+  void Assign(const LogEvent& other);
+
+  unsigned int GetLogLevel() const;
+  /// The name that the process's level registry has for the level now; empty when it has none.
+  logstring GetLogLevelName() const;
+  logstring GetLogMessage() const;
+  /// The name of the handler that made the event, whichever handlers passed it on.
+  logstring GetLogHandlerName() const;
+  /// The source file as the caller gave it.
+  logstring GetFullFileName() const;
+  /// What follows the last backslash of the full name. Only a backslash separates, on purpose: a
+  /// name with forward slashes comes whole.
+  logstring GetFileName() const;
+  int GetLine() const;
+
+  /// The local time as 2004-03-01T13:05:09 (strftime's "%Y-%m-%dT%H:%M:%S"). Like every text of the
+  /// time it follows the process's time zone, and is empty for a year that has no room in it.
+  logstring GetDateTime() const;
+  /// GetDateTime() with the microseconds: 2004-03-01T13:05:09.000042.
+  logstring GetDateTimeUsec() const;
+  logstring GetDate() const;  ///< The local date as 2004-03-01.
+  logstring GetTime() const;  ///< The local time of day as 13:05:09.
+  long GetTimeSec() const;    ///< Whole seconds since 1970-01-01T00:00:00 UTC.
+  long GetTimeUsec() const;   ///< Microseconds past the second.
+
+  int GetThreadId() const;
+  /// Replaces the thread's id, for an event that is not shared yet.
+  void SetThreadId(int threadId);
+
+ private:
+  friend struct Logger::Internal::EventAccess;
+
+  unsigned int level_;
+  logstring message_;
+  logstring handlerName_;
+  logstring fileName_;
+  int line_;
+  timeval time_;
+  int threadId_;
+};

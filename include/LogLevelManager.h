@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <vector>
+
+#include "LibKelUtilities/MutexWrapper.h"
+#include "LogLevel.h"
+#include "LogString.h"
+#include "LoggerExport.h"
+
+/// A registry of levels. The process's own belongs to the log manager:
+/// Logger::GetLogLevelManager().
+///
+/// A new registry is empty: every level that a system uses is registered by its configuration or by
+/// code. Levels are never taken back, and stay in the order in which they were registered. Any
+/// thread may register and read at any time; readers take no lock.
+class LOGGER_EXPORT LogLevelManager : public LibKelUtilities::MutexWrapper {
+ public:
+  LogLevelManager();
+  /// Deletes every level. Nobody may use the registry any more.
+  virtual ~LogLevelManager();
+
+  /// Registers nothing. Kept as the place where a fresh registry could get levels of its own.
+  void AddDefaultLogLevel();
+
+  /// Registers a level for all handlers. False when the number is registered already: that level
+  /// keeps its name. Throws std::bad_alloc when there is no memory, with the registry as it was.
+  bool AddLogLevel(unsigned int level, const logstring& name);
+
+  bool ExistLogLevel(unsigned int level);
+
+  /// The level's name; empty when the number is not registered.
+  logstring GetLogLevelName(unsigned int level);
+
+  /// Stores the number of the `index`-th registered level, counted from 0, in `level`. False, with
+  /// `level` untouched, when there is no such level: counting up until then lists them all.
+  bool GetLogLevel(int index, unsigned int& level);
+
+ private:
+  friend struct Logger::Internal::LevelAccess;
+
+  /// Levels below this number are looked up without a search.
+  static constexpr unsigned int kCommonLevels = 64;
+
+  std::atomic<LogLevel**> levels_;  // In order of registration; `count_` of them are set.
+  std::atomic<std::size_t> count_;  // Raised after its entry is in place.
+  std::size_t capacity_;            // Of `levels_`. Guarded by the mutex, like `formerArrays_`.
+  std::vector<LogLevel**> formerArrays_;  // Outgrown, kept for the readers that still look at them.
+  std::atomic<LogLevel*> common_[kCommonLevels];  // By number; null where not registered.
+  const LogLevel unregistered_;                   // Stands in for any other level; has no name.
+
+  const LogLevel* Find(unsigned int level) const;
+  void Append(LogLevel* level);
+};

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "LibKelUtilities/MutexWrapper.h"
+#include "LogString.h"
+#include "LoggerExport.h"
+
+class LogClientFactory;
+class LogClientManager;
+class LogHandler;
+class LogLayoutFactory;
+class LogLevelManager;
+
+/// Global access to the process's logging system.
+namespace Logger {
+
+/// Owns what the process shares: the handlers, the live clients, the levels and the two factories.
+///
+/// There is one per process, made while the library is loaded: GetLogManager(). It ends at process
+/// exit or when the library is unloaded. It then deletes all clients, which closes their files, and
+/// all handlers it made; what the application logs before that moment, also from atexit handlers
+/// and static destructors, is written.
+///
+/// Any thread may look handlers up, make them, and delete others at any time. The manager never
+/// holds its lock while it takes a handler's.
+class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
+ public:
+  LogManager();
+  /// Deletes the clients, then the handlers, then the rest.
+  virtual ~LogManager();
+
+  /// Makes a new handler "default" and new, empty registries in place of the present ones, which
+  /// are abandoned as they are: registered levels, client kinds and layouts included. Runs at
+  /// construction, and again when a handler is asked for after all handlers, "default" included,
+  /// were deleted.
+  void Init();
+
+  /// The handler "default" that Init() made; it is not forgotten when that handler is deleted.
+  LogHandler* GetDefault();
+  /// The handler of exactly this name, or null.
+  LogHandler* GetExistingLogHandler(const logstring& name);
+  /// The handler of exactly this name, made if there is none. A new one is attached to nothing.
+  /// Never null; asked for by several threads at once, a name still gets one handler.
+  LogHandler* GetLogHandler(const logstring& name);
+  /// The names of all handlers, in the order in which they were made.
+  std::vector<logstring> GetLogHandlerNames() const;
+  /// Forgets a handler that is being destroyed, and detaches it from all others. Called by the
+  /// handler's destructor. A null handler ends the process.
+  void RemoveLogHandler(LogHandler* lh);
+
+  LogClientManager* GetLogClientManager();
+  LogLevelManager* GetLogLevelManager();
+  LogClientFactory* GetLogClientFactory();
+  LogLayoutFactory* GetLogLayoutFactory();
+
+ private:
+  struct HandlerEntry;
+  struct Abandoned;
+  typedef std::vector<std::shared_ptr<HandlerEntry>> HandlerEntries;
+
+  std::atomic<LogHandler*> defaultHandler_;  // Also in `handlers_`.
+  HandlerEntries handlers_;                  // In order of creation, numbered upward.
+  std::atomic<LogClientManager*> clientManager_;
+  std::atomic<LogLevelManager*> levelManager_;
+  std::atomic<LogClientFactory*> clientFactory_;
+  std::atomic<LogLayoutFactory*> layoutFactory_;
+  unsigned long handlersMade_;
+
+  static Abandoned* abandoned_;  // What Init() replaced: kept, so that it stays within reach.
+
+  LogHandler* Find(const logstring& name) const;
+  LogHandler* Make(const logstring& name);
+  void Forget(LogHandler* lh);
+  std::shared_ptr<HandlerEntry> FirstBehind(unsigned long number) const;
+  template <typename Visit>
+  void VisitHandlers(Visit visit);
+  void KeepAbandoned();
+};
+
+/// The process's one manager.
+LOGGER_EXPORT LogManager* GetLogManager();
+
+/// Short cuts to the manager's operations of the same names; the first gives the handler "default".
+LOGGER_EXPORT LogHandler* GetDefaultLogHandler();
+LOGGER_EXPORT LogHandler* GetLogHandler(const logstring& name);
+LOGGER_EXPORT LogHandler* GetExistingLogHandler(const logstring& name);
+LOGGER_EXPORT LogLevelManager* GetLogLevelManager();
+
+}  // namespace Logger

@@ -1,0 +1,40 @@
+# What every target of the project is built with.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2)
+if(LOGGER_WARNINGS_AS_ERRORS)
+  add_compile_options(-Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A unique symbol would keep the library mapped after dlclose.
+  add_compile_options(-fno-gnu-unique)
+endif()
+if(LOGGER_SANITIZE)
+  add_compile_options(-fsanitize=${LOGGER_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${LOGGER_SANITIZE})
+endif()
+
+# A shared library with our version, whose exports are those of its version script.
+function(logger_shared_library target versionScript)
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN"
+    LINK_DEPENDS ${versionScript})
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${versionScript}")
+  if(NOT LOGGER_SANITIZE)  # A sanitizer's own symbols come with the program.
+    target_link_options(${target} PRIVATE "LINKER:-z,defs")
+  endif()
+endfunction()

@@ -1,0 +1,31 @@
+# What `cmake --install` puts where, and what finds it again.
+
+include(CMakePackageConfigHelpers)
+
+set(LOGGER_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/liblogger)
+set(LOGGER_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/liblogger)
+
+set_target_properties(logger PROPERTIES EXPORT_NAME liblogger)
+install(TARGETS logger KelUtilities
+  EXPORT libloggerTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS loggerctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_INCLUDE_DIR}
+  FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR})
+configure_package_config_file(packaging/libloggerConfig.cmake.in libloggerConfig.cmake
+  INSTALL_DESTINATION ${LOGGER_PACKAGE_DIR})
+write_basic_package_version_file(libloggerConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/libloggerConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/libloggerConfigVersion.cmake
+  DESTINATION ${LOGGER_PACKAGE_DIR})
+
+# Relative to the .pc file itself, so that an installed tree can be moved.
+file(RELATIVE_PATH LOGGER_PC_PREFIX
+  /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(packaging/liblogger.pc.in liblogger.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/liblogger.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

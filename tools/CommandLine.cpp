@@ -1,0 +1,38 @@
+#include "CommandLine.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char kMark = '\0';
+
+void RemoveMark(std::string& word) {
+  if (!word.empty() && word.back() == kMark) word.pop_back();
+}
+
+}  // namespace
+
+std::vector<std::string> MarkedArguments(int argc, char** argv) {
+  std::vector<std::string> words(argv + 1, argv + argc);
+  for (std::string& word : words) {
+    if (!word.empty() && word.back() == ']') word.push_back(kMark);
+  }
+  std::reverse(words.begin(), words.end());
+  return words;
+}
+
+CLI::Validator MarkRemoved() {
+  return CLI::Validator(
+      [](std::string& value) {
+        RemoveMark(value);
+        return std::string();
+      },
+      "");
+}
+
+std::vector<std::string> WordsOf(const CLI::Option& option) {
+  // As they were given: in the converted list some words, such as {}, have a meaning of their own.
+  std::vector<std::string> words = option.results();
+  std::for_each(words.begin(), words.end(), RemoveMark);
+  return words;
+}

@@ -1,0 +1,225 @@
+#include "WriteCommand.h"
+
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CommandLine.h"
+#include "ConfigurationFile.h"
+#include "LogHandler.h"
+#include "LogLevelManager.h"
+#include "Logger.h"
+#include "UsageError.h"
+
+namespace {
+
+struct WriteOptions {
+  std::string configurationFile;
+  std::string handlerName = "default";
+  std::string level;
+  std::string sourceFile;
+  int sourceLine = 0;
+  std::vector<std::string> words;
+  CLI::Option* text = nullptr;
+};
+
+std::vector<unsigned int> RegisteredLevels() {
+  std::vector<unsigned int> levels;
+  unsigned int level = 0;
+  for (int index = 0; Logger::GetLogLevelManager()->GetLogLevel(index, level); ++index) {
+    levels.push_back(level);
+  }
+  return levels;
+}
+
+std::string LevelName(unsigned int level) {
+  return Logger::GetLogLevelManager()->GetLogLevelName(level);
+}
+
+std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (&text != &texts.front()) joined += separator;
+    joined += text;
+  }
+  return joined;
+}
+
+[[noreturn]] void ThrowUnknownLevel(const std::string& level) {
+  std::vector<std::string> known;
+  for (const unsigned int number : RegisteredLevels()) {
+    known.push_back(std::to_string(number) + " (" + LevelName(number) + ")");
+  }
+  throw UsageError("unknown level '" + level + "'; the configuration registers " +
+                   (known.empty() ? "no levels" : Join(known, ", ")));
+}
+
+std::optional<unsigned int> ReadNumber(const std::string& text) {
+  unsigned int number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
+/// A level given by its number, or by a name that no other level bears.
+unsigned int FindLevel(const std::string& level) {
+  if (const std::optional<unsigned int> number = ReadNumber(level)) {
+    if (!Logger::GetLogLevelManager()->ExistLogLevel(*number)) ThrowUnknownLevel(level);
+    return *number;
+  }
+  std::vector<unsigned int> bearers;
+  for (const unsigned int number : RegisteredLevels()) {
+    if (LevelName(number) == level) bearers.push_back(number);
+  }
+  if (bearers.empty()) ThrowUnknownLevel(level);
+  if (bearers.size() > 1) {
+    throw UsageError("level name '" + level + "' stands for both " + std::to_string(bearers[0]) +
+                     " and " + std::to_string(bearers[1]) + "; give the number");
+  }
+  return bearers.front();
+}
+
+LogHandler& FindHandler(const std::string& name) {
+  LogHandler* const handler = Logger::GetExistingLogHandler(name);
+  if (handler != nullptr) return *handler;
+  throw UsageError("unknown handler '" + name + "'; there are " +
+                   Join(Logger::GetLogManager()->GetLogHandlerNames(), ", "));
+}
+
+/// Whether there is an output client at the handler or below it.
+bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
+  if (!visited.insert(&handler).second) return false;
+  for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
+    LogHandlerClient* const receiver = handler.GetLogClientAt(index);
+    if (receiver->IsLogClient()) return true;
+    if (ReachesClient(dynamic_cast<LogHandler&>(*receiver), visited)) return true;
+  }
+  return false;
+}
+
+/// Logs lines through one handler at one level, and counts them.
+class LineWriter {
+ public:
+  LineWriter(LogHandler& handler, unsigned int level, const WriteOptions& options)
+      : handler_(handler), level_(level), options_(options) {}
+
+  void Write(const std::string& line) {
+    ++lines_;
+    WarnOfZeroByte(line);
+    const bool isAccepted = options_.sourceFile.empty()
+                                ? handler_.LogForce(level_, line.c_str())
+                                : handler_.DebugLogForce(level_, options_.sourceFile,
+                                                         options_.sourceLine, line.c_str());
+    if (!isAccepted) ++filtered_;
+  }
+
+  /// Says what was filtered out, and returns the command's exit code.
+  int Finish() const {
+    if (filtered_ == 0) return EXIT_SUCCESS;
+    std::cerr << "loggerctl write: " << filtered_ << " of " << lines_
+              << (lines_ == 1 ? " line was" : " lines were") << " filtered out: level " << level_
+              << " is off on handler '" << handler_.GetName() << "'\n";
+    return EXIT_FAILURE;
+  }
+
+ private:
+  LogHandler& handler_;
+  const unsigned int level_;
+  const WriteOptions& options_;
+  unsigned long lines_ = 0;
+  unsigned long filtered_ = 0;
+
+  void WarnOfZeroByte(const std::string& line) const {
+    const std::size_t length = std::strlen(line.c_str());
+    if (length == line.size()) return;
+    std::cerr << "loggerctl write: warning: line " << lines_ << " has a zero byte, which ends it; "
+              << line.size() - length - 1 << " bytes behind it are left out\n";
+  }
+};
+
+/// Logs each line of standard input, the last one also without its line feed.
+void WriteStandardInput(LineWriter& writer) {
+  char* buffer = nullptr;
+  std::size_t capacity = 0;
+  for (ssize_t length; (length = getline(&buffer, &capacity, stdin)) >= 0;) {
+    std::string_view line(buffer, static_cast<std::size_t>(length));
+    if (!line.empty() && line.back() == '\n') line.remove_suffix(1);
+    writer.Write(std::string(line));
+  }
+  const int error = errno;
+  free(buffer);
+  if (ferror(stdin) != 0) {
+    throw UsageError(std::string("standard input cannot be read: ") + std::strerror(error));
+  }
+}
+
+int RunWrite(const WriteOptions& options) {
+  ConfigureFrom(options.configurationFile);
+  LogHandler& handler = FindHandler(options.handlerName);
+  const unsigned int level = FindLevel(options.level);
+  std::set<LogHandler*> visited;
+  if (!ReachesClient(handler, visited)) {
+    std::cerr << "loggerctl write: warning: handler '" << options.handlerName
+              << "' reaches no client; nothing will be written\n";
+  }
+
+  LineWriter writer(handler, level, options);
+  const std::vector<std::string> words = WordsOf(*options.text);
+  if (words.empty()) {
+    WriteStandardInput(writer);
+  } else {
+    writer.Write(Join(words, " "));
+  }
+  if (!std::cout) throw UsageError("standard output could not be written");
+  return writer.Finish();
+}
+
+}  // namespace
+
+void AddWriteCommand(CLI::App& program, int& exitCode) {
+  CLI::App* const command = program.add_subcommand(
+      "write", "Log a text, or each line of standard input, through a configured handler");
+  const auto options = std::make_shared<WriteOptions>();
+  command
+      ->add_option("--config", options->configurationFile,
+                   "Properties file that sets up levels, handlers and clients")
+      ->required()
+      ->type_name("FILE")
+      ->transform(MarkRemoved());
+  command->add_option("--handler", options->handlerName, "Handler to log through")
+      ->type_name("NAME")
+      ->transform(MarkRemoved())
+      ->capture_default_str();
+  command->add_option("--level", options->level, "Level, by its number or its registered name")
+      ->required()
+      ->type_name("N|NAME")
+      ->transform(MarkRemoved());
+  CLI::Option* const file =
+      command->add_option("--file", options->sourceFile, "Source file to put into the events")
+          ->type_name("F")
+          ->transform(MarkRemoved());
+  CLI::Option* const line =
+      command->add_option("--line", options->sourceLine, "Source line to put into the events")
+          ->type_name("L");
+  file->needs(line);
+  line->needs(file);
+  options->text = command->add_option(
+      "TEXT", options->words,
+      "Words of one message, joined by blanks; without any, lines are read from standard input");
+  options->text->type_name("");
+  command->footer(
+      "Texts are logged as they stand, without printf formatting. Write -- before a text that\n"
+      "begins with a hyphen.\n\n"
+      "Exit code: 0 every line was accepted; 1 lines were filtered out by the level or the\n"
+      "handler; 2 the configuration or the command line cannot be used.");
+  command->callback([options, &exitCode] { exitCode = RunWrite(*options); });
+}
