@@ -13,6 +13,8 @@ set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2)
+# What __FILE__ gives does not depend on where the project was built.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(LOGGER_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
 endif()

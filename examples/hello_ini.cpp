@@ -1,0 +1,18 @@
+// The same as hello.cpp, but what goes where is told by a file.
+
+#include <cstdio>
+
+#include "LogConfiguratorIni.h"
+#include "LogHandler.h"
+#include "Logger.h"
+
+int main(int argc, char** argv) {
+  const char* const file = argc > 1 ? argv[1] : "hello.ini";
+  if (!LogConfiguratorIni().ReadConfiguration(file)) {
+    std::fprintf(stderr, "no usable configuration in %s\n", file);
+    return 1;
+  }
+  LogHandler* log = Logger::GetLogHandler("net");
+  log->Log(3, "listening on port %d", 8080);
+  log->Log(1, "%s: %d requests lost", "backend", 3);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// The descriptor under which this process has a file open, or -1.
+inline int DescriptorOf(const std::string& path) {
+  const std::filesystem::path file = std::filesystem::canonical(path);
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code ignored;  // The folder's own descriptor is gone afterwards.
+    if (std::filesystem::read_symlink(entry.path(), ignored) == file) {
+      return std::stoi(entry.path().filename().string());
+    }
+  }
+  return -1;
+}
