@@ -46,8 +46,9 @@ class FileStream : public std::ostream {
 
   void Open(const std::string& fileName, bool append);  ///< Sets failbit, or clears the state.
   bool IsOpen() const { return buffer_.IsOpen(); }
-  void Close();     ///< Sets failbit when the file was not open or could not be closed.
-  /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops it.
+  void Close();  ///< Sets failbit when the file was not open or could not be closed.
+  /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
+  /// it.
   void WriteOut();
   /// Where the next byte goes, as tellp() would say; -1 when the stream has failed.
   long long Position() const;

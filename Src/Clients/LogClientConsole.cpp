@@ -1,5 +1,7 @@
 #include "LogClientConsole.h"
 
+#include <cxxabi.h>
+
 #include <iostream>
 
 #include "LogLayout.h"
@@ -12,7 +14,15 @@ LogClientConsole::~LogClientConsole() = default;
 
 bool LogClientConsole::Publish(const LogEvent& event) {
   if (!initialized_ || layout_ == nullptr) return false;
-  layout_->FormatAndAppend(std::cout, event);
-  std::cout.flush();
+  const std::ios_base::iostate stateBefore = std::cout.rdstate();
+  try {
+    layout_->FormatAndAppend(std::cout, event);
+    std::cout.flush();
+  } catch (abi::__forced_unwind&) {
+    // The stream takes the cancellation of the thread that waits in it for an error of its own, and
+    // would write nothing more.
+    std::cout.clear(stateBefore);
+    throw;
+  }
   return true;
 }

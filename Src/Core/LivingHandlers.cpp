@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "Internal/LevelAccess.h"
+#include "Core/LevelAccess.h"
 #include "LogHandler.h"
 
 namespace Logger::Internal {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "Core/LevelAccess.h"
 #include "Core/LivingHandlers.h"
-#include "Internal/LevelAccess.h"
 
 using Logger::Internal::LevelAccess;
 using Logger::Internal::LivingHandlers;
@@ -74,8 +74,9 @@ void LogLevelManager::Append(LogLevel* level) {
     capacity_ = capacity;
   }
   levels_[count] = level;
-  count_ = count + 1;
+  // A level that the count includes can also be looked up.
   if (level->GetLogLevel() < kCommonLevels) common_[level->GetLogLevel()] = level;
+  count_ = count + 1;
 }
 
 namespace Logger::Internal {

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "Internal/EventAccess.h"
+#include "Core/EventAccess.h"
 
 using Logger::Internal::EventAccess;
 

@@ -7,9 +7,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "LogClientConsole.h"
 #include "LogClientFile.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
@@ -27,10 +29,17 @@ class FullPipe {
     descriptor_ = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     const std::array<char, 4096> filling{};
     while (write(descriptor_, filling.data(), filling.size()) > 0) continue;
+    writer_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
   }
-  ~FullPipe() { close(descriptor_); }
+  ~FullPipe() {
+    close(descriptor_);
+    close(writer_);
+  }
   FullPipe(const FullPipe&) = delete;
   FullPipe& operator=(const FullPipe&) = delete;
+
+  /// A descriptor that waits when the pipe is full.
+  int Writer() const { return writer_; }
 
   std::string ReadAll() const {
     std::string text;
@@ -43,6 +52,7 @@ class FullPipe {
 
  private:
   int descriptor_;
+  int writer_;
 };
 
 struct Call {
@@ -98,6 +108,26 @@ TEST_F(CancellationTest, EndsAThreadThatWaitsInAWriteAndReleasesTheLocks) {
   EXPECT_FALSE(pipe.ReadAll().empty());
   EXPECT_TRUE(handler->Log(1, "%s", "afterwards"));  // The lock is free, the client goes on.
   EXPECT_EQ("afterwards\n", pipe.ReadAll());
+}
+
+TEST_F(CancellationTest, LeavesTheConsoleInUse) {
+  const FullPipe pipe(folder_.Path("pipe"));
+  const int standardOutput = dup(STDOUT_FILENO);
+  std::fflush(stdout);
+  ASSERT_EQ(STDOUT_FILENO, dup2(pipe.Writer(), STDOUT_FILENO));
+  auto* const client = new LogClientConsole;
+  client->SetLayout("LogLayoutMessage");
+  LogHandler* const handler = Logger::GetLogHandler("console");
+  handler->AddLogClient(client);
+
+  EXPECT_EQ(PTHREAD_CANCELED, CancelledThreadOf(handler));
+
+  pipe.ReadAll();
+  handler->Log(1, "%s", "afterwards");
+  dup2(standardOutput, STDOUT_FILENO);
+  close(standardOutput);
+  const std::string text = pipe.ReadAll();
+  EXPECT_NE(std::string::npos, text.find("afterwards\n")) << text;
 }
 
 TEST_F(CancellationTest, LeavesAFileOfWholeLines) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Internal/LevelAccess.h"
+#include "Core/LevelAccess.h"
 #include "Internal/TimeText.h"
 #include "LogEvent.h"
 #include "Logger.h"

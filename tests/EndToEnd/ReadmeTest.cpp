@@ -1,0 +1,64 @@
+// What the README shows is what the examples are, and what they print.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "Support/Files.h"
+#include "Support/Process.h"
+
+namespace {
+
+const std::string kProject = PROJECT_FOLDER;
+
+/// The fenced blocks of the README in the given language.
+std::vector<std::string> Blocks(const std::string& language) {
+  const std::string readme = Content(kProject + "/README.md");
+  const std::string opening = "```" + language + "\n";
+  std::vector<std::string> blocks;
+  for (std::size_t start = 0; (start = readme.find(opening, start)) != std::string::npos;) {
+    start += opening.size();
+    blocks.push_back(readme.substr(start, readme.find("```", start) - start));
+  }
+  return blocks;
+}
+
+bool IsInAnExample(const std::string& block) {
+  for (const auto& entry : std::filesystem::directory_iterator(kProject + "/examples")) {
+    if (Content(entry.path().string()).find(block) != std::string::npos) return true;
+  }
+  return false;
+}
+
+TEST(ReadmeTest, ShowsCodeAndConfigurationOfTheExamples) {
+  const std::vector<std::string> code = Blocks("cpp");
+  const std::vector<std::string> configuration = Blocks("ini");
+
+  ASSERT_EQ(2U, code.size());
+  ASSERT_EQ(1U, configuration.size());
+  for (const std::string& block : code) EXPECT_TRUE(IsInAnExample(block)) << block;
+  for (const std::string& block : configuration) EXPECT_TRUE(IsInAnExample(block)) << block;
+}
+
+TEST(ReadmeTest, TellsWhatTheExampleInCodePrints) {
+  const ProcessResult result = RunProgram({HELLO});
+
+  const std::string time = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d)";
+  EXPECT_TRUE(std::regex_match(result.output,
+                               std::regex(time + R"( \|INFO\| listening on port 8080\n)" + time +
+                                          R"( \|ERROR\| backend: 3 requests lost\n)")))
+      << result.output;
+  EXPECT_EQ(0, result.exitCode);
+}
+
+TEST(ReadmeTest, TellsWhatTheExampleWithAConfigurationPrints) {
+  const ProcessResult result = RunProgram({HELLO_INI, kProject + "/examples/hello.ini"});
+
+  EXPECT_EQ("INFO - listening on port 8080\nERROR - backend: 3 requests lost\n", result.output);
+  EXPECT_EQ(0, result.exitCode);
+}
+
+}  // namespace
