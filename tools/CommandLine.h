@@ -6,8 +6,8 @@
 
 /// Words of a command line reach the commands exactly as they were typed.
 ///
-/// CLI11 would take a word like [a,b] for a list and split it. Such a word is marked, for the time that
-/// the command line is being parsed, with what no argument can contain: a zero byte behind it.
+/// CLI11 would take a word like [a,b] for a list and split it. Such a word is marked, for the time
+/// that the command line is being parsed, with what no argument can contain: a zero byte behind it.
 
 /// The program's arguments, marked, in the order in which CLI11 takes them: the last one first.
 std::vector<std::string> MarkedArguments(int argc, char** argv);

@@ -191,7 +191,7 @@ void AddWriteCommand(CLI::App& program, int& exitCode) {
   const auto options = std::make_shared<WriteOptions>();
   command
       ->add_option("--config", options->configurationFile,
-                   "Properties file that sets up levels, handlers and clients")
+                   "Configuration (properties or XML) that sets up levels, handlers and clients")
       ->required()
       ->type_name("FILE")
       ->transform(MarkRemoved());

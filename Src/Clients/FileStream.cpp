@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <locale>
 
 #include "Internal/CancellationHold.h"
@@ -14,8 +13,6 @@ namespace {
 
 // Larger texts than this give their memory back once they are written.
 constexpr std::size_t kLargestKept = std::size_t{64} * 1024;
-
-constexpr mode_t kReadAndWriteForAll = 0666;  // Less what the process's umask takes.
 
 /// Empties a text at the end of its scope, whichever way the scope ends.
 class Emptier {
@@ -40,42 +37,31 @@ FileBuffer::FileBuffer() = default;
 FileBuffer::~FileBuffer() { static_cast<void>(Close()); }
 
 bool FileBuffer::Open(const std::string& fileName, bool append) {
-  if (IsOpen()) return false;
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC);
-  do {
-    descriptor_ = open(fileName.c_str(), flags, kReadAndWriteForAll);
-  } while (descriptor_ < 0 && errno == EINTR);
-  return IsOpen();
+  if (!file_.Open(fileName, append ? O_APPEND : O_TRUNC)) return false;
+  // Appending starts at the end; before the first write the kernel's position does not tell that
+  // yet.
+  if (append) static_cast<void>(lseek(file_.Get(), 0, SEEK_END));
+  return true;
 }
 
 bool FileBuffer::Close() {
-  if (!IsOpen()) return false;
   const CancellationHold
       hold;  // Also called by destructors, which a cancelled thread cannot leave.
   const bool isWritten = WriteCollected();
-  const bool isClosed = close(descriptor_) == 0;
-  descriptor_ = -1;
-  return isWritten && isClosed;
+  return file_.Close() && isWritten;
 }
 
 bool FileBuffer::WriteCollected() {
   const Emptier emptier(collected_);
-  const char* next = collected_.data();
-  for (std::size_t left = collected_.size(); left > 0;) {
-    const ssize_t written = write(descriptor_, next, left);
-    if (written >= 0) {
-      next += written;
-      left -= static_cast<std::size_t>(written);
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
+  return file_.Write(collected_.data(), collected_.size());
 }
 
 void FileBuffer::DropCollected() { const Emptier emptier(collected_); }
 
-long long FileBuffer::Position() const { return lseek(descriptor_, 0, SEEK_CUR); }
+long long FileBuffer::Position() const {
+  const off_t written = lseek(file_.Get(), 0, SEEK_CUR);
+  return written < 0 ? -1 : written + static_cast<off_t>(collected_.size());
+}
 
 FileBuffer::int_type FileBuffer::overflow(int_type character) {
   if (!IsOpen()) return traits_type::eof();
@@ -92,6 +78,20 @@ std::streamsize FileBuffer::xsputn(const char* text, std::streamsize length) {
 }
 
 int FileBuffer::sync() { return IsOpen() && WriteCollected() ? 0 : -1; }
+
+FileBuffer::pos_type FileBuffer::seekoff(off_type offset, std::ios_base::seekdir from,
+                                         std::ios_base::openmode) {
+  if (offset == 0 && from == std::ios_base::cur) return Position();
+  if (sync() != 0) return -1;
+  const int whence = from == std::ios_base::beg   ? SEEK_SET
+                     : from == std::ios_base::end ? SEEK_END
+                                                  : SEEK_CUR;
+  return lseek(file_.Get(), offset, whence);
+}
+
+FileBuffer::pos_type FileBuffer::seekpos(pos_type position, std::ios_base::openmode which) {
+  return seekoff(position, std::ios_base::beg, which);
+}
 
 FileStream::FileStream() : std::ostream(nullptr) {
   rdbuf(&buffer_);

@@ -4,6 +4,8 @@
 #include <streambuf>
 #include <string>
 
+#include "Clients/FileDescriptor.h"
+
 namespace Logger::Internal {
 
 /// Collects what a stream writes, and hands it to a file's descriptor in one piece.
@@ -15,7 +17,7 @@ class FileBuffer : public std::streambuf {
   /// Opens the file for writing, at its end or emptied, made if it does not exist. False when that
   /// fails or a file is open already.
   bool Open(const std::string& fileName, bool append);
-  bool IsOpen() const { return descriptor_ >= 0; }
+  bool IsOpen() const { return file_.IsOpen(); }
   /// False when there is no open file, or the system reported an error of the file's.
   bool Close();
 
@@ -24,16 +26,19 @@ class FileBuffer : public std::streambuf {
   bool WriteCollected();
   void DropCollected();
 
-  /// Where the next byte goes, as the kernel tells it; -1 when the file has no position.
+  /// Where the next byte goes, behind what was collected; -1 when the file has no position.
   long long Position() const;
 
  protected:
   int_type overflow(int_type character) override;
   std::streamsize xsputn(const char* text, std::streamsize length) override;
   int sync() override;
+  pos_type seekoff(off_type offset, std::ios_base::seekdir from,
+                   std::ios_base::openmode which) override;
+  pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
  private:
-  int descriptor_ = -1;
+  FileDescriptor file_;
   std::string collected_;
 };
 

@@ -3,6 +3,7 @@
 #include "LogClientConsole.h"
 #include "LogClientFile.h"
 #include "LogClientRollingFile.h"
+#include "LogClientXml.h"
 #include "Logger.h"
 
 LogClientFactory::LogClientFactory() = default;
@@ -37,11 +38,13 @@ LogClient* CreateLogClientFile(const LogProperties& p) { return new LogClientFil
 LogClient* CreateLogClientRollingFile(const LogProperties& p) {
   return new LogClientRollingFile(p);
 }
+LogClient* CreateLogClientXml(const LogProperties& p) { return new LogClientXml(p); }
 
 [[maybe_unused]] const bool consoleRegistered =
     Register("LogClientConsole", CreateLogClientConsole);
 [[maybe_unused]] const bool fileRegistered = Register("LogClientFile", CreateLogClientFile);
 [[maybe_unused]] const bool rollingFileRegistered =
     Register("LogClientRollingFile", CreateLogClientRollingFile);
+[[maybe_unused]] const bool xmlRegistered = Register("LogClientXML", CreateLogClientXml);
 
 }  // namespace

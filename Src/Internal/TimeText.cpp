@@ -40,6 +40,7 @@ struct LocalSecond {
   bool isKnown;
   bool isConvertible;
   long seconds;
+  time_t formattedAt;
   Zone zone;
   tm local;
   char dateTime[kDateTimeSize];
@@ -50,13 +51,19 @@ thread_local LocalSecond lastSecond;
 
 const LocalSecond& LocalTime(long seconds) {
   LocalSecond& last = lastSecond;
-  if (last.isKnown && last.seconds == seconds && last.zone == Zone::Current()) return last;
+  // Zones that differ in nothing that can be seen are told apart when the clock's second is over.
+  const time_t now = time(nullptr);
+  if (last.isKnown && last.seconds == seconds && last.formattedAt == now &&
+      last.zone == Zone::Current()) {
+    return last;
+  }
   const Zone before = Zone::Current();
   last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
   const bool hasText = last.isConvertible && strftime(last.dateTime, sizeof last.dateTime,
                                                       "%Y-%m-%dT%H:%M:%S", &last.local) != 0;
   if (!hasText) last.dateTime[0] = '\0';
   last.seconds = seconds;
+  last.formattedAt = now;
   last.zone = Zone::Current();
   // A zone that changed during the conversion leaves open which one the text is of.
   last.isKnown = last.zone == before;

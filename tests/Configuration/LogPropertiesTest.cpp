@@ -339,7 +339,8 @@ TEST(LogPropertiesTest, IgnoresALineWhoseSeparatorIsInItsComment) {
 TEST(LogPropertiesTest, IgnoresLinesWithoutASeparator) {
   LogProperties properties;
 
-  EXPECT_TRUE(LoadText(properties, "\n   \n# whole-line comment\n#a = 1\n[section]\nword\nb = 2\n"));
+  EXPECT_TRUE(
+      LoadText(properties, "\n   \n# whole-line comment\n#a = 1\n[section]\nword\nb = 2\n"));
 
   EXPECT_EQ("2", properties.GetProperty("b"));
   for (const char* const key : {"", "[section]", "section", "word", "a", "#a"}) {
@@ -347,9 +348,7 @@ TEST(LogPropertiesTest, IgnoresLinesWithoutASeparator) {
   }
 }
 
-TEST(LogPropertiesTest, HasNoSections) {
-  EXPECT_EQ("1", ValueIn("[section]\nname = 1\n", "name"));
-}
+TEST(LogPropertiesTest, HasNoSections) { EXPECT_EQ("1", ValueIn("[section]\nname = 1\n", "name")); }
 
 TEST(LogPropertiesTest, HasNoContinuedLines) {
   LogProperties properties;
@@ -558,7 +557,6 @@ TEST(LogPropertiesTest, ReadsNothingFromAStreamThatIsNotGood) {
 }
 
 TEST(LogPropertiesTest, StoresTheLineInWhichItsStreamThrows) {
-  LineSource lines({"a = 1\n", "b = 2"}, nullptr);
   int count = 0;
   LineSource source({"a = 1\n", "b = 2"}, [&count] {
     if (++count == 2) throw std::runtime_error("lost");
@@ -601,7 +599,8 @@ TEST(LogPropertiesTest, IsFalseForALastLineInWhichItsStreamGoesBad) {
 
 TEST(LogPropertiesTest, LoadsFromAStreamThatGivesByteByByte) {
   std::vector<std::string> bytes;
-  for (const char byte : std::string("a = 1\r\nb = \" 2 \"\n# note\nc=3")) bytes.emplace_back(1, byte);
+  for (const char byte : std::string("a = 1\r\nb = \" 2 \"\n# note\nc=3"))
+    bytes.emplace_back(1, byte);
   LineSource source(bytes, nullptr);
   std::istream in(&source);
   LogProperties properties;
@@ -734,6 +733,15 @@ TEST(LogPropertiesTest, ExtractsNothingFromAnAllBlankText) {
   EXPECT_EQ("", extracted.text);
   EXPECT_GE(extracted.offset, 0);
   EXPECT_LE(extracted.offset, static_cast<std::ptrdiff_t>(blanks.size()));
+}
+
+TEST(LogPropertiesTest, ExtractsWithoutTouchingWhatIsBeforeTheText) {
+  std::string buffer = "    ";
+  LogProperties properties;
+
+  EXPECT_STREQ("", properties.ExtractExpression(buffer.data() + 2));
+
+  EXPECT_EQ("  ", buffer.substr(0, 2));
 }
 
 TEST(LogPropertiesTest, ExtractsASingleQuoteMark) {

@@ -1,9 +1,7 @@
 #include "LogEvent.h"
 
 #include <gtest/gtest.h>
-#include <time.h>
 
-#include <cstdlib>
 #include <future>
 #include <limits>
 #include <string>
@@ -12,6 +10,7 @@
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "Support/Events.h"
+#include "Support/TimeZone.h"
 
 namespace {
 
@@ -26,11 +25,6 @@ LogEvent EventAt(long seconds, long microseconds = 0) {
 
 LogEvent EventOf(const std::string& fileName) {
   return LogEvent(1, "message", "handler", fileName, 42, timeval{0, 0}, 7);
-}
-
-void SetZone(const char* zone) {
-  setenv("TZ", zone, 1);
-  tzset();
 }
 
 /// All that distinguishes this event is still there.
@@ -117,7 +111,7 @@ TEST(LogEventTest, HasNoFileNameWhenItWasGivenNone) {
 }
 
 TEST(LogEventTest, ShowsItsTimeAsText) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   const LogEvent event = EventAt(1078146309, 42);
 
   EXPECT_EQ("2004-03-01T13:05:09", event.GetDateTime());
@@ -127,7 +121,7 @@ TEST(LogEventTest, ShowsItsTimeAsText) {
 }
 
 TEST(LogEventTest, ShowsSixDigitsOfMicrosecondsAtLeast) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
 
   EXPECT_EQ("1970-01-01T00:00:00.000000", EventAt(0, 0).GetDateTimeUsec());
   EXPECT_EQ("1970-01-01T00:00:00.000042", EventAt(0, 42).GetDateTimeUsec());
@@ -137,13 +131,13 @@ TEST(LogEventTest, ShowsSixDigitsOfMicrosecondsAtLeast) {
 
 // Another process's event may say so.
 TEST(LogEventTest, ShowsNegativeMicrosecondsAsTheStartOfALargeNumber) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
 
   EXPECT_EQ("1970-01-01T00:00:00.18446744073709", EventAt(0, -1).GetDateTimeUsec());
 }
 
 TEST(LogEventTest, ShowsTheLocalTime) {
-  SetZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  SetTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
 
   EXPECT_EQ("2024-07-01T14:00:00", EventAt(kSummer2024).GetDateTime());
   EXPECT_EQ("2024-01-15T13:00:00", EventAt(kWinter2024).GetDateTime());
@@ -151,14 +145,14 @@ TEST(LogEventTest, ShowsTheLocalTime) {
 }
 
 TEST(LogEventTest, ShowsTheLocalDate) {
-  SetZone("AHEAD-13");
+  SetTimeZone("AHEAD-13");
 
   EXPECT_EQ("2024-07-02", EventAt(kSummer2024).GetDate());
   EXPECT_EQ("2024-07-02T01:00:00", EventAt(kSummer2024).GetDateTime());
 }
 
 TEST(LogEventTest, TellsSecondsApart) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
 
   EXPECT_EQ("1970-01-01T00:00:59", EventAt(59).GetDateTime());
   EXPECT_EQ("1970-01-01T00:01:00", EventAt(60).GetDateTime());
@@ -166,7 +160,7 @@ TEST(LogEventTest, TellsSecondsApart) {
 }
 
 TEST(LogEventTest, ShowsATimeBefore1970) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   const LogEvent event = EventAt(-1);
 
   EXPECT_EQ("1969-12-31T23:59:59", event.GetDateTime());
@@ -175,7 +169,7 @@ TEST(LogEventTest, ShowsATimeBefore1970) {
 }
 
 TEST(LogEventTest, HasNoRoomForAYearOfFiveDigitsInItsDateAndTime) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   const LogEvent last = EventAt(kYear10000 - 1, 42);
   const LogEvent first = EventAt(kYear10000, 42);
 
@@ -188,7 +182,7 @@ TEST(LogEventTest, HasNoRoomForAYearOfFiveDigitsInItsDateAndTime) {
 }
 
 TEST(LogEventTest, HasRoomForAYearOfNineDigitsInItsDate) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
 
   EXPECT_EQ("999999999-12-31", EventAt(kYear1e9 - 1).GetDate());
   EXPECT_EQ("", EventAt(kYear1e9).GetDate());
@@ -196,11 +190,10 @@ TEST(LogEventTest, HasRoomForAYearOfNineDigitsInItsDate) {
 }
 
 TEST(LogEventTest, ShowsNoTextOfATimeThatCannotBeConverted) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   EXPECT_EQ("1970-01-01T00:00:00", EventAt(0).GetDateTime());
 
-  for (const long seconds :
-       {std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
+  for (const long seconds : {std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
     const LogEvent event = EventAt(seconds, 42);
     EXPECT_EQ("", event.GetDateTime());
     EXPECT_EQ(".000042", event.GetDateTimeUsec());
@@ -214,10 +207,10 @@ TEST(LogEventTest, ShowsNoTextOfATimeThatCannotBeConverted) {
 
 TEST(LogEventTest, ShowsAChangedTimeZoneAtOnce) {
   const LogEvent event = EventAt(kSummer2024);
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   EXPECT_EQ("2024-07-01T12:00:00", event.GetDateTime());
 
-  SetZone("AHEAD-13");
+  SetTimeZone("AHEAD-13");
 
   EXPECT_EQ("2024-07-02T01:00:00", event.GetDateTime());
   EXPECT_EQ("2024-07-02", event.GetDate());
@@ -227,27 +220,27 @@ TEST(LogEventTest, ShowsAChangedTimeZoneAtOnce) {
 
 TEST(LogEventTest, ShowsAChangedSummerTimeAtOnce) {
   const LogEvent event = EventAt(kSummer2024);
-  SetZone("CET-1");
+  SetTimeZone("CET-1");
   EXPECT_EQ("13:00:00", event.GetTime());
 
-  SetZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  SetTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
 
   EXPECT_EQ("14:00:00", event.GetTime());
 }
 
 TEST(LogEventTest, ShowsATimeZoneAtOnceThatDiffersOnlyInWhenSummerTimeIs) {
   const LogEvent event = EventAt(kSummer2024);
-  SetZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  SetTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
   EXPECT_EQ("14:00:00", event.GetTime());
 
-  SetZone("CET-1CEST,M1.1.0,M2.1.0");
+  SetTimeZone("CET-1CEST,M1.1.0,M2.1.0");
 
   EXPECT_EQ("13:00:00", event.GetTime());
 }
 
 TEST(LogEventTest, ShowsAChangedTimeZoneInAThreadThatHasShownTheSameSecond) {
   const LogEvent event = EventAt(kSummer2024);
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   std::promise<void> hasShown;
   std::promise<void> hasChanged;
   std::string before;
@@ -260,7 +253,7 @@ TEST(LogEventTest, ShowsAChangedTimeZoneInAThreadThatHasShownTheSameSecond) {
     after = event.GetDateTime();
   });
   hasShown.get_future().wait();
-  SetZone("AHEAD-13");
+  SetTimeZone("AHEAD-13");
   hasChanged.set_value();
   thread.join();
 
@@ -269,7 +262,7 @@ TEST(LogEventTest, ShowsAChangedTimeZoneInAThreadThatHasShownTheSameSecond) {
 }
 
 TEST(LogEventTest, GivesItsTextsAsCopies) {
-  SetZone("UTC0");
+  SetTimeZone("UTC0");
   const std::string first = EventAt(59).GetDateTime();
 
   const std::string second = EventAt(60).GetDateTime();

@@ -1,0 +1,862 @@
+#include "LibKelUtilities/SocketWrapper.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using LibKelUtilities::SocketWrapper;
+
+static_assert(std::has_virtual_destructor_v<SocketWrapper>);
+static_assert(!std::is_copy_constructible_v<SocketWrapper>);
+static_assert(!std::is_copy_assignable_v<SocketWrapper>);
+
+constexpr int kOwn = SocketWrapper::kOwnDescriptor;
+constexpr const char* kHere = "127.0.0.1";
+
+/// A descriptor that is closed at the end.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int Number() const { return number_; }
+  void Close() {
+    if (number_ >= 0) close(number_);
+    number_ = -1;
+  }
+
+ private:
+  int number_;
+};
+
+/// A server's socket on a port that the system chose.
+struct Listener : SocketWrapper {
+  explicit Listener(const char* address = kHere, int backlog = 16) {
+    EXPECT_EQ(0, Bind(address, 0));
+    EXPECT_EQ(0, Listen(backlog));
+  }
+  unsigned short Port() const { return static_cast<unsigned short>(GetPort()); }
+  int AcceptOne() {
+    std::array<char, 32> peer{};
+    return Accept(peer.data(), static_cast<int>(peer.size()));
+  }
+};
+
+/// Both ends of a connection.
+struct Connection {
+  Listener listener;
+  SocketWrapper client;
+  Descriptor server;
+
+  Connection() : server(Connected(client, listener.Port()) ? listener.AcceptOne() : -1) {
+    EXPECT_GE(server.Number(), 0);
+  }
+
+  int SendFromServer(const std::string& text) {
+    return client.Send(text.data(), static_cast<int>(text.size()), server.Number());
+  }
+  int SendFromClient(const std::string& text) {
+    return client.Send(text.data(), static_cast<int>(text.size()));
+  }
+
+ private:
+  static bool Connected(SocketWrapper& socket, unsigned short port) {
+    return socket.Connect(kHere, port) == 0;
+  }
+};
+
+/// Exactly that many bytes, or fewer when the connection ended before.
+std::string ReceiveAll(SocketWrapper& socket, std::size_t length, int descriptor = kOwn) {
+  std::string text(length, '\0');
+  std::size_t done = 0;
+  while (done < length) {
+    const int count = socket.Recv(text.data() + done, static_cast<int>(length - done), descriptor);
+    if (count <= 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  text.resize(done);
+  return text;
+}
+
+/// The process's open sockets.
+std::set<int> OpenSockets() {
+  std::set<int> sockets;
+  for (int number = 0; number < 256; ++number) {
+    int type = 0;
+    socklen_t size = sizeof type;
+    if (getsockopt(number, SOL_SOCKET, SO_TYPE, &type, &size) == 0) sockets.insert(number);
+  }
+  return sockets;
+}
+
+/// The descriptor behind the socket that is made by the action.
+template <typename Action>
+int NewSocketOf(Action action) {
+  const std::set<int> former = OpenSockets();
+  action();
+  for (const int socket : OpenSockets()) {
+    if (former.count(socket) == 0) return socket;
+  }
+  ADD_FAILURE() << "no new socket";
+  return -1;
+}
+
+/// The descriptor of a listening socket on the port.
+int DescriptorOfListener(int port) {
+  for (const int number : OpenSockets()) {
+    int listens = 0;
+    socklen_t size = sizeof listens;
+    getsockopt(number, SOL_SOCKET, SO_ACCEPTCONN, &listens, &size);
+    sockaddr_in address{};
+    socklen_t addressSize = sizeof address;
+    getsockname(number, reinterpret_cast<sockaddr*>(&address), &addressSize);
+    if (listens != 0 && ntohs(address.sin_port) == port) return number;
+  }
+  ADD_FAILURE() << "no listener on port " << port;
+  return -1;
+}
+
+/// A call on a thread of its own, which the test can wait for to block and disturb by signals.
+class BlockingCall {
+ public:
+  explicit BlockingCall(std::function<int()> call) {
+    thread_ = std::thread([this, ownCall = std::move(call)] {
+      tid_.set_value(gettid());
+      while (!begins_) std::this_thread::yield();  // Awake until it sleeps in the call.
+      result_ = ownCall();
+    });
+    const std::string path = "/proc/self/task/" + std::to_string(tid_.get_future().get()) + "/stat";
+    stat_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_GE(stat_, 0);
+  }
+  ~BlockingCall() { close(stat_); }
+
+  void Begin() { begins_ = true; }
+
+  /// Returns when the thread sleeps in the call.
+  void WaitUntilBlocked() const {
+    // Once could be a short wait for a lock.
+    for (int sightings = 0; sightings < 5;) {
+      sightings = IsAsleep() ? sightings + 1 : 0;
+      std::this_thread::yield();
+    }
+  }
+
+  /// Interrupts the call some times; each time it goes on.
+  void Interrupt() {
+    WaitUntilBlocked();
+    for (int i = 0; i < 5; ++i) {
+      const int former = interruptions;
+      pthread_kill(thread_.native_handle(), SIGUSR1);
+      while (interruptions == former) std::this_thread::yield();
+      WaitUntilBlocked();
+    }
+  }
+
+  int Result() {
+    thread_.join();
+    return result_;
+  }
+
+  static void CatchSignals() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { ++interruptions; };
+    sigaction(SIGUSR1, &action, nullptr);  // Without SA_RESTART.
+  }
+
+ private:
+  static std::atomic<int> interruptions;
+
+  std::promise<pid_t> tid_;
+  std::atomic<bool> begins_{false};
+  std::thread thread_;
+  int stat_ = -1;
+  int result_ = 0;
+
+  bool IsAsleep() const {
+    std::array<char, 256> text{};
+    const ssize_t length = pread(stat_, text.data(), text.size() - 1, 0);
+    const std::string line(text.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::size_t nameEnd = line.rfind(')');
+    return nameEnd != std::string::npos && line.compare(nameEnd, 3, ") S") == 0;
+  }
+};
+
+std::atomic<int> BlockingCall::interruptions{0};
+
+TEST(SocketWrapperTest, IsValidWhenNew) {
+  const SocketWrapper socket;
+
+  EXPECT_TRUE(socket.IsValid());
+  EXPECT_EQ(0, socket.GetPort());
+  EXPECT_EQ("", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, IsValidWithTypeZero) {
+  const SocketWrapper socket(0);
+
+  EXPECT_TRUE(socket.IsValid());
+}
+
+TEST(SocketWrapperTest, IsNotValidWithAnotherType) {
+  const SocketWrapper socket(1);
+
+  EXPECT_FALSE(socket.IsValid());
+  EXPECT_EQ(0, socket.GetPort());
+  EXPECT_EQ("Protocol wrong type for socket", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, CarriesBytesBothWays) {
+  Connection connection;
+
+  EXPECT_EQ(5, connection.SendFromClient("there"));
+  EXPECT_EQ(8, connection.SendFromServer(std::string("and\0back", 8)));
+
+  EXPECT_EQ("there", ReceiveAll(connection.client, 5, connection.server.Number()));
+  EXPECT_EQ(std::string("and\0back", 8), ReceiveAll(connection.client, 8));
+}
+
+TEST(SocketWrapperTest, ReceivesAtMostTheGivenLength) {
+  Connection connection;
+  connection.SendFromServer("abcdef");
+  std::string buffer(6, '-');
+
+  EXPECT_EQ(4, connection.client.Recv(buffer.data(), 4));
+
+  EXPECT_EQ("abcd--", buffer);
+  EXPECT_EQ("ef", ReceiveAll(connection.client, 2));
+}
+
+TEST(SocketWrapperTest, ReceivesWhatIsThere) {
+  Connection connection;
+  connection.SendFromServer("abc");
+  std::string buffer(100, '-');
+
+  EXPECT_EQ(3, connection.client.Recv(buffer.data(), 100));
+
+  EXPECT_EQ("abc", buffer.substr(0, 3));
+}
+
+TEST(SocketWrapperTest, SendsNothing) {
+  Connection connection;
+
+  EXPECT_EQ(0, connection.SendFromClient(""));
+  EXPECT_EQ(1, connection.SendFromClient("x"));
+
+  EXPECT_EQ("x", ReceiveAll(connection.client, 1, connection.server.Number()));
+}
+
+TEST(SocketWrapperTest, LetsTheSystemChooseThePort) {
+  const Listener first;
+  const Listener second;
+
+  EXPECT_GT(first.GetPort(), 0);
+  EXPECT_LT(first.GetPort(), 65536);
+  EXPECT_NE(first.GetPort(), second.GetPort());
+}
+
+TEST(SocketWrapperTest, TellsThePortOfAConnectedSocket) {
+  Connection connection;
+
+  sockaddr_in peer{};
+  socklen_t size = sizeof peer;
+  getpeername(connection.server.Number(), reinterpret_cast<sockaddr*>(&peer), &size);
+
+  EXPECT_EQ(ntohs(peer.sin_port), connection.client.GetPort());
+}
+
+TEST(SocketWrapperTest, TellsThePeersAddress) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  std::array<char, 32> peer;
+  peer.fill('x');
+
+  const Descriptor server(listener.Accept(peer.data(), 32));
+
+  EXPECT_GE(server.Number(), 0);
+  EXPECT_STREQ("127.0.0.1", peer.data());
+}
+
+TEST(SocketWrapperTest, CutsThePeersAddressToTheBuffer) {
+  const std::vector<std::pair<int, std::string>> texts{
+      {10, std::string("127.0.0.1\0xx", 12)}, {9, std::string("127.0.0.\0xxx", 12)},
+      {4, std::string("127\0xxxxxxxx", 12)},  {1, std::string("\0xxxxxxxxxxx", 12)},
+      {0, std::string("xxxxxxxxxxxx", 12)},   {-1, std::string("xxxxxxxxxxxx", 12)}};
+  Listener listener;
+
+  for (const auto& [size, text] : texts) {
+    SocketWrapper client;
+    client.Connect(kHere, listener.Port());
+    std::string peer(12, 'x');
+
+    const Descriptor server(listener.Accept(peer.data(), size));
+
+    EXPECT_GE(server.Number(), 0) << size;
+    EXPECT_EQ(text, peer) << size;
+  }
+}
+
+TEST(SocketWrapperTest, AcceptsWithoutABufferForTheAddress) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+
+  const Descriptor server(listener.Accept(nullptr, 0));
+
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, SpeaksIpVersion6) {
+  Listener listener("::1");
+  SocketWrapper client;
+  std::array<char, 32> peer{};
+
+  EXPECT_EQ(0, client.Connect("::1", listener.Port()));
+  const Descriptor server(listener.Accept(peer.data(), 32));
+
+  EXPECT_STREQ("::1", peer.data());
+  EXPECT_EQ(2, client.Send("ab", 2));
+  EXPECT_EQ("ab", ReceiveAll(client, 2, server.Number()));
+  EXPECT_GT(client.GetPort(), 0);
+  EXPECT_NE(client.GetPort(), listener.GetPort());
+}
+
+TEST(SocketWrapperTest, CutsThePeersIpVersion6AddressToTheBuffer) {
+  Listener listener("::1");
+  SocketWrapper client;
+  client.Connect("::1", listener.Port());
+  std::string peer(5, 'x');
+
+  const Descriptor server(listener.Accept(peer.data(), 3));
+
+  EXPECT_EQ(std::string("::\0xx", 5), peer);
+}
+
+TEST(SocketWrapperTest, ConnectsToAName) {
+  Listener listener;
+  SocketWrapper client;
+
+  EXPECT_EQ(0, client.Connect("localhost", listener.Port()));
+
+  const Descriptor server(listener.AcceptOne());
+  EXPECT_EQ(1, client.Send("x", 1));
+  EXPECT_EQ("x", ReceiveAll(client, 1, server.Number()));
+}
+
+TEST(SocketWrapperTest, BindsToAName) {
+  SocketWrapper server;
+
+  EXPECT_EQ(0, server.Bind("localhost", 0));
+
+  EXPECT_GT(server.GetPort(), 0);
+}
+
+TEST(SocketWrapperTest, ReceivesZeroBytesWhenThePeerHasClosed) {
+  Connection connection;
+  connection.SendFromServer("last");
+
+  connection.server.Close();
+
+  EXPECT_EQ("last", ReceiveAll(connection.client, 4));
+  char byte = 0;
+  EXPECT_EQ(0, connection.client.Recv(&byte, 1));
+  EXPECT_EQ(0, connection.client.Recv(&byte, 1, kOwn, 60000));
+}
+
+TEST(SocketWrapperTest, ClosesTheConnectionWhenItEnds) {
+  const std::set<int> former = OpenSockets();
+  Listener listener;
+  auto client = std::make_unique<SocketWrapper>();
+  client->Connect(kHere, listener.Port());
+  Descriptor server(listener.AcceptOne());
+
+  client.reset();
+
+  char byte = 0;
+  EXPECT_EQ(0, listener.Recv(&byte, 1, server.Number()));
+  server.Close();
+  EXPECT_EQ(former.size() + 1, OpenSockets().size());
+}
+
+TEST(SocketWrapperTest, IsRefusedWhereNobodyListens) {
+  SocketWrapper silent;
+  ASSERT_EQ(0, silent.Bind(kHere, 0));
+  SocketWrapper client;
+
+  EXPECT_EQ(-1, client.Connect(kHere, static_cast<unsigned short>(silent.GetPort())));
+
+  EXPECT_EQ("Connection refused", client.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, ConnectsAfterARefusal) {
+  SocketWrapper silent;
+  silent.Bind(kHere, 0);
+  Listener listener;
+  SocketWrapper client;
+  EXPECT_EQ(-1, client.Connect(kHere, static_cast<unsigned short>(silent.GetPort())));
+
+  EXPECT_EQ(0, client.Connect(kHere, listener.Port()));
+
+  const Descriptor server(listener.AcceptOne());
+  EXPECT_EQ(1, client.Send("x", 1));
+  EXPECT_EQ("x", ReceiveAll(client, 1, server.Number()));
+}
+
+TEST(SocketWrapperTest, LeavesNoDescriptorBehindAfterARefusal) {
+  SocketWrapper silent;
+  silent.Bind(kHere, 0);
+  SocketWrapper client;
+  const std::set<int> former = OpenSockets();
+
+  client.Connect(kHere, static_cast<unsigned short>(silent.GetPort()));
+
+  EXPECT_EQ(former, OpenSockets());
+}
+
+TEST(SocketWrapperTest, DoesNotKnowAnInvalidName) {
+  SocketWrapper socket;
+
+  EXPECT_EQ(-1, socket.Connect("no host name", 1));
+  EXPECT_EQ("Name or service not known", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, DoesNotBindToAnInvalidName) {
+  SocketWrapper socket;
+
+  EXPECT_EQ(-1, socket.Bind("no host name", 0));
+  EXPECT_EQ("Name or service not known", socket.GetLastErrorStr());
+  EXPECT_EQ(0, socket.GetPort());
+}
+
+TEST(SocketWrapperTest, DoesNotBindToAnAddressOfAnotherMachine) {
+  SocketWrapper socket;
+
+  EXPECT_EQ(-1, socket.Bind("192.0.2.1", 0));
+
+  EXPECT_EQ("Cannot assign requested address", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, DoesNotBindToAPortOnWhichAnotherListens) {
+  const Listener listener;
+  SocketWrapper socket;
+
+  EXPECT_EQ(-1, socket.Bind(kHere, listener.Port()));
+
+  EXPECT_EQ("Address already in use", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, DoesNothingWithoutASocket) {
+  SocketWrapper socket(1);
+  char byte = 0;
+
+  EXPECT_EQ(-1, socket.Listen(1));
+  EXPECT_EQ("Bad file descriptor", socket.GetLastErrorStr());
+  EXPECT_EQ(-1, socket.Accept(&byte, 1));
+  EXPECT_EQ(-1, socket.Send("x", 1));
+  EXPECT_EQ(-1, socket.Recv(&byte, 1));
+  EXPECT_FALSE(socket.IsValid());
+}
+
+TEST(SocketWrapperTest, NeitherSendsNorReceivesBeforeItIsConnected) {
+  SocketWrapper socket;
+  char byte = 0;
+
+  EXPECT_EQ(-1, socket.Recv(&byte, 1));
+  EXPECT_EQ("Transport endpoint is not connected", socket.GetLastErrorStr());
+  EXPECT_EQ(-1, socket.Send("x", 1));
+  EXPECT_EQ("Broken pipe", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, DoesNotAcceptWhenItDoesNotListen) {
+  SocketWrapper socket;
+  socket.Bind(kHere, 0);
+  std::array<char, 32> peer{};
+
+  EXPECT_EQ(-1, socket.Accept(peer.data(), 32));
+
+  EXPECT_EQ("Invalid argument", socket.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, ReportsADescriptorThatIsNotOpen) {
+  SocketWrapper socket;
+  const int closed = dup(STDERR_FILENO);
+  close(closed);
+  char byte = 0;
+
+  EXPECT_EQ(-1, socket.Send("x", 1, closed));
+  EXPECT_EQ("Bad file descriptor", socket.GetLastErrorStr());
+  EXPECT_EQ(-1, socket.Recv(&byte, 1, closed));
+  EXPECT_EQ(-1, socket.Recv(&byte, 1, closed, 60000));
+}
+
+TEST(SocketWrapperTest, MakesEveryDescriptorCloseOnExec) {
+  const std::set<int> former = OpenSockets();
+  Listener listener;
+  SocketWrapper connected;
+  connected.Connect(kHere, listener.Port());
+  const Descriptor accepted(listener.AcceptOne());
+  const SocketWrapper opened;
+
+  int made = 0;
+  for (const int socket : OpenSockets()) {
+    if (former.count(socket) != 0) continue;
+    ++made;
+    EXPECT_EQ(FD_CLOEXEC, fcntl(socket, F_GETFD) & FD_CLOEXEC) << socket;
+  }
+  EXPECT_EQ(4, made);
+  EXPECT_EQ(FD_CLOEXEC, fcntl(accepted.Number(), F_GETFD) & FD_CLOEXEC);
+}
+
+TEST(SocketWrapperTest, FailsToSendWithoutASignalWhenThePeerHasClosed) {
+  signal(SIGPIPE, SIG_DFL);
+  Connection connection;
+  connection.server.Close();
+
+  int result = 1;
+  while (result == 1) result = connection.SendFromClient("x");
+
+  EXPECT_EQ(-1, result);
+  const std::string error = connection.client.GetLastErrorStr();
+  EXPECT_TRUE(error == "Broken pipe" || error == "Connection reset by peer") << error;
+}
+
+TEST(SocketWrapperTest, FailsToSendOnADescriptorWithoutASignalWhenItIsShutDown) {
+  signal(SIGPIPE, SIG_DFL);
+  Connection connection;
+  shutdown(connection.server.Number(), SHUT_WR);
+
+  EXPECT_EQ(-1, connection.SendFromServer("x"));
+
+  EXPECT_EQ("Broken pipe", connection.client.GetLastErrorStr());
+}
+
+/// A text in which no piece can be lost or doubled unseen.
+std::string LargeText(std::size_t size) {
+  std::string text(size, '\0');
+  std::uint32_t state = 1;
+  for (char& character : text) {
+    state = state * 1664525 + 1013904223;
+    character = static_cast<char>(state >> 24);
+  }
+  return text;
+}
+
+constexpr std::size_t kLarge = 8 * 1024 * 1024;
+
+TEST(SocketWrapperTest, SendsALargeTextWholeToASlowReader) {
+  Connection connection;
+  const std::string text = LargeText(kLarge);
+  BlockingCall sender([&] { return connection.SendFromClient(text); });
+  sender.Begin();
+  sender.WaitUntilBlocked();  // Nobody reads yet.
+
+  std::string received = ReceiveAll(connection.client, 10, connection.server.Number());
+  sender.WaitUntilBlocked();
+  received += ReceiveAll(connection.client, kLarge - 10, connection.server.Number());
+
+  EXPECT_EQ(static_cast<int>(kLarge), sender.Result());
+  EXPECT_TRUE(text == received);
+}
+
+TEST(SocketWrapperTest, SendsALargeTextWholeWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Connection connection;
+  const std::string text = LargeText(kLarge);
+  BlockingCall sender([&] { return connection.SendFromClient(text); });
+  sender.Begin();
+
+  sender.Interrupt();
+  std::string received = ReceiveAll(connection.client, 1, connection.server.Number());
+  sender.Interrupt();
+  received += ReceiveAll(connection.client, kLarge - 1, connection.server.Number());
+
+  EXPECT_EQ(static_cast<int>(kLarge), sender.Result());
+  EXPECT_TRUE(text == received);
+}
+
+TEST(SocketWrapperTest, FailsToSendTheRestWhenThePeerCloses) {
+  Connection connection;
+  const std::string text = LargeText(kLarge);
+  BlockingCall sender([&] { return connection.SendFromClient(text); });
+  sender.Begin();
+  sender.WaitUntilBlocked();
+
+  connection.server.Close();
+
+  EXPECT_EQ(-1, sender.Result());
+}
+
+TEST(SocketWrapperTest, GoesOnReceivingWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Connection connection;
+  char byte = 0;
+  BlockingCall receiver([&] { return connection.client.Recv(&byte, 1); });
+  receiver.Begin();
+
+  receiver.Interrupt();
+  connection.SendFromServer("x");
+
+  EXPECT_EQ(1, receiver.Result());
+  EXPECT_EQ('x', byte);
+}
+
+TEST(SocketWrapperTest, GoesOnReceivingWithATimeoutWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Connection connection;
+  char byte = 0;
+  BlockingCall receiver([&] { return connection.client.Recv(&byte, 1, kOwn, 60000); });
+  receiver.Begin();
+
+  receiver.Interrupt();
+  connection.SendFromServer("x");
+
+  EXPECT_EQ(1, receiver.Result());
+  EXPECT_EQ('x', byte);
+}
+
+TEST(SocketWrapperTest, GoesOnAcceptingWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Listener listener;
+  BlockingCall acceptor([&] { return listener.AcceptOne(); });
+  acceptor.Begin();
+
+  acceptor.Interrupt();
+  SocketWrapper client;
+  EXPECT_EQ(0, client.Connect(kHere, listener.Port()));
+
+  const Descriptor server(acceptor.Result());
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, GoesOnConnectingWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Listener listener(kHere, 0);
+  SocketWrapper first;
+  first.Connect(kHere, listener.Port());  // Takes the only place in the queue.
+  SocketWrapper second;
+  BlockingCall connector([&] { return second.Connect(kHere, listener.Port()); });
+  connector.Begin();
+
+  connector.Interrupt();
+  const Descriptor firstServer(listener.AcceptOne());
+
+  EXPECT_EQ(0, connector.Result());
+  const Descriptor secondServer(listener.AcceptOne());
+  EXPECT_EQ(1, second.Send("x", 1));
+  EXPECT_EQ("x", ReceiveAll(second, 1, secondServer.Number()));
+}
+
+TEST(SocketWrapperTest, GivesUpReceivingAtTheTimeout) {
+  Connection connection;
+  char byte = 'u';
+
+  EXPECT_EQ(-1, connection.client.Recv(&byte, 1, kOwn, 10));
+  EXPECT_EQ("Connection timed out", connection.client.GetLastErrorStr());
+  EXPECT_EQ(-1, connection.client.Recv(&byte, 1, connection.server.Number(), 0));
+
+  EXPECT_EQ('u', byte);
+}
+
+TEST(SocketWrapperTest, ReceivesWithinTheTimeout) {
+  Connection connection;
+  connection.SendFromServer("ab");
+  char byte = 0;
+
+  EXPECT_EQ(1, connection.client.Recv(&byte, 1, kOwn, 60000));
+  EXPECT_EQ('a', byte);
+  EXPECT_EQ(1, connection.client.Recv(&byte, 1, kOwn, 0));
+  EXPECT_EQ('b', byte);
+}
+
+TEST(SocketWrapperTest, CanReceiveAfterATimeout) {
+  Connection connection;
+  char byte = 0;
+  EXPECT_EQ(-1, connection.client.Recv(&byte, 1, kOwn, 1));
+
+  connection.SendFromServer("x");
+
+  EXPECT_EQ(1, connection.client.Recv(&byte, 1));
+  EXPECT_EQ('x', byte);
+}
+
+/// Whether a socket that takes no care could bind to the port.
+bool IsPortFree(unsigned short port) {
+  const Descriptor plain(socket(AF_INET, SOCK_STREAM, 0));
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return bind(plain.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+TEST(SocketWrapperTest, BindsAtOnceToThePortOfAServerThatEnded) {
+  unsigned short port = 0;
+  {
+    Connection connection;
+    port = connection.listener.Port();
+    connection.server.Close();  // The end that closes first keeps the port busy for a while.
+    char byte = 0;
+    EXPECT_EQ(0, connection.client.Recv(&byte, 1));
+  }
+  ASSERT_FALSE(IsPortFree(port));
+  SocketWrapper server;
+
+  EXPECT_EQ(0, server.Bind(kHere, port));
+  EXPECT_EQ(0, server.Listen(1));
+
+  EXPECT_EQ(port, server.GetPort());
+}
+
+TEST(SocketWrapperTest, GoesOnAcceptingWhenItIsOutOfDescriptors) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  BlockingCall acceptor([&] { return listener.AcceptOne(); });
+  rlimit former{};
+  getrlimit(RLIMIT_NOFILE, &former);
+  const rlimit low{64, former.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &low);
+  std::vector<int> fillers;
+  for (int filler; (filler = dup(STDERR_FILENO)) >= 0;) fillers.push_back(filler);
+  ASSERT_EQ(EMFILE, errno);
+  ASSERT_FALSE(fillers.empty());
+
+  acceptor.Begin();
+  acceptor.WaitUntilBlocked();  // Though there is a connection to accept.
+  for (const int filler : fillers) close(filler);
+  setrlimit(RLIMIT_NOFILE, &former);
+  const Descriptor server(acceptor.Result());
+
+  EXPECT_GE(server.Number(), 0);
+  EXPECT_EQ(1, client.Send("x", 1));
+  EXPECT_EQ("x", ReceiveAll(client, 1, server.Number()));
+}
+
+TEST(SocketWrapperTest, StopsAcceptingWhenItsSocketIsShutDown) {
+  Listener listener;
+  const int descriptor = DescriptorOfListener(listener.GetPort());
+  BlockingCall acceptor([&] { return listener.AcceptOne(); });
+  acceptor.Begin();
+  acceptor.WaitUntilBlocked();
+
+  shutdown(descriptor, SHUT_RDWR);
+
+  EXPECT_EQ(-1, acceptor.Result());
+  EXPECT_EQ("Invalid argument", listener.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, AcceptsConnectionsInTheirOrder) {
+  Listener listener;
+  SocketWrapper first;
+  SocketWrapper second;
+  first.Connect(kHere, listener.Port());
+  second.Connect(kHere, listener.Port());
+
+  const Descriptor firstServer(listener.AcceptOne());
+  const Descriptor secondServer(listener.AcceptOne());
+  first.Send("1", 1);
+  second.Send("2", 1);
+
+  EXPECT_EQ("1", ReceiveAll(listener, 1, firstServer.Number()));
+  EXPECT_EQ("2", ReceiveAll(listener, 1, secondServer.Number()));
+}
+
+TEST(SocketWrapperTest, ClosesTheFormerSocketWhenItOpensAnother) {
+  Connection connection;
+  const std::size_t former = OpenSockets().size();
+
+  EXPECT_EQ(0, connection.client.Open(SocketWrapper::kStream));
+
+  char byte = 0;
+  EXPECT_EQ(0, connection.client.Recv(&byte, 1, connection.server.Number()));
+  EXPECT_EQ(former, OpenSockets().size());
+  EXPECT_TRUE(connection.client.IsValid());
+  EXPECT_EQ(0, connection.client.GetPort());
+}
+
+TEST(SocketWrapperTest, ClosesTheFormerSocketWhenItCannotOpenAnother) {
+  Connection connection;
+  const std::size_t former = OpenSockets().size();
+
+  EXPECT_EQ(-1, connection.client.Open(7));
+
+  char byte = 0;
+  EXPECT_EQ(0, connection.client.Recv(&byte, 1, connection.server.Number()));
+  EXPECT_EQ(former - 1, OpenSockets().size());
+  EXPECT_FALSE(connection.client.IsValid());
+}
+
+TEST(SocketWrapperTest, OpensAfterItWasNotValid) {
+  SocketWrapper socket(1);
+
+  EXPECT_EQ(0, socket.Open(0));
+
+  EXPECT_TRUE(socket.IsValid());
+  EXPECT_EQ(0, socket.Bind(kHere, 0));
+}
+
+TEST(SocketWrapperTest, ReplacesItsConnectionByANewOne) {
+  Connection connection;
+  const std::size_t former = OpenSockets().size();
+
+  EXPECT_EQ(0, connection.client.Connect(kHere, connection.listener.Port()));
+  const Descriptor second(connection.listener.AcceptOne());
+
+  char byte = 0;
+  EXPECT_EQ(0, connection.client.Recv(&byte, 1, connection.server.Number()));
+  EXPECT_EQ(former + 1, OpenSockets().size());
+  EXPECT_EQ(1, connection.SendFromClient("x"));
+  EXPECT_EQ("x", ReceiveAll(connection.client, 1, second.Number()));
+}
+
+TEST(SocketWrapperTest, ReceivesOnSeveralDescriptorsAtOnce) {
+  Listener listener;
+  SocketWrapper first;
+  SocketWrapper second;
+  first.Connect(kHere, listener.Port());
+  const Descriptor firstServer(listener.AcceptOne());
+  second.Connect(kHere, listener.Port());
+  const Descriptor secondServer(listener.AcceptOne());
+  char fromFirst = 0;
+  char fromSecond = 0;
+  BlockingCall firstCall([&] { return listener.Recv(&fromFirst, 1, firstServer.Number()); });
+  BlockingCall secondCall([&] { return listener.Recv(&fromSecond, 1, secondServer.Number()); });
+  firstCall.Begin();
+  secondCall.Begin();
+
+  EXPECT_EQ(1, listener.Send("x", 1, firstServer.Number()));
+  second.Send("2", 1);
+  EXPECT_EQ(1, secondCall.Result());
+  first.Send("1", 1);
+  EXPECT_EQ(1, firstCall.Result());
+
+  EXPECT_EQ('1', fromFirst);
+  EXPECT_EQ('2', fromSecond);
+  EXPECT_EQ("x", ReceiveAll(first, 1));
+}
+
+}  // namespace

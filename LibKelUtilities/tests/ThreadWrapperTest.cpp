@@ -1,0 +1,374 @@
+#include "LibKelUtilities/ThreadWrapper.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <type_traits>
+
+#include "Support/Files.h"
+
+namespace {
+
+using LibKelUtilities::ThreadWrapper;
+
+static_assert(std::has_virtual_destructor_v<ThreadWrapper>);
+static_assert(!std::is_copy_constructible_v<ThreadWrapper>);
+static_assert(!std::is_copy_assignable_v<ThreadWrapper>);
+
+constexpr int kForEver = -1;
+constexpr int kMinute = 60000;
+
+/// What the kernel knows about a thread of this process.
+std::string TaskFolder(pid_t tid) { return "/proc/self/task/" + std::to_string(tid); }
+
+/// A thread's work: it tells that it runs, waits to be released, and tells that it is over.
+struct Work {
+  std::promise<pid_t> running;
+  std::promise<void> release;
+  std::promise<void> over;
+};
+
+void* RunUntilReleased(void* argument) {
+  // What the thread needs is its own: the test may be over before the last promise is.
+  const std::unique_ptr<std::shared_ptr<Work>> work(static_cast<std::shared_ptr<Work>*>(argument));
+  (*work)->running.set_value(gettid());
+  (*work)->release.get_future().wait();
+  (*work)->over.set_value();
+  return nullptr;
+}
+
+/// The argument of a RunUntilReleased, which takes it over.
+void* For(const std::shared_ptr<Work>& work) { return new std::shared_ptr<Work>(work); }
+
+void* Increment(void* argument) {
+  ++*static_cast<int*>(argument);
+  return nullptr;
+}
+
+void WaitUntilGone(pid_t tid) {
+  while (Exists(TaskFolder(tid))) std::this_thread::yield();
+}
+
+TEST(ThreadWrapperTest, RunsItsFunctionWithItsArgument) {
+  ThreadWrapper thread;
+  int count = 41;
+
+  EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+
+  EXPECT_EQ(42, count);
+}
+
+TEST(ThreadWrapperTest, RunsItsFunctionOnAnotherThread) {
+  ThreadWrapper thread;
+  const auto work = std::make_shared<Work>();
+
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+
+  EXPECT_NE(gettid(), work->running.get_future().get());
+  work->release.set_value();
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+}
+
+TEST(ThreadWrapperTest, HasNothingToFinishWhenNew) {
+  ThreadWrapper thread;
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, thread.FinishThread(0));
+}
+
+TEST(ThreadWrapperTest, HasNothingToFinishTwice) {
+  ThreadWrapper thread;
+  int count = 0;
+  thread.StartThread(Increment, &count, nullptr, nullptr, false);
+  thread.FinishThread(kForEver);
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+}
+
+TEST(ThreadWrapperTest, GivesUpWaitingAtTheLimit) {
+  ThreadWrapper thread;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+
+  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(0));
+  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(10));
+
+  work->release.set_value();
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+}
+
+TEST(ThreadWrapperTest, FinishesWithinTheLimit) {
+  ThreadWrapper thread;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(1));
+
+  work->release.set_value();
+
+  EXPECT_EQ(0, thread.FinishThread(kMinute));
+  EXPECT_EQ(std::future_status::ready,
+            work->over.get_future().wait_for(std::chrono::seconds::zero()));
+}
+
+TEST(ThreadWrapperTest, JoinsTheThreadThatItFinishes) {
+  ThreadWrapper thread;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+  const pid_t tid = work->running.get_future().get();
+  EXPECT_TRUE(Exists(TaskFolder(tid)));
+
+  work->release.set_value();
+  EXPECT_EQ(0, thread.FinishThread(kMinute));
+
+  EXPECT_FALSE(Exists(TaskFolder(tid)));
+}
+
+TEST(ThreadWrapperTest, IsBusyWhileItsThreadRuns) {
+  ThreadWrapper thread;
+  int count = 0;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+
+  EXPECT_EQ(EBUSY, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+
+  work->release.set_value();
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, count);
+}
+
+TEST(ThreadWrapperTest, IsBusyUntilItsThreadIsFinished) {
+  ThreadWrapper thread;
+  int count = 0;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+  work->release.set_value();
+  work->over.get_future().wait();
+
+  EXPECT_EQ(EBUSY, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, count);
+}
+
+TEST(ThreadWrapperTest, StartsAnotherThreadWhenTheFormerIsFinished) {
+  ThreadWrapper thread;
+  int count = 0;
+
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+    EXPECT_EQ(0, thread.FinishThread(kForEver));
+  }
+
+  EXPECT_EQ(3, count);
+}
+
+struct SelfFinishing {
+  ThreadWrapper thread;
+  std::promise<void> started;
+  std::promise<int> result;
+};
+
+void* FinishItself(void* argument) {
+  SelfFinishing& self = *static_cast<SelfFinishing*>(argument);
+  self.started.get_future().wait();
+  self.result.set_value(self.thread.FinishThread(kForEver));
+  return nullptr;
+}
+
+TEST(ThreadWrapperTest, DoesNotLetAThreadWaitForItself) {
+  SelfFinishing self;
+  ASSERT_EQ(0, self.thread.StartThread(FinishItself, &self, nullptr, nullptr, false));
+
+  self.started.set_value();
+
+  EXPECT_EQ(EDEADLK, self.result.get_future().get());
+  EXPECT_EQ(0, self.thread.FinishThread(kForEver));
+}
+
+TEST(ThreadWrapperTest, DoesNotWaitForADetachedThread) {
+  ThreadWrapper thread;
+  const auto work = std::make_shared<Work>();
+
+  EXPECT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, true));
+  const pid_t tid = work->running.get_future().get();
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+
+  EXPECT_TRUE(Exists(TaskFolder(tid)));
+  work->release.set_value();
+  work->over.get_future().wait();
+  WaitUntilGone(tid);
+}
+
+TEST(ThreadWrapperTest, IsFreeForAnotherThreadBesideADetachedOne) {
+  ThreadWrapper thread;
+  int count = 0;
+  const auto work = std::make_shared<Work>();
+  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, true));
+  const pid_t tid = work->running.get_future().get();
+
+  EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+
+  EXPECT_EQ(1, count);
+  work->release.set_value();
+  WaitUntilGone(tid);
+}
+
+TEST(ThreadWrapperTest, LetsAThreadGoOnThatWasNotFinished) {
+  const auto work = std::make_shared<Work>();
+  pid_t tid = 0;
+
+  {
+    ThreadWrapper thread;
+    ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
+    tid = work->running.get_future().get();
+  }
+
+  EXPECT_TRUE(Exists(TaskFolder(tid)));
+  work->release.set_value();
+  work->over.get_future().wait();
+  WaitUntilGone(tid);
+}
+
+void* ReadOwnName(void* argument) {
+  *static_cast<std::string*>(argument) = Content(TaskFolder(gettid()) + "/comm");
+  return nullptr;
+}
+
+/// The name that a thread finds itself to have.
+std::string NameOf(const char* name) {
+  ThreadWrapper thread;
+  std::string found;
+  EXPECT_EQ(0, thread.StartThread(ReadOwnName, &found, nullptr, name, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  return found;
+}
+
+TEST(ThreadWrapperTest, NamesItsThread) { EXPECT_EQ("worker\n", NameOf("worker")); }
+
+TEST(ThreadWrapperTest, CutsALongName) {
+  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcde"));
+  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcdef"));
+  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcdefghijklmnopqrstuvwxyz"));
+}
+
+TEST(ThreadWrapperTest, LeavesAThreadWithoutANameItsCreatorsName) {
+  const std::string own = Content("/proc/self/task/" + std::to_string(gettid()) + "/comm");
+
+  EXPECT_EQ(own, NameOf(nullptr));
+  EXPECT_EQ(own, NameOf(""));
+}
+
+TEST(ThreadWrapperTest, KeepsNoPointerToTheName) {
+  ThreadWrapper thread;
+  std::string found;
+  {
+    std::string name = "short-lived";
+    ASSERT_EQ(0, thread.StartThread(ReadOwnName, &found, nullptr, name.c_str(), false));
+    name = "overwritten";
+  }
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+
+  EXPECT_EQ("short-lived\n", found);
+}
+
+void* ReadOwnStackSize(void* argument) {
+  pthread_attr_t attributes;
+  pthread_getattr_np(pthread_self(), &attributes);
+  pthread_attr_getstacksize(&attributes, static_cast<std::size_t*>(argument));
+  pthread_attr_destroy(&attributes);
+  return nullptr;
+}
+
+TEST(ThreadWrapperTest, GivesTheThreadItsAttributes) {
+  constexpr std::size_t kStackSize = 3 * 1024 * 1024;
+  ThreadWrapper thread;
+  std::size_t found = 0;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, kStackSize);
+
+  EXPECT_EQ(0, thread.StartThread(ReadOwnStackSize, &found, &attributes, nullptr, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  pthread_attr_destroy(&attributes);
+
+  EXPECT_EQ(kStackSize, found);
+}
+
+TEST(ThreadWrapperTest, ReportsAThreadThatCannotBeMade) {
+  constexpr std::size_t kMoreThanThereIs = std::size_t{1} << 50;
+  ThreadWrapper thread;
+  int count = 0;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, kMoreThanThereIs);
+
+  EXPECT_EQ(EAGAIN, thread.StartThread(Increment, &count, &attributes, nullptr, false));
+  pthread_attr_destroy(&attributes);
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, count);
+  EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(1, count);
+}
+
+void* LeaveByExit(void* argument) {
+  ++*static_cast<int*>(argument);
+  pthread_exit(nullptr);
+}
+
+TEST(ThreadWrapperTest, FinishesAThreadThatLeftByItself) {
+  ThreadWrapper thread;
+  int count = 0;
+  ASSERT_EQ(0, thread.StartThread(LeaveByExit, &count, nullptr, nullptr, false));
+
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+
+  EXPECT_EQ(1, count);
+}
+
+struct Endless {
+  pthread_t thread{};
+  std::promise<void> running;
+};
+
+void* RunForEver(void* argument) {
+  Endless& endless = *static_cast<Endless*>(argument);
+  endless.thread = pthread_self();
+  endless.running.set_value();
+  for (;;) {
+    pthread_testcancel();
+    sched_yield();
+  }
+}
+
+TEST(ThreadWrapperTest, FinishesACancelledThread) {
+  ThreadWrapper thread;
+  Endless endless;
+  ASSERT_EQ(0, thread.StartThread(RunForEver, &endless, nullptr, nullptr, false));
+  endless.running.get_future().wait();
+  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(0));
+
+  pthread_cancel(endless.thread);
+
+  EXPECT_EQ(0, thread.FinishThread(kMinute));
+}
+
+TEST(ThreadWrapperTest, GivesTheSystemsTextOfAnError) {
+  EXPECT_EQ("Resource temporarily unavailable", ThreadWrapper::GetErrorCodeText(EAGAIN));
+  EXPECT_EQ("Connection timed out", ThreadWrapper::GetErrorCodeText(ETIMEDOUT));
+  EXPECT_EQ("Device or resource busy", ThreadWrapper::GetErrorCodeText(EBUSY));
+  EXPECT_EQ("Success", ThreadWrapper::GetErrorCodeText(0));
+  EXPECT_EQ("Unknown error 99999", ThreadWrapper::GetErrorCodeText(99999));
+}
+
+}  // namespace

@@ -1,0 +1,48 @@
+#include "Clients/FileDescriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Internal/CancellationHold.h"
+
+namespace Logger::Internal {
+
+FileDescriptor::FileDescriptor() : descriptor_(-1) {}
+
+FileDescriptor::~FileDescriptor() { static_cast<void>(Close()); }
+
+bool FileDescriptor::Open(const std::string& fileName, int flags) {
+  constexpr mode_t kReadAndWriteForAll = 0666;  // Less what the process's umask takes.
+  if (IsOpen()) return false;
+  do {
+    descriptor_ =
+        open(fileName.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kReadAndWriteForAll);
+  } while (descriptor_ < 0 && errno == EINTR);
+  return IsOpen();
+}
+
+bool FileDescriptor::Close() {
+  if (!IsOpen()) return false;
+  const CancellationHold
+      hold;  // Also called by destructors, which a cancelled thread cannot leave.
+  const bool isClosed = close(descriptor_) == 0;
+  descriptor_ = -1;
+  return isClosed;
+}
+
+bool FileDescriptor::Write(const char* data, std::size_t size) const {
+  while (size > 0) {
+    const ssize_t written = write(descriptor_, data, size);
+    if (written >= 0) {
+      data += written;
+      size -= static_cast<std::size_t>(written);
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace Logger::Internal

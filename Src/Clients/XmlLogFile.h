@@ -1,0 +1,38 @@
+#pragma once
+
+#include <libxml/tree.h>
+#include <sys/stat.h>
+
+#include <string>
+
+#include "Clients/FileDescriptor.h"
+
+namespace Logger::Internal {
+
+/// Keeps a file equal to a growing document, as libxml2 would save it.
+///
+/// As long as the file is the one that was written here last, only the new entry is written, over
+/// the closing tag that it moves. When it is not (it was never written, or is another one, or
+/// someone else changed it, or the last attempt failed), the whole document is saved. Failures are
+/// not reported: the next save makes up for them.
+class XmlLogFile {
+ public:
+  explicit XmlLogFile(const std::string& fileName);
+  ~XmlLogFile();
+
+  /// Makes the file equal to the document, whose root has just got its last entry.
+  void SaveWith(xmlDoc& document, xmlNode& lastEntry);
+  /// Saves the whole document, indented.
+  void SaveIndented(xmlDoc& document);
+
+ private:
+  const std::string fileName_;
+  FileDescriptor descriptor_;  // Open as long as the file can go on from where it stands.
+  struct stat written_;        // The file as it was after the last write here.
+
+  bool IsAsWritten() const;
+  bool WriteEntry(xmlDoc& document, xmlNode& entry);
+  void SaveWhole(xmlDoc& document);
+};
+
+}  // namespace Logger::Internal

@@ -1,0 +1,39 @@
+#include "Clients/XmlSilence.h"
+
+#include <libxml/xmlversion.h>
+#if LIBXML_VERSION < 21200
+#include <libxml/globals.h>
+#endif
+
+namespace Logger::Internal {
+
+namespace {
+
+void Ignore(void*, const char*, ...) {}
+
+}  // namespace
+
+XmlSilence::XmlSilence()
+    : genericHandler_(xmlGenericError),
+      genericContext_(xmlGenericErrorContext),
+      structuredHandler_(xmlStructuredError),
+      structuredContext_(xmlStructuredErrorContext),
+      lastError_() {
+  xmlSetGenericErrorFunc(nullptr, Ignore);
+  xmlSetStructuredErrorFunc(nullptr, nullptr);
+#if LIBXML_VERSION < 21200    // Later releases let nobody put an error back.
+  lastError_ = xmlLastError;  // With the texts that it owns.
+  xmlLastError = xmlError{};
+#endif
+}
+
+XmlSilence::~XmlSilence() {
+#if LIBXML_VERSION < 21200
+  xmlResetError(&xmlLastError);
+  xmlLastError = lastError_;
+#endif
+  xmlSetGenericErrorFunc(genericContext_, genericHandler_);
+  xmlSetStructuredErrorFunc(structuredContext_, structuredHandler_);
+}
+
+}  // namespace Logger::Internal

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <libxml/xmlerror.h>
+
+namespace Logger::Internal {
+
+/// Keeps libxml2 from reporting anything on the calling thread, for the time of its scope.
+/// Afterwards the application's own handlers, and the last error that it may want to look at, are
+/// what they were.
+class XmlSilence {
+ public:
+  XmlSilence();
+  ~XmlSilence();
+
+  XmlSilence(const XmlSilence&) = delete;
+  XmlSilence& operator=(const XmlSilence&) = delete;
+
+ private:
+  xmlGenericErrorFunc genericHandler_;
+  void* genericContext_;
+  xmlStructuredErrorFunc structuredHandler_;
+  void* structuredContext_;
+  xmlError lastError_;
+};
+
+}  // namespace Logger::Internal

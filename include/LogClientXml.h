@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "LogClient.h"
+
+struct _xmlDoc;
+struct _xmlNode;
+
+namespace Logger {
+namespace Internal {
+class XmlLogFile;
+}
+}  // namespace Logger
+
+/// Writes events as entries of an XML document, which a stylesheet turns into a readable page.
+/// Registered as "LogClientXML", with upper-case XML.
+///
+/// The file holds a complete document after every event. The document also stays in memory, and
+/// grows with every event for the life of the client: it suits logs of moderate length. When the
+/// client is destroyed it writes the document a last time, indented, also when there was no event.
+/// Whatever cannot be saved is not reported; it is there again with the next save that works. The
+/// layout is not used.
+///
+/// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
+/// default the message is XML character data: an ampersand in it starts an entity reference, and a
+/// message like `AT&T` comes out empty. With the property "escapetext" it is taken as it stands.
+class LOGGER_EXPORT LogClientXml : public LogClient {
+ public:
+  /// Writes to `filename`, relative to the working directory. `xslfilename` is put into the
+  /// document's reference to a stylesheet as it stands; an empty one leaves the reference out. An
+  /// empty `filename` leaves the client not initialised: nothing is ever written.
+  LogClientXml(const std::string& filename, const std::string& xslfilename);
+  /// Reads "filename", "xslfilename", and "escapetext", which is off unless it is exactly "true".
+  explicit LogClientXml(const LogProperties& properties);
+  ~LogClientXml() override;
+
+  /// Starts a new, empty document in memory; a former one is given up. Called by the constructors.
+  void Init(const std::string& xslfilename);
+
+  /// Adds an entry with the event's level name, date, time and message, and saves the document.
+  /// False when the client is not initialised.
+  bool Publish(const LogEvent& event) override;
+
+ private:
+  std::string filename_;
+  _xmlDoc* document_;  // Owned.
+  _xmlNode* root_;     // The document's.
+  bool escapesText_;
+  std::unique_ptr<Logger::Internal::XmlLogFile> file_;
+
+  void AddText(_xmlNode* entry, const char* name, const std::string& text);
+};

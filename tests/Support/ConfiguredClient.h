@@ -1,0 +1,93 @@
+#pragma once
+
+#include <map>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "LogClient.h"
+#include "LogClientFactory.h"
+#include "LogHandler.h"
+#include "LogLayout.h"
+#include "LogLevelManager.h"
+#include "LogProperties.h"
+#include "Logger.h"
+
+/// A kind of client that remembers the parameters it was given and the lines it would have written.
+/// It is not initialised when its parameter "broken" is "yes".
+class ConfiguredClient : public LogClient {
+ public:
+  explicit ConfiguredClient(const LogProperties& properties) {
+    for (const char* const key : {"", "a", "b", "c", "d", "p9", "p10", "p11"}) {
+      const std::string value = properties.GetProperty(key);
+      if (!value.empty()) parameters[key] = value;
+    }
+    SetLayout("LogLayoutMessage");
+    initialized_ = properties.GetProperty("broken") != "yes";
+    Made().push_back(this);
+  }
+
+  bool Publish(const LogEvent& event) override {
+    if (layout_ == nullptr) return false;
+    std::ostringstream line;
+    layout_->FormatAndAppend(line, event);
+    lines.push_back(line.str());
+    return true;
+  }
+
+  bool HasLayout() const { return layout_ != nullptr; }
+
+  /// Makes the kind known to configurators, as "ConfiguredClient".
+  static void Register() {
+    Logger::GetLogManager()->GetLogClientFactory()->RegisterLogClient("ConfiguredClient", Create);
+  }
+
+  /// All that were ever made, in order.
+  static std::vector<ConfiguredClient*>& Made() {
+    static std::vector<ConfiguredClient*> made;
+    return made;
+  }
+
+  std::map<std::string, std::string> parameters;
+  std::vector<std::string> lines;
+
+ private:
+  static LogClient* Create(const LogProperties& properties) {
+    return new ConfiguredClient(properties);
+  }
+};
+
+typedef std::map<std::string, std::string> Parameters;
+typedef std::vector<std::pair<unsigned int, std::string>> Levels;
+
+/// The process's levels, in the order of their registration.
+inline Levels RegisteredLevels() {
+  Levels levels;
+  unsigned int level = 0;
+  for (int index = 0; Logger::GetLogLevelManager()->GetLogLevel(index, level); ++index) {
+    levels.emplace_back(level, Logger::GetLogLevelManager()->GetLogLevelName(level));
+  }
+  return levels;
+}
+
+/// What is attached to a handler that exists, in order.
+inline std::vector<LogHandlerClient*> Receivers(const std::string& handler) {
+  std::vector<LogHandlerClient*> receivers;
+  LogHandler* const parent = Logger::GetExistingLogHandler(handler);
+  for (unsigned int index = 0; index < parent->GetLogClientCount(); ++index) {
+    receivers.push_back(parent->GetLogClientAt(index));
+  }
+  return receivers;
+}
+
+/// The levels among these that the handler accepts.
+inline std::vector<unsigned int> EnabledLevels(const std::string& handler,
+                                               const std::vector<unsigned int>& levels) {
+  std::vector<unsigned int> enabled;
+  for (const unsigned int level : levels) {
+    if (Logger::GetExistingLogHandler(handler)->GetLogLevel(level)) enabled.push_back(level);
+  }
+  return enabled;
+}
