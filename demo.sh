@@ -3,13 +3,14 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-scripts/install-packages build
+scripts/install-packages demo
 cmake --preset release >/dev/null
 cmake --build --preset release
 
-build=$PWD/build/release
-examples=$PWD/examples
-output=$PWD/demo-output
+project=$PWD
+build=$project/build/release
+examples=$project/examples
+output=$project/demo-output
 rm -rf "$output"
 mkdir "$output"
 cd "$output"
@@ -30,6 +31,13 @@ echo
 echo "== An application that logs from several threads, set up by examples/file_survey.ini"
 run "$build/examples/file_survey" "$examples/file_survey.ini" /usr/include /usr/lib /etc
 show_heads trouble.log survey.log*
+
+echo
+echo "== The same application set up by examples/file_survey.xml, with a log as a page"
+run "$build/examples/file_survey" "$examples/file_survey.xml" /usr/include /etc /no/such/folder
+run xsltproc --output survey.html "$project/share/liblogger/log.xsl" survey.xml
+printf '\n%s has %s entries; %s shows them in a browser.\n' "$output/survey.xml" \
+  "$(grep -c '<entry ' survey.xml)" "$output/survey.html"
 
 system_log=
 for candidate in /var/log/dpkg.log /var/log/apt/history.log /var/log/alternatives.log; do

@@ -1,7 +1,9 @@
-// Looks through folders with several threads, and logs what it finds as file_survey.ini says.
+// Looks through folders with several threads, and logs what it finds as a configuration such as
+// file_survey.ini says.
 //
 //     file_survey CONFIGURATION FOLDER...
 //
+// The configuration is an XML document when its name ends in .xml, or else a properties file.
 // Every file is logged at DEBUG by the handler "survey", with the thread that found it; large files
 // at WARNING; what cannot be read at ERROR; a line for each folder, and the total, at INFO by
 // "default".
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "LogConfiguratorIni.h"
+#include "LogConfiguratorXml.h"
 #include "LogFormater.h"
 #include "LogHandler.h"
 #include "Logger.h"
@@ -60,10 +63,16 @@ void LookAtFolder(const fs::path& folder, Totals& totals) {
     if (entry->is_regular_file() && !entry->is_symlink()) LookAtFile(*entry, totals);
   }
   if (error) {
-    SURVEY_LOG(Logger::GetLogHandler("trouble"), kError, "%s: %s", folder.c_str(),
+    SURVEY_LOG(Logger::GetLogHandler("survey"), kError, "%s: %s", folder.c_str(),
                error.message().c_str());
+  } else {
+    SURVEY_LOG(Logger::GetDefaultLogHandler(), kInfo, "%s is done", folder.c_str());
   }
-  SURVEY_LOG(Logger::GetDefaultLogHandler(), kInfo, "%s is done", folder.c_str());
+}
+
+bool Configure(const fs::path& file) {
+  return file.extension() == ".xml" ? LogConfiguratorXml().ReadConfiguration(file)
+                                    : LogConfiguratorIni().ReadConfiguration(file);
 }
 
 }  // namespace
@@ -73,7 +82,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: file_survey CONFIGURATION FOLDER...\n");
     return 2;
   }
-  if (!LogConfiguratorIni().ReadConfiguration(argv[1])) {
+  if (!Configure(argv[1])) {
     std::fprintf(stderr, "file_survey: no usable configuration in %s\n", argv[1]);
     return 1;
   }

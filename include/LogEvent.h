@@ -41,8 +41,10 @@ class LOGGER_EXPORT LogEvent {
   logstring GetFileName() const;
   int GetLine() const;
 
-  /// The local time as 2004-03-01T13:05:09 (strftime's "%Y-%m-%dT%H:%M:%S"). Like every text of the
-  /// time it follows the process's time zone, and is empty for a year that has no room in it.
+  /// The local time as 2004-03-01T13:05:09 (strftime's "%Y-%m-%dT%H:%M:%S"). A time zone that
+  /// tzset() changed shows at once when tzname, timezone or daylight changed with it, and otherwise
+  /// when the clock's present second is over. Like every text of the time it follows the process's
+  /// time zone, and is empty for a year that has no room in it.
   logstring GetDateTime() const;
   /// GetDateTime() with the microseconds: 2004-03-01T13:05:09.000042.
   logstring GetDateTimeUsec() const;

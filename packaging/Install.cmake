@@ -14,6 +14,9 @@ install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR} FILES_MATCHING PATT
 install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_INCLUDE_DIR}
   FILES_MATCHING PATTERN "*.h")
 
+install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
+
 install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR})
 configure_package_config_file(packaging/libloggerConfig.cmake.in libloggerConfig.cmake
   INSTALL_DESTINATION ${LOGGER_PACKAGE_DIR})

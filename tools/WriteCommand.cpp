@@ -141,8 +141,10 @@ class LineWriter {
   void WarnOfZeroByte(const std::string& line) const {
     const std::size_t length = std::strlen(line.c_str());
     if (length == line.size()) return;
+    const std::size_t lost = line.size() - length - 1;
     std::cerr << "loggerctl write: warning: line " << lines_ << " has a zero byte, which ends it; "
-              << line.size() - length - 1 << " bytes behind it are left out\n";
+              << lost << (lost == 1 ? " byte behind it is" : " bytes behind it are")
+              << " left out\n";
   }
 };
 

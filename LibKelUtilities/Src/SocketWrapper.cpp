@@ -6,7 +6,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
 
@@ -19,21 +21,6 @@ constexpr int kPauseWithoutDescriptors = 50;  // Milliseconds until Accept tries
 using AddressList = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
 
 int OpenStream(int family) { return socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0); }
-
-/// Whether connect() on the descriptor succeeds. One that a signal interrupted goes on by itself.
-bool ConnectDescriptor(int descriptor, const addrinfo& address) {
-  if (connect(descriptor, address.ai_addr, address.ai_addrlen) == 0) return true;
-  if (errno != EINTR) return false;
-  pollfd waiting{descriptor, POLLOUT, 0};
-  while (poll(&waiting, 1, -1) < 0) {
-    if (errno != EINTR) return false;
-  }
-  int result = 0;
-  socklen_t size = sizeof result;
-  if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &result, &size) != 0) return false;
-  errno = result;
-  return result == 0;
-}
 
 bool BindDescriptor(int descriptor, const addrinfo& address) {
   const int on = 1;
@@ -59,12 +46,47 @@ void WriteAddress(const sockaddr_storage& address, socklen_t addressSize, char* 
   text[length] = '\0';
 }
 
-/// Waits until there is something to receive. False when the time is over or on an error.
-bool WaitToReceive(int descriptor, int timeout) {
-  pollfd waiting{descriptor, POLLIN, 0};
-  const int ready = poll(&waiting, 1, timeout);
+/// A moment up to which something may take, however often it is interrupted.
+class Deadline {
+ public:
+  /// A negative number of milliseconds never ends.
+  explicit Deadline(int milliseconds)
+      : isEndless_(milliseconds < 0),
+        end_(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
+
+  /// What is left, as poll() takes it.
+  int MillisecondsLeft() const {
+    if (isEndless_) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now()).count();
+    return static_cast<int>(std::max<decltype(left)>(left, 0));
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  const bool isEndless_;
+  const Clock::time_point end_;
+};
+
+/// Waits until the descriptor is ready for the events. False when the time is over or on an error.
+bool WaitFor(short events, int descriptor, const Deadline& deadline) {
+  pollfd waiting{descriptor, events, 0};
+  int ready;
+  do {
+    ready = poll(&waiting, 1, deadline.MillisecondsLeft());
+  } while (ready < 0 && errno == EINTR);
   if (ready == 0) errno = ETIMEDOUT;
   return ready > 0;
+}
+
+/// Whether connect() on the descriptor succeeds. One that a signal interrupted goes on by itself.
+bool ConnectDescriptor(int descriptor, const addrinfo& address) {
+  if (connect(descriptor, address.ai_addr, address.ai_addrlen) == 0) return true;
+  if (errno != EINTR || !WaitFor(POLLOUT, descriptor, Deadline(-1))) return false;
+  int result = 0;
+  socklen_t size = sizeof result;
+  if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &result, &size) != 0) return false;
+  errno = result;
+  return result == 0;
 }
 
 }  // namespace
@@ -166,11 +188,10 @@ int SocketWrapper::Send(const void* data, int length, int descriptor) {
 
 int SocketWrapper::Recv(void* buffer, int length, int descriptor, int timeout) {
   if (descriptor == kOwnDescriptor) descriptor = descriptor_;
+  if (timeout >= 0 && !WaitFor(POLLIN, descriptor, Deadline(timeout))) return Fail(errno);
   for (;;) {
-    if (timeout < 0 || WaitToReceive(descriptor, timeout)) {
-      const ssize_t received = recv(descriptor, buffer, static_cast<std::size_t>(length), 0);
-      if (received >= 0) return static_cast<int>(received);
-    }
+    const ssize_t received = recv(descriptor, buffer, static_cast<std::size_t>(length), 0);
+    if (received >= 0) return static_cast<int>(received);
     if (errno != EINTR) return Fail(errno);
   }
 }

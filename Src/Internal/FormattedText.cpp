@@ -18,7 +18,7 @@ constexpr unsigned int kLargestCapacity = 1U << 30;
 
 unsigned int FormattedText::NextCapacity(int result, unsigned int capacity) {
   const auto length = static_cast<unsigned int>(result);
-  if (result == -1 || length == capacity || length == capacity - 1) return 2 * capacity;
+  if (result < 0 || length == capacity || length == capacity - 1) return 2 * capacity;
   if (length > capacity) return length + 2;
   return kComplete;
 }

@@ -26,8 +26,8 @@ class FormattedText {
   static constexpr unsigned int kComplete = 0;
 
   /// The capacity to try next after vsnprintf returned `result` for `capacity`, or kComplete.
-  /// Understands both conventions for a text that was cut, -1 and the length needed, and never
-  /// trusts a text that fills the buffer exactly.
+  /// Understands both conventions for a text that was cut, a negative result and the length needed,
+  /// and never trusts a text that fills the buffer exactly.
   static unsigned int NextCapacity(int result, unsigned int capacity);
 
  private:

@@ -92,6 +92,7 @@ TEST(FormattedTextTest, TakesTheNeededLengthAndTwoMore) {
 TEST(FormattedTextTest, DoublesUntilItFitsWhenTheNeededLengthIsNotTold) {
   EXPECT_EQ(8192U, FormattedText::NextCapacity(-1, 4096));
   EXPECT_EQ(16384U, FormattedText::NextCapacity(-1, 8192));
+  EXPECT_EQ(8192U, FormattedText::NextCapacity(-2, 4096));
   EXPECT_EQ(FormattedText::kComplete, FormattedText::NextCapacity(10000, 16384));
 }
 
