@@ -39,14 +39,40 @@ run xsltproc --output survey.html "$project/share/liblogger/log.xsl" survey.xml
 printf '\n%s has %s entries; %s shows them in a browser.\n' "$output/survey.xml" \
   "$(grep -c '<entry ' survey.xml)" "$output/survey.html"
 
+echo
+echo "== The same application in one process, the log server in another"
+printf '\n$ loggerctl serve --config examples/server.ini --handler collected &\n'
+mkfifo server.out
+"$build/tools/loggerctl" serve --config "$examples/server.ini" --handler collected >server.out &
+server=$!
+trap 'kill "$server" 2>/dev/null || true' EXIT
+exec 3<server.out
+read -r line <&3
+echo "$line"
+sed "s/PORT/${line##* }/" "$examples/file_survey_remote.ini" >remote.ini
+run "$build/examples/file_survey" remote.ini /usr/include /etc
+kill -TERM "$server"
+read -r line <&3
+echo "$line"
+wait "$server"
+exec 3<&-
+trap - EXIT
+rm server.out
+show_heads collected.log
+
+# The oldest backup has the first events.
+mapfile -t received < <(ls -rv collected.log*)
+cat "${received[@]}" | cmp - sent.log
+printf '\nAll %s events arrived, in their order and byte by byte.\n' "$(wc -l <sent.log)"
+
 system_log=
-for candidate in /var/log/dpkg.log /var/log/apt/history.log /var/log/alternatives.log; do
+for candidate in /var/log/dpkg.log /var/log/apt/*.log /var/log/*.log /var/log/*/*.log; do
   if [ -z "$system_log" ] && [ -s "$candidate" ] && [ -r "$candidate" ]; then
     system_log=$candidate
   fi
 done
 if [ -z "$system_log" ]; then
-  echo "demo.sh: no log of the package manager's to read" >&2
+  echo "demo.sh: no log below /var/log to read" >&2
   exit 1
 fi
 

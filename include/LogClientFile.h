@@ -28,7 +28,9 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   explicit LogClientFile(const LogProperties& properties);
   ~LogClientFile() override;
 
-  /// Opens the file, and returns whether it is open; that is what IsInitialize() then tells.
+  /// Opens the file, and returns whether it is open; that is what IsInitialize() then tells. Called
+  /// by the constructors; called again while the file is open, it leaves the client dropping every
+  /// event.
   bool Init();
 
   /// Writes and flushes the event. False when the client is not initialised, has no layout, or an

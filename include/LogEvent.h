@@ -21,6 +21,10 @@ class LOGGER_EXPORT LogEvent {
   /// clock's; `threadId` is the kernel's, from LibKelUtilities::GetTid().
   LogEvent(unsigned int level, logstring message, logstring handlerName, logstring fileName,
            int line, timeval time, int threadId);
+  /// Reads a complete record, as GetLogStream() writes it, from `record`, which stays the caller's.
+  /// The record is trusted: its mark is not looked at, and lengths that are not true lead the
+  /// reading out of it. A length of 0 or less stands for an empty text.
+  explicit LogEvent(char* record);
   LogEvent(const LogEvent& other);
   LogEvent& operator=(const LogEvent& other);
   virtual ~LogEvent();
@@ -46,12 +50,20 @@ class LOGGER_EXPORT LogEvent {
   /// when the clock's present second is over. Like every text of the time it follows the process's
   /// time zone, and is empty for a year that has no room in it.
   logstring GetDateTime() const;
-  /// GetDateTime() with the microseconds: 2004-03-01T13:05:09.000042.
+  /// GetDateTime() with the microseconds, which stand also behind an empty text:
+  /// 2004-03-01T13:05:09.000042.
   logstring GetDateTimeUsec() const;
   logstring GetDate() const;  ///< The local date as 2004-03-01.
   logstring GetTime() const;  ///< The local time of day as 13:05:09.
   long GetTimeSec() const;    ///< Whole seconds since 1970-01-01T00:00:00 UTC.
   long GetTimeUsec() const;   ///< Microseconds past the second.
+
+  /// Stores the address of a new record of this event in `*record`, and its size in bytes in
+  /// `length`. The caller releases it with delete[]. A record carries the level, the three texts as
+  /// they are, the line, the time and the thread id; docs/wire-format.md shows its bytes. Texts
+  /// must not contain a zero byte: it would end the text, and the rest would move up in the record.
+  /// Throws std::bad_alloc when there is no memory, or when the texts are too long for a record.
+  void GetLogStream(char** record, int& length) const;
 
   int GetThreadId() const;
   /// Replaces the thread's id, for an event that is not shared yet.
@@ -68,3 +80,8 @@ class LOGGER_EXPORT LogEvent {
   timeval time_;
   int threadId_;
 };
+
+/// Writes an integer into four bytes, the most significant first.
+LOGGER_EXPORT void IntToBuf(unsigned char* buffer, int value);
+/// Reads what IntToBuf wrote into `*value`.
+LOGGER_EXPORT void BufToInt(const unsigned char* buffer, int* value);

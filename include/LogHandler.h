@@ -1,6 +1,9 @@
 #pragma once
 
+#include <time.h>
+
 #include <atomic>
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -60,7 +63,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   void SetName(const logstring& name);
   logstring GetName() const;
 
-  /// The master switch: an inactive handler rejects every event. Takes no lock.
+  /// The master switch: an inactive handler rejects every event. Does not wait for the handler's
+  /// lock.
   void SetLogHandlerActive(bool active);
   bool GetLogHandlerActive() const;
 
@@ -123,8 +127,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   // what the level registry, the list above and the master switch say; LivingHandlers keeps it in
   // step.
   std::atomic<std::uint64_t> rejectedLevels_;
-  std::uint64_t disabledBelow64_;  // The list above as bits. Guarded by LivingHandlers.
-  LogHandler* nextLiving_;         // The list of all living handlers. Guarded by LivingHandlers.
+  std::uint64_t disabledCommon_;  // The list above as bits. Guarded by LivingHandlers.
+  LogHandler* nextLiving_;        // The list of all living handlers. Guarded by LivingHandlers.
   LogHandler* previousLiving_;
   mutable Distribution*
       distributions_;  // Under way on the thread that holds the lock, innermost first.
@@ -135,5 +139,5 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
                     va_list arguments);
   bool LogText(unsigned int level, const SourcePosition& position, const char* text,
                std::size_t length);
-  void DropClients();
+  bool DropClientsWithin(const timespec& deadline);
 };

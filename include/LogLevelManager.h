@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "LibKelUtilities/MutexWrapper.h"
@@ -48,8 +49,9 @@ class LOGGER_EXPORT LogLevelManager : public LibKelUtilities::MutexWrapper {
   std::size_t capacity_;            // Of `levels_`. Guarded by the mutex, like `formerArrays_`.
   std::vector<LogLevel**> formerArrays_;  // Outgrown, kept for the readers that still look at them.
   std::atomic<LogLevel*> common_[kCommonLevels];  // By number; null where not registered.
+  std::atomic<std::uint64_t> registeredCommon_;   // Bit n: level n is registered, all over.
   const LogLevel unregistered_;                   // Stands in for any other level; has no name.
 
   const LogLevel* Find(unsigned int level) const;
-  void Append(LogLevel* level);
+  void MakeRoomForOne();
 };

@@ -24,12 +24,16 @@ namespace Logger {
 /// all handlers it made; what the application logs before that moment, also from atexit handlers
 /// and static destructors, is written.
 ///
+/// A manager that an application makes besides has handlers and registries of its own; its handlers
+/// must not be deleted while it lives, and follow the levels of the process's manager.
+///
 /// Any thread may look handlers up, make them, and delete others at any time. The manager never
 /// holds its lock while it takes a handler's.
 class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
  public:
   LogManager();
-  /// Deletes the clients, then the handlers, then the rest.
+  /// Makes every handler reject every level, and deletes the clients, then the handlers, then the
+  /// rest. When a thread is stuck in a client for more than a second, all of it is left as it is.
   virtual ~LogManager();
 
   /// Makes a new handler "default" and new, empty registries in place of the present ones, which
@@ -78,6 +82,7 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   template <typename Visit>
   void VisitHandlers(Visit visit);
   void KeepAbandoned();
+  bool DropAllClients();
 };
 
 /// The process's one manager.

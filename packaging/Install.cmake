@@ -17,6 +17,10 @@ install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_I
 install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
 
+configure_file(packaging/loggerctl-serve.service.in loggerctl-serve.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service
+  DESTINATION lib/systemd/system)
+
 install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR})
 configure_package_config_file(packaging/libloggerConfig.cmake.in libloggerConfig.cmake
   INSTALL_DESTINATION ${LOGGER_PACKAGE_DIR})

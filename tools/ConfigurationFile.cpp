@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr std::size_t kLongestLine = 511;
-
 /// Throws when the file cannot be read at all.
 void RequireReadable(const std::string& fileName) {
   if (fileName.empty()) throw UsageError("the name of the configuration file is empty");
@@ -37,37 +35,41 @@ bool IsXml(const std::string& fileName) {
   return false;
 }
 
-std::string ReasonNotLoaded(const std::string& fileName, const LogConfiguratorIni&) {
+/// The first line that is longer than a properties file may have; 0 when there is none.
+int FindOverlongLine(const std::string& fileName) {
+  constexpr std::size_t kLongestLine = 511;
   std::ifstream file(fileName);
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
-    if (line.size() > kLongestLine) {
-      return "line " + std::to_string(number) + " is longer than " + std::to_string(kLongestLine) +
-             " bytes";
-    }
+    if (line.size() > kLongestLine) return number;
   }
-  return "cannot be read";
+  return 0;
 }
 
-std::string ReasonNotLoaded(const std::string&, const LogConfiguratorXml&) {
+void ConfigureFromIni(const std::string& fileName) {
+  LogConfiguratorIni configurator;
+  if (configurator.ReadConfiguration(fileName)) return;
+  const int overlongLine = FindOverlongLine(fileName);
+  if (overlongLine > 0) {
+    throw UsageError(fileName + ": line " + std::to_string(overlongLine) +
+                     " is longer than 511 bytes");
+  }
+  throw UsageError(fileName + (configurator.IsLoggingEnable()
+                                   ? ": cannot be read"
+                                   : ": logging is switched off there (logging = false)"));
+}
+
+void ConfigureFromXml(const std::string& fileName) {
+  xmlResetLastError();
+  LogConfiguratorXml configurator;
+  if (configurator.ReadConfiguration(fileName)) return;
   const xmlError* const error = xmlGetLastError();
-  if (error == nullptr || error->message == nullptr) return "is no valid configuration";
+  if (error == nullptr || error->message == nullptr) {
+    throw UsageError(fileName + ": logging is switched off there, or this is no configuration");
+  }
   std::string message = error->message;
   while (!message.empty() && message.back() == '\n') message.pop_back();
-  return "line " + std::to_string(error->line) + ": " + message;
-}
-
-template <typename Configurator>
-void Configure(const std::string& fileName) {
-  Configurator configurator;
-  if (!configurator.OpenFile(fileName)) {
-    throw UsageError(fileName + ": " + ReasonNotLoaded(fileName, configurator));
-  }
-  if (!configurator.IsLoggingEnable())
-    throw UsageError(fileName + ": logging is switched off there");
-  const bool isConfigured = configurator.SetLogLevel() && configurator.SetLogHandler() &&
-                            configurator.SetLogClient() && configurator.BuildLogTree();
-  if (!isConfigured) throw UsageError(fileName + ": is no complete configuration");
+  throw UsageError(fileName + ": line " + std::to_string(error->line) + ": " + message);
 }
 
 }  // namespace
@@ -75,8 +77,8 @@ void Configure(const std::string& fileName) {
 void ConfigureFrom(const std::string& fileName) {
   RequireReadable(fileName);
   if (IsXml(fileName)) {
-    Configure<LogConfiguratorXml>(fileName);
+    ConfigureFromXml(fileName);
   } else {
-    Configure<LogConfiguratorIni>(fileName);
+    ConfigureFromIni(fileName);
   }
 }

@@ -7,13 +7,13 @@
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "CommandLine.h"
 #include "ConfigurationFile.h"
+#include "Handlers.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -25,8 +25,8 @@ struct WriteOptions {
   std::string configurationFile;
   std::string handlerName = "default";
   std::string level;
-  std::string sourceFile;
-  int sourceLine = 0;
+  std::optional<std::string> sourceFile;
+  std::string sourceLine;
   std::vector<std::string> words;
   CLI::Option* text = nullptr;
 };
@@ -44,15 +44,6 @@ std::string LevelName(unsigned int level) {
   return Logger::GetLogLevelManager()->GetLogLevelName(level);
 }
 
-std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    if (&text != &texts.front()) joined += separator;
-    joined += text;
-  }
-  return joined;
-}
-
 [[noreturn]] void ThrowUnknownLevel(const std::string& level) {
   std::vector<std::string> known;
   for (const unsigned int number : RegisteredLevels()) {
@@ -62,8 +53,10 @@ std::string Join(const std::vector<std::string>& texts, const std::string& separ
                    (known.empty() ? "no levels" : Join(known, ", ")));
 }
 
-std::optional<unsigned int> ReadNumber(const std::string& text) {
-  unsigned int number = 0;
+/// A number that is written in decimal digits and nothing else.
+template <typename Number>
+std::optional<Number> ReadNumber(const std::string& text) {
+  Number number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end) return std::nullopt;
@@ -72,7 +65,7 @@ std::optional<unsigned int> ReadNumber(const std::string& text) {
 
 /// A level given by its number, or by a name that no other level bears.
 unsigned int FindLevel(const std::string& level) {
-  if (const std::optional<unsigned int> number = ReadNumber(level)) {
+  if (const auto number = ReadNumber<unsigned int>(level)) {
     if (!Logger::GetLogLevelManager()->ExistLogLevel(*number)) ThrowUnknownLevel(level);
     return *number;
   }
@@ -88,37 +81,27 @@ unsigned int FindLevel(const std::string& level) {
   return bearers.front();
 }
 
-LogHandler& FindHandler(const std::string& name) {
-  LogHandler* const handler = Logger::GetExistingLogHandler(name);
-  if (handler != nullptr) return *handler;
-  throw UsageError("unknown handler '" + name + "'; there are " +
-                   Join(Logger::GetLogManager()->GetLogHandlerNames(), ", "));
-}
-
-/// Whether there is an output client at the handler or below it.
-bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
-  if (!visited.insert(&handler).second) return false;
-  for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
-    LogHandlerClient* const receiver = handler.GetLogClientAt(index);
-    if (receiver->IsLogClient()) return true;
-    if (ReachesClient(dynamic_cast<LogHandler&>(*receiver), visited)) return true;
-  }
-  return false;
+int FindSourceLine(const std::string& line) {
+  const auto number = ReadNumber<int>(line);
+  if (!number) throw UsageError("--line: '" + line + "' is no number");
+  return *number;
 }
 
 /// Logs lines through one handler at one level, and counts them.
 class LineWriter {
  public:
   LineWriter(LogHandler& handler, unsigned int level, const WriteOptions& options)
-      : handler_(handler), level_(level), options_(options) {}
+      : handler_(handler),
+        level_(level),
+        sourceFile_(options.sourceFile),
+        sourceLine_(options.sourceFile ? FindSourceLine(options.sourceLine) : 0) {}
 
   void Write(const std::string& line) {
     ++lines_;
     WarnOfZeroByte(line);
-    const bool isAccepted = options_.sourceFile.empty()
-                                ? handler_.LogForce(level_, line.c_str())
-                                : handler_.DebugLogForce(level_, options_.sourceFile,
-                                                         options_.sourceLine, line.c_str());
+    const bool isAccepted =
+        sourceFile_ ? handler_.DebugLogForce(level_, *sourceFile_, sourceLine_, line.c_str())
+                    : handler_.LogForce(level_, line.c_str());
     if (!isAccepted) ++filtered_;
   }
 
@@ -134,7 +117,8 @@ class LineWriter {
  private:
   LogHandler& handler_;
   const unsigned int level_;
-  const WriteOptions& options_;
+  const std::optional<std::string> sourceFile_;
+  const int sourceLine_;
   unsigned long lines_ = 0;
   unsigned long filtered_ = 0;
 
@@ -168,11 +152,7 @@ int RunWrite(const WriteOptions& options) {
   ConfigureFrom(options.configurationFile);
   LogHandler& handler = FindHandler(options.handlerName);
   const unsigned int level = FindLevel(options.level);
-  std::set<LogHandler*> visited;
-  if (!ReachesClient(handler, visited)) {
-    std::cerr << "loggerctl write: warning: handler '" << options.handlerName
-              << "' reaches no client; nothing will be written\n";
-  }
+  WarnWhenNothingIsWritten("write", handler);
 
   LineWriter writer(handler, level, options);
   const std::vector<std::string> words = WordsOf(*options.text);

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "CommandLine.h"
+#include "ServeCommand.h"
 #include "WriteCommand.h"
 
 namespace {
@@ -14,6 +15,7 @@ int Run(int argc, char** argv) {
   program.require_subcommand(1);
   int exitCode = EXIT_SUCCESS;
   AddWriteCommand(program, exitCode);
+  AddServeCommand(program, exitCode);
   try {
     program.parse(MarkedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {

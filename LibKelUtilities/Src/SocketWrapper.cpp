@@ -1,7 +1,9 @@
 #include "LibKelUtilities/SocketWrapper.h"
 
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -54,6 +56,8 @@ class Deadline {
       : isEndless_(milliseconds < 0),
         end_(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
 
+  bool IsEndless() const { return isEndless_; }
+
   /// What is left, as poll() takes it.
   int MillisecondsLeft() const {
     if (isEndless_) return -1;
@@ -78,15 +82,56 @@ bool WaitFor(short events, int descriptor, const Deadline& deadline) {
   return ready > 0;
 }
 
-/// Whether connect() on the descriptor succeeds. One that a signal interrupted goes on by itself.
-bool ConnectDescriptor(int descriptor, const addrinfo& address) {
-  if (connect(descriptor, address.ai_addr, address.ai_addrlen) == 0) return true;
-  if (errno != EINTR || !WaitFor(POLLOUT, descriptor, Deadline(-1))) return false;
+/// Whether the descriptor was shut down, or is within so many milliseconds.
+bool HasHungUp(int descriptor, int milliseconds) {
+  return WaitFor(0, descriptor, Deadline(milliseconds));
+}
+
+/// Sends all bytes in time, and counts those that are on their way.
+bool SendOn(int descriptor, const void* data, std::size_t size, std::size_t& sent,
+            const Deadline& deadline) {
+  const char* const bytes = static_cast<const char*>(data);
+  const bool isLimited = !deadline.IsEndless();
+  const int flags = MSG_NOSIGNAL | (isLimited ? MSG_DONTWAIT : 0);
+  while (sent < size) {
+    const ssize_t taken = send(descriptor, bytes + sent, size - sent, flags);
+    if (taken >= 0) {
+      sent += static_cast<std::size_t>(taken);
+    } else if (errno == EAGAIN && isLimited) {
+      if (!WaitFor(POLLOUT, descriptor, deadline)) return false;
+    } else if (errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool SetBlocking(int descriptor, bool isBlocking) {
+  const int flags = fcntl(descriptor, F_GETFL);
+  return flags >= 0 &&
+         fcntl(descriptor, F_SETFL, isBlocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK) == 0;
+}
+
+/// Whether a connect() that goes on by itself comes to a good end.
+bool FinishConnect(int descriptor, const Deadline& deadline) {
+  if (!WaitFor(POLLOUT, descriptor, deadline)) return false;
   int result = 0;
   socklen_t size = sizeof result;
   if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &result, &size) != 0) return false;
   errno = result;
   return result == 0;
+}
+
+/// Whether connect() on the descriptor succeeds in time.
+bool ConnectDescriptor(int descriptor, const addrinfo& address, int timeout) {
+  const bool isLimited = timeout >= 0;
+  if (isLimited && !SetBlocking(descriptor, false)) return false;
+  const Deadline deadline(timeout);
+  const bool isConnected = connect(descriptor, address.ai_addr, address.ai_addrlen) == 0;
+  // An interrupted one goes on by itself, as one does that is not waited for.
+  const bool goesOn = errno == EINTR || errno == EINPROGRESS;
+  if (!isConnected && !(goesOn && FinishConnect(descriptor, deadline))) return false;
+  return !isLimited || SetBlocking(descriptor, true);
 }
 
 }  // namespace
@@ -106,14 +151,17 @@ int SocketWrapper::Fail(int error) {
 }
 
 int SocketWrapper::Open(int type) {
-  Replace(-1);
   if (type != kStream) return Fail(EPROTOTYPE);
   // An address of the other family gets a socket of its own when it is bound or connected.
-  Replace(OpenStream(AF_INET));
-  return IsValid() ? 0 : Fail(errno);
+  const int descriptor = OpenStream(AF_INET);
+  if (descriptor < 0) return Fail(errno);
+  Replace(descriptor);
+  return 0;
 }
 
 bool SocketWrapper::IsValid() const { return descriptor_ >= 0; }
+
+void SocketWrapper::Close() { Replace(-1); }
 
 /// Puts a new socket in the place of the present one for each address that the name has, until one
 /// can be used.
@@ -145,8 +193,10 @@ int SocketWrapper::Bind(const std::string& address, unsigned short port) {
   return UseFirstAddress(address, port, AI_PASSIVE, BindDescriptor);
 }
 
-int SocketWrapper::Connect(const std::string& address, unsigned short port) {
-  return UseFirstAddress(address, port, 0, ConnectDescriptor);
+int SocketWrapper::Connect(const std::string& address, unsigned short port, int timeout) {
+  return UseFirstAddress(address, port, 0, [=](int descriptor, const addrinfo& candidate) {
+    return ConnectDescriptor(descriptor, candidate, timeout);
+  });
 }
 
 int SocketWrapper::Listen(int backlog) {
@@ -154,7 +204,15 @@ int SocketWrapper::Listen(int backlog) {
 }
 
 int SocketWrapper::Accept(char* peerAddress, int size) {
+  return AcceptWithin(peerAddress, size, kNoTimeout);
+}
+
+int SocketWrapper::AcceptWithin(char* peerAddress, int size, int timeout) {
+  const Deadline deadline(timeout);
   for (;;) {
+    if (timeout >= 0 && !WaitFor(POLLIN, descriptor_, deadline)) {
+      return errno == ETIMEDOUT ? kNothingCame : Fail(errno);
+    }
     sockaddr_storage address{};
     socklen_t addressSize = sizeof address;
     const int accepted =
@@ -164,26 +222,57 @@ int SocketWrapper::Accept(char* peerAddress, int size) {
       return accepted;
     }
     if (IsShortage(errno)) {
-      poll(nullptr, 0, kPauseWithoutDescriptors);
+      // While it lasts, accept() does not even tell that the socket was shut down.
+      if (HasHungUp(descriptor_, kPauseWithoutDescriptors)) return Fail(EINVAL);
+      if (timeout >= 0 && deadline.MillisecondsLeft() == 0) return kNothingCame;
     } else if (!IsLostConnection(errno)) {
       return Fail(errno);
     }
   }
 }
 
+void SocketWrapper::Shutdown() { shutdown(descriptor_, SHUT_RDWR); }
+
 int SocketWrapper::Send(const void* data, int length, int descriptor) {
   if (descriptor == kOwnDescriptor) descriptor = descriptor_;
-  const char* next = static_cast<const char*>(data);
-  for (int left = length; left > 0;) {
-    const ssize_t sent = send(descriptor, next, static_cast<std::size_t>(left), MSG_NOSIGNAL);
-    if (sent >= 0) {
-      next += sent;
-      left -= static_cast<int>(sent);
-    } else if (errno != EINTR) {
-      return Fail(errno);
-    }
+  std::size_t sent = 0;
+  const bool isSent =
+      SendOn(descriptor, data, static_cast<std::size_t>(length), sent, Deadline(-1));
+  return isSent ? length : Fail(errno);
+}
+
+bool SocketWrapper::SendAll(const void* data, std::size_t size, std::size_t& sent, int timeout) {
+  sent = 0;
+  const bool isSent = SendOn(descriptor_, data, size, sent, Deadline(timeout));
+  if (!isSent) Fail(errno);
+  return isSent;
+}
+
+void SocketWrapper::PushPending() {
+  // Held back is what a packet that was not acknowledged yet may soon be joined with; switching
+  // that off sends it.
+  for (const int isPushed : {1, 0}) {
+    setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &isPushed, sizeof isPushed);
   }
-  return length;
+}
+
+void SocketWrapper::AcknowledgeQuickly(int descriptor) {
+  const int on = 1;
+  setsockopt(descriptor, IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+}
+
+int SocketWrapper::RecvAtLeast(int atLeast, void* buffer, int length, int descriptor, int timeout) {
+  const Deadline deadline(timeout);
+  char* const bytes = static_cast<char*>(buffer);
+  int count = 0;
+  while (count < atLeast) {
+    const int received =
+        Recv(bytes + count, length - count, descriptor, deadline.MillisecondsLeft());
+    if (received < 0) return -1;
+    if (received == 0) break;
+    count += received;
+  }
+  return count;
 }
 
 int SocketWrapper::Recv(void* buffer, int length, int descriptor, int timeout) {
@@ -205,6 +294,8 @@ int SocketWrapper::GetPort() const {
   }
   return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
 }
+
+bool SocketWrapper::HasTimedOut() const { return lastError_ == ETIMEDOUT; }
 
 std::string SocketWrapper::GetLastErrorStr() const {
   const int error = lastError_;

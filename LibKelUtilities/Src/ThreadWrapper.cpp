@@ -3,10 +3,35 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <cstring>
 #include <mutex>
 
 namespace LibKelUtilities {
+
+namespace {
+
+/// Blocks signals for the calling thread, and for those that it starts, up to the end of the scope.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t signals;
+    sigfillset(&signals);
+    for (const int ofTheThread : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) {
+      sigdelset(&signals, ofTheThread);
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, &former_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t former_;
+};
+
+}  // namespace
 
 struct ThreadWrapper::Run {
   ThreadFunction function;
@@ -62,6 +87,8 @@ int ThreadWrapper::StartThread(ThreadFunction function, void* argument,
   run->argument = argument;
   if (name != nullptr) run->name.assign(name, strnlen(name, kNameLimit));
 
+  // The application's signals are for its own threads. Errors of a thread stay its own.
+  const SignalsBlocked blocked;
   auto handedOver = std::make_unique<std::shared_ptr<Run>>(run);
   pthread_t thread;
   const int result = pthread_create(&thread, attributes, Run::Main, handedOver.get());

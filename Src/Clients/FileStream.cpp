@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <locale>
+#include <new>
 
 #include "Internal/CancellationHold.h"
 
@@ -29,6 +30,8 @@ class Emptier {
  private:
   std::string& text_;
 };
+
+constexpr std::size_t kRoomBehind = 256;
 
 }  // namespace
 
@@ -73,8 +76,16 @@ FileBuffer::int_type FileBuffer::overflow(int_type character) {
 
 std::streamsize FileBuffer::xsputn(const char* text, std::streamsize length) {
   if (!IsOpen()) return 0;
-  collected_.append(text, static_cast<std::size_t>(length));
-  return length;
+  const auto size = static_cast<std::size_t>(length);
+  try {
+    // With room for what a layout adds behind a long message, or the next character doubles it.
+    if (size > kLargestKept) collected_.reserve(collected_.size() + size + kRoomBehind);
+    collected_.append(text, size);
+    return length;
+  } catch (const std::bad_alloc&) {
+    // In two pieces, then.
+    return WriteCollected() && file_.Write(text, size) ? length : 0;
+  }
 }
 
 int FileBuffer::sync() { return IsOpen() && WriteCollected() ? 0 : -1; }

@@ -1,5 +1,7 @@
 #include "LogClient.h"
 
+#include <utility>
+
 #include "LogClientManager.h"
 #include "LogLayout.h"
 #include "LogLayoutFactory.h"

@@ -1,8 +1,11 @@
 #include "LogClientFactory.h"
 
+#include <utility>
+
 #include "LogClientConsole.h"
 #include "LogClientFile.h"
 #include "LogClientRollingFile.h"
+#include "LogClientSocket.h"
 #include "LogClientXml.h"
 #include "Logger.h"
 
@@ -38,6 +41,7 @@ LogClient* CreateLogClientFile(const LogProperties& p) { return new LogClientFil
 LogClient* CreateLogClientRollingFile(const LogProperties& p) {
   return new LogClientRollingFile(p);
 }
+LogClient* CreateLogClientSocket(const LogProperties& p) { return new LogClientSocket(p); }
 LogClient* CreateLogClientXml(const LogProperties& p) { return new LogClientXml(p); }
 
 [[maybe_unused]] const bool consoleRegistered =
@@ -45,6 +49,7 @@ LogClient* CreateLogClientXml(const LogProperties& p) { return new LogClientXml(
 [[maybe_unused]] const bool fileRegistered = Register("LogClientFile", CreateLogClientFile);
 [[maybe_unused]] const bool rollingFileRegistered =
     Register("LogClientRollingFile", CreateLogClientRollingFile);
+[[maybe_unused]] const bool socketRegistered = Register("LogClientSocket", CreateLogClientSocket);
 [[maybe_unused]] const bool xmlRegistered = Register("LogClientXML", CreateLogClientXml);
 
 }  // namespace

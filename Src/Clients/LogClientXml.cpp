@@ -57,6 +57,7 @@ void LogClientXml::Init(const std::string& xslfilename) {
   if (filename_.empty()) return;
   xmlCheckVersion(kLibraryVersion);
   initialized_ = false;
+  file_ = std::make_unique<XmlLogFile>(filename_);  // The file is none of the new document's.
   xmlFreeDoc(document_);
   document_ = xmlNewDoc(XmlChars("1.0"));
   if (document_ == nullptr) return;

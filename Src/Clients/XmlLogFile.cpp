@@ -39,7 +39,11 @@ using OutputBuffer = std::unique_ptr<xmlOutputBuffer, CloseBuffer>;
 std::string TextOfLast(xmlDoc& document, xmlNode& entry) {
   const OutputBuffer buffer(xmlAllocOutputBuffer(nullptr));
   if (buffer == nullptr) return "";
+  // As in a save of the whole document: attributes would get character references without it.
+  const xmlChar* const formerEncoding = document.encoding;
+  document.encoding = reinterpret_cast<const xmlChar*>(kEncoding);
   xmlNodeDumpOutput(buffer.get(), &document, &entry, 0, 0, kEncoding);
+  document.encoding = formerEncoding;
   std::string text(reinterpret_cast<const char*>(xmlOutputBufferGetContent(buffer.get())),
                    xmlOutputBufferGetSize(buffer.get()));
   return text.append(kEnd);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "LogLevelManager.h"
 
 namespace Logger::Internal {
@@ -10,8 +12,11 @@ struct LevelAccess {
   /// number is not registered.
   static const logstring& Name(const LogLevelManager& levels, unsigned int level);
 
-  /// Bit n is set when level n is registered.
-  static std::uint64_t RegisteredBelow64(const LogLevelManager& levels);
+  /// Levels below this number are looked up without a search, and have bits in words.
+  static constexpr unsigned int kCommonLevels = LogLevelManager::kCommonLevels;
+
+  /// Bit n is set when common level n has its entry.
+  static std::uint64_t RegisteredCommon(const LogLevelManager& levels);
 };
 
 }  // namespace Logger::Internal

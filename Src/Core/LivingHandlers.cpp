@@ -9,7 +9,6 @@ namespace Logger::Internal {
 
 namespace {
 
-constexpr unsigned int kLevelsInWord = 64;
 constexpr std::uint64_t kEveryLevel = ~std::uint64_t{0};
 
 // All of this is there before the first handler and after the last one: it is never constructed and
@@ -29,7 +28,7 @@ void LivingHandlers::Enter(LogHandler& handler) noexcept {
   handler.nextLiving_ = first;
   if (first != nullptr) first->previousLiving_ = &handler;
   first = &handler;
-  Refresh(handler);
+  Refresh(handler, handler.active_);
 }
 
 void LivingHandlers::Leave(LogHandler& handler) noexcept {
@@ -53,28 +52,28 @@ void LivingHandlers::LevelsChanged(const LogLevelManager& levels) noexcept {
 
 void LivingHandlers::SetActive(LogHandler& handler, bool active) noexcept {
   const Guard guard(lock);
+  // The word first: who sees the flag can rely on it.
+  Refresh(handler, active);
   handler.active_ = active;
-  Refresh(handler);
 }
 
 void LivingHandlers::SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept {
-  if (level >= kLevelsInWord) return;
+  if (level >= LevelAccess::kCommonLevels) return;
   const Guard guard(lock);
   const std::uint64_t bit = std::uint64_t{1} << level;
-  handler.disabledBelow64_ =
-      disabled ? handler.disabledBelow64_ | bit : handler.disabledBelow64_ & ~bit;
-  Refresh(handler);
+  handler.disabledCommon_ =
+      disabled ? handler.disabledCommon_ | bit : handler.disabledCommon_ & ~bit;
+  Refresh(handler, handler.active_);
 }
 
-void LivingHandlers::Refresh(LogHandler& handler) {
-  handler.rejectedLevels_ =
-      handler.active_ ? ~registeredLevels | handler.disabledBelow64_ : kEveryLevel;
+void LivingHandlers::Refresh(LogHandler& handler, bool active) {
+  handler.rejectedLevels_ = active ? ~registeredLevels | handler.disabledCommon_ : kEveryLevel;
 }
 
 void LivingHandlers::RefreshAll() {
-  registeredLevels = registry == nullptr ? 0 : LevelAccess::RegisteredBelow64(*registry);
+  registeredLevels = registry == nullptr ? 0 : LevelAccess::RegisteredCommon(*registry);
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    Refresh(*handler);
+    Refresh(*handler, handler->active_);
   }
 }
 

@@ -26,7 +26,7 @@ class LivingHandlers {
   static void SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept;
 
  private:
-  static void Refresh(LogHandler& handler);
+  static void Refresh(LogHandler& handler, bool active);
   static void RefreshAll();
 };
 

@@ -1,15 +1,22 @@
 #include "LogEvent.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <limits>
+#include <new>
 #include <utility>
 
+#include "Core/EventRecord.h"
 #include "Internal/TimeText.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 
 using Logger::Internal::DateText;
 using Logger::Internal::DateTimeText;
+using Logger::Internal::ReadTrustedRecord;
+using Logger::Internal::RecordSize;
 using Logger::Internal::TimeOfDayText;
+using Logger::Internal::WriteRecord;
 
 LogEvent::LogEvent(unsigned int level, logstring message, logstring handlerName, logstring fileName,
                    int line, timeval time, int threadId)
@@ -20,6 +27,10 @@ LogEvent::LogEvent(unsigned int level, logstring message, logstring handlerName,
       line_(line),
       time_(time),
       threadId_(threadId) {}
+
+LogEvent::LogEvent(char* record) : level_(0), line_(0), time_(), threadId_(0) {
+  ReadTrustedRecord(record, *this);
+}
 
 LogEvent::LogEvent(const LogEvent& other) : level_(0), line_(0), time_(), threadId_(0) {
   Assign(other);
@@ -78,6 +89,28 @@ long LogEvent::GetTimeSec() const { return time_.tv_sec; }
 
 long LogEvent::GetTimeUsec() const { return time_.tv_usec; }
 
+void LogEvent::GetLogStream(char** record, int& length) const {
+  const std::size_t size = RecordSize(*this);
+  if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
+  *record = new char[size];
+  length = static_cast<int>(size);
+  WriteRecord(*this, *record);
+}
+
 int LogEvent::GetThreadId() const { return threadId_; }
 
 void LogEvent::SetThreadId(int threadId) { threadId_ = threadId; }
+
+void IntToBuf(unsigned char* buffer, int value) {
+  const auto bits = static_cast<std::uint32_t>(value);
+  buffer[0] = static_cast<unsigned char>(bits >> 24);
+  buffer[1] = static_cast<unsigned char>(bits >> 16);
+  buffer[2] = static_cast<unsigned char>(bits >> 8);
+  buffer[3] = static_cast<unsigned char>(bits);
+}
+
+void BufToInt(const unsigned char* buffer, int* value) {
+  const std::uint32_t bits = std::uint32_t{buffer[0]} << 24 | std::uint32_t{buffer[1]} << 16 |
+                             std::uint32_t{buffer[2]} << 8 | std::uint32_t{buffer[3]};
+  *value = static_cast<int>(bits);
+}

@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "Core/LevelAccess.h"
 #include "Core/LivingHandlers.h"
 #include "Internal/ErrnoKeeper.h"
 #include "Internal/FormattedText.h"
@@ -17,6 +18,7 @@
 using Logger::Internal::Contract;
 using Logger::Internal::ErrnoKeeper;
 using Logger::Internal::FormattedText;
+using Logger::Internal::LevelAccess;
 using Logger::Internal::LivingHandlers;
 using Logger::Internal::Require;
 
@@ -26,8 +28,6 @@ constexpr Contract kAddLogClient{"logClient", "Src/LogHandler", 216,
                                  "bool LogHandler::AddLogClient(LogHandlerClient*)"};
 constexpr Contract kRemoveLogClient{"logClient", "Src/LogHandler", 285,
                                     "void LogHandler::RemoveLogClient(LogHandlerClient*)"};
-
-constexpr unsigned int kLevelsInWord = 64;
 
 bool IsRegistered(unsigned int level) {
   LogLevelManager* levels = Logger::GetLogLevelManager();
@@ -85,7 +85,7 @@ LogHandler::LogHandler(const logstring& name)
     : name_(name),
       active_(false),
       rejectedLevels_(0),
-      disabledBelow64_(0),
+      disabledCommon_(0),
       nextLiving_(nullptr),
       previousLiving_(nullptr),
       distributions_(nullptr) {
@@ -143,7 +143,7 @@ bool LogHandler::IsDisabled(unsigned int level) const {
 }
 
 bool LogHandler::HandleLogEvent(unsigned int level) const {
-  if (level < kLevelsInWord) return (rejectedLevels_ >> level & 1) == 0;
+  if (level < LevelAccess::kCommonLevels) return (rejectedLevels_ >> level & 1) == 0;
   return active_ && IsRegistered(level) && IsEnabledFor(level);
 }
 
@@ -184,9 +184,11 @@ LogHandlerClient* LogHandler::RemoveLogClientAt(unsigned int index) {
   return removed;
 }
 
-void LogHandler::DropClients() {
-  const ThreadGuard guard(GetMutex());
+bool LogHandler::DropClientsWithin(const timespec& deadline) {
+  if (pthread_mutex_timedlock(GetMutex(), &deadline) != 0) return false;
   while (RemoveLogClientAt(0) != nullptr) continue;
+  pthread_mutex_unlock(GetMutex());
+  return true;
 }
 
 bool LogHandler::Publish(const LogEvent& event) {

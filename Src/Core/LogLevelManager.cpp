@@ -10,7 +10,12 @@ using Logger::Internal::LevelAccess;
 using Logger::Internal::LivingHandlers;
 
 LogLevelManager::LogLevelManager()
-    : levels_(nullptr), count_(0), capacity_(0), common_(), unregistered_(0, "") {
+    : levels_(nullptr),
+      count_(0),
+      capacity_(0),
+      common_(),
+      registeredCommon_(0),
+      unregistered_(0, "") {
   AddDefaultLogLevel();
 }
 
@@ -28,14 +33,26 @@ bool LogLevelManager::AddLogLevel(unsigned int level, const logstring& name) {
   if (ExistLogLevel(level)) return false;
   const ThreadGuard guard(GetMutex());
   if (ExistLogLevel(level)) return false;
-  auto added = std::make_unique<LogLevel>(level, name);
-  Append(added.get());
-  static_cast<void>(added.release());  // The array owns it now.
-  LivingHandlers::LevelsChanged(*this);
+  MakeRoomForOne();
+  auto* const added = new LogLevel(level, name);
+
+  // Who can see that the level is there can also read its name, and every handler accepts it by
+  // then.
+  const std::size_t count = count_;
+  levels_[count] = added;
+  if (level < kCommonLevels) {
+    common_[level] = added;
+    LivingHandlers::LevelsChanged(*this);
+    registeredCommon_ |= std::uint64_t{1} << level;
+  }
+  count_ = count + 1;
   return true;
 }
 
-bool LogLevelManager::ExistLogLevel(unsigned int level) { return Find(level) != nullptr; }
+bool LogLevelManager::ExistLogLevel(unsigned int level) {
+  if (level < kCommonLevels) return (registeredCommon_ >> level & 1) != 0;
+  return Find(level) != nullptr;
+}
 
 logstring LogLevelManager::GetLogLevelName(unsigned int level) {
   return LevelAccess::Name(*this, level);
@@ -59,24 +76,20 @@ const LogLevel* LogLevelManager::Find(unsigned int level) const {
   return found == last ? nullptr : *found;
 }
 
-/// Enters a level, so that readers see either the registry without it or a complete entry.
-void LogLevelManager::Append(LogLevel* level) {
+/// Gives the array a place for another level. Readers go on with the former array, which is kept
+/// for them.
+void LogLevelManager::MakeRoomForOne() {
   constexpr std::size_t kFirstCapacity = 16;
   const std::size_t count = count_;
-  if (count == capacity_) {
-    const std::size_t capacity = std::max(kFirstCapacity, 2 * capacity_);
-    LogLevel** former = levels_;
-    formerArrays_.reserve(formerArrays_.size() + 1);
-    auto grown = std::make_unique<LogLevel*[]>(capacity);
-    std::copy(former, former + count, grown.get());
-    formerArrays_.push_back(former);
-    levels_ = grown.release();
-    capacity_ = capacity;
-  }
-  levels_[count] = level;
-  // A level that the count includes can also be looked up.
-  if (level->GetLogLevel() < kCommonLevels) common_[level->GetLogLevel()] = level;
-  count_ = count + 1;
+  if (count < capacity_) return;
+  const std::size_t capacity = std::max(kFirstCapacity, 2 * capacity_);
+  LogLevel** const former = levels_;
+  formerArrays_.reserve(formerArrays_.size() + 1);
+  auto grown = std::make_unique<LogLevel*[]>(capacity);
+  std::copy(former, former + count, grown.get());
+  formerArrays_.push_back(former);
+  levels_ = grown.release();
+  capacity_ = capacity;
 }
 
 namespace Logger::Internal {
@@ -86,9 +99,9 @@ const logstring& LevelAccess::Name(const LogLevelManager& levels, unsigned int l
   return (found == nullptr ? levels.unregistered_ : *found).name_;
 }
 
-std::uint64_t LevelAccess::RegisteredBelow64(const LogLevelManager& levels) {
+std::uint64_t LevelAccess::RegisteredCommon(const LogLevelManager& levels) {
   std::uint64_t registered = 0;
-  for (unsigned int level = 0; level < LogLevelManager::kCommonLevels; ++level) {
+  for (unsigned int level = 0; level < kCommonLevels; ++level) {
     if (levels.common_[level] != nullptr) registered |= std::uint64_t{1} << level;
   }
   return registered;

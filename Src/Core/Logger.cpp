@@ -66,7 +66,7 @@ LogManager::~LogManager() {
     LivingHandlers::FollowRegistry(nullptr);  // Every handler rejects every level from here on.
     processManager = nullptr;
   }
-  VisitHandlers([](LogHandler& handler) { handler.DropClients(); });
+  if (!DropAllClients()) return;
   clientManager_.load()->Clear();
   delete clientManager_.exchange(nullptr);
 
@@ -81,6 +81,20 @@ LogManager::~LogManager() {
   delete levelManager_.exchange(nullptr);
   delete clientFactory_.exchange(nullptr);
   delete layoutFactory_.exchange(nullptr);
+}
+
+/// Detaches all clients from all handlers. False when a thread that is busy with a handler does not
+/// come to an end: what it uses must stay as it is then, for what is left of the process's life.
+bool LogManager::DropAllClients() {
+  constexpr int kSecondsOfPatience = 1;
+  timespec deadline;
+  clock_gettime(CLOCK_REALTIME, &deadline);
+  deadline.tv_sec += kSecondsOfPatience;
+  bool allDropped = true;
+  VisitHandlers([&](LogHandler& handler) {
+    if (!handler.DropClientsWithin(deadline)) allDropped = false;
+  });
+  return allDropped;
 }
 
 void LogManager::Init() {

@@ -1,5 +1,7 @@
 #include "LogLayoutFactory.h"
 
+#include <utility>
+
 #include "LogLayoutExtended.h"
 #include "LogLayoutMessage.h"
 #include "LogLayoutSimple.h"

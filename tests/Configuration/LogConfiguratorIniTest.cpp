@@ -17,44 +17,12 @@
 #include "LogLevelManager.h"
 #include "LogProperties.h"
 #include "Logger.h"
+#include "Support/ConfiguredClient.h"
 #include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/Timeless.h"
 
 namespace {
-
-/// A kind of client that remembers the parameters it was given and the lines it would have written.
-/// It is not initialised when its parameter "broken" says so.
-class TestClient : public LogClient {
- public:
-  explicit TestClient(const LogProperties& properties) {
-    for (const char* const key : {"", "a", "b", "c", "d", "p9", "p10", "p11"}) {
-      const std::string value = properties.GetProperty(key);
-      if (!value.empty()) parameters[key] = value;
-    }
-    SetLayout("LogLayoutMessage");
-    initialized_ = properties.GetProperty("broken") != "yes";
-    Made().push_back(this);
-  }
-
-  bool Publish(const LogEvent& event) override {
-    std::ostringstream line;
-    layout_->FormatAndAppend(line, event);
-    lines.push_back(line.str());
-    return true;
-  }
-
-  static LogClient* Create(const LogProperties& properties) { return new TestClient(properties); }
-
-  /// All that were ever made, in order.
-  static std::vector<TestClient*>& Made() {
-    static std::vector<TestClient*> made;
-    return made;
-  }
-
-  std::map<std::string, std::string> parameters;
-  std::vector<std::string> lines;
-};
 
 typedef std::map<std::string, std::string> Parameters;
 typedef std::vector<std::pair<unsigned int, std::string>> Levels;
@@ -63,10 +31,7 @@ static_assert(std::has_virtual_destructor_v<LogConfiguratorIni>);
 
 class LogConfiguratorIniTest : public testing::Test {
  protected:
-  LogConfiguratorIniTest() {
-    Logger::GetLogManager()->GetLogClientFactory()->RegisterLogClient("TestClient",
-                                                                      TestClient::Create);
-  }
+  LogConfiguratorIniTest() { ConfiguredClient::Register(); }
 
   std::string File(const std::string& text) const {
     const std::string path = folder_.Path("logger.ini");
@@ -338,11 +303,11 @@ TEST_F(LogConfiguratorIniTest, LooksUpSwitchesByTheLevelsNumber) {
 TEST_F(LogConfiguratorIniTest, ReadsKeysInTheirExactCaseOnly) {
   EXPECT_TRUE(
       Configure("LogLevel = 1\nLoghandler = a\nLOGCLIENT = c\nLogging = false\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = default\n"));
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"));
 
   EXPECT_EQ(Levels(), RegisteredLevels());
   EXPECT_EQ((std::vector<logstring>{"default"}), Handlers());
-  EXPECT_EQ(0U, TestClient::Made().size());
+  EXPECT_EQ(0U, ConfiguredClient::Made().size());
 }
 
 TEST_F(LogConfiguratorIniTest, SetsUpAHandlerThatIsNotListedWhenAsked) {
@@ -361,82 +326,82 @@ TEST_F(LogConfiguratorIniTest, MakesAClientAndAttachesIt) {
       Configure("loglevel = 1\n"
                 "loghandler = net\n"
                 "logclient = c\n"
-                "logclient.c.type = TestClient\n"
+                "logclient.c.type = ConfiguredClient\n"
                 "logclient.c.handler = net\n"));
 
-  ASSERT_EQ(1U, TestClient::Made().size());
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made()[0]}), Receivers("net"));
+  ASSERT_EQ(1U, ConfiguredClient::Made().size());
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made()[0]}), Receivers("net"));
   EXPECT_TRUE(Logger::GetLogHandler("net")->Log(1, "text"));
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), TestClient::Made()[0]->lines);
+  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made()[0]->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, AttachesClientsInTheOrderOfTheirList) {
   EXPECT_TRUE(
       Configure("logclient = one two three\n"
-                "logclient.three.type = TestClient\nlogclient.three.handler = default\n"
+                "logclient.three.type = ConfiguredClient\nlogclient.three.handler = default\n"
                 "logclient.two.type = LogClientConsole\nlogclient.two.handler = default\n"
-                "logclient.one.type = TestClient\nlogclient.one.handler = default\n"));
+                "logclient.one.type = ConfiguredClient\nlogclient.one.handler = default\n"));
 
   const auto receivers = Receivers("default");
-  ASSERT_EQ(2U, TestClient::Made().size());
+  ASSERT_EQ(2U, ConfiguredClient::Made().size());
   ASSERT_EQ(3U, receivers.size());
-  EXPECT_EQ(TestClient::Made()[0], receivers[0]);
+  EXPECT_EQ(ConfiguredClient::Made()[0], receivers[0]);
   EXPECT_NE(nullptr, dynamic_cast<LogClientConsole*>(receivers[1]));
-  EXPECT_EQ(TestClient::Made()[1], receivers[2]);
+  EXPECT_EQ(ConfiguredClient::Made()[1], receivers[2]);
 }
 
 TEST_F(LogConfiguratorIniTest, MakesAClientForEachTimeItIsListed) {
-  EXPECT_TRUE(
-      Configure("logclient = c c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"));
 
-  EXPECT_EQ(2U, TestClient::Made().size());
+  EXPECT_EQ(2U, ConfiguredClient::Made().size());
   EXPECT_EQ(2U, Receivers("default").size());
 }
 
 TEST_F(LogConfiguratorIniTest, MakesTheClientWithTheEmptyName) {
-  EXPECT_TRUE(
-      Configure("logclient = a  b\nlogclient..type = TestClient\nlogclient..handler = default\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = a  b\nlogclient..type = ConfiguredClient\nlogclient..handler = default\n"));
 
-  EXPECT_EQ(1U, TestClient::Made().size());
+  EXPECT_EQ(1U, ConfiguredClient::Made().size());
 }
 
 TEST_F(LogConfiguratorIniTest, MakesNoClientWithoutAList) {
-  EXPECT_TRUE(Configure("logclient.c.type = TestClient\nlogclient.c.handler = default\n"));
+  EXPECT_TRUE(Configure("logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"));
 
-  EXPECT_EQ(0U, TestClient::Made().size());
+  EXPECT_EQ(0U, ConfiguredClient::Made().size());
 }
 
 TEST_F(LogConfiguratorIniTest, SkipsAClientWithoutAType) {
   EXPECT_TRUE(
       Configure("logclient = c d\nlogclient.c.handler = default\n"
-                "logclient.d.type = TestClient\nlogclient.d.handler = default\n"));
+                "logclient.d.type = ConfiguredClient\nlogclient.d.handler = default\n"));
 
   EXPECT_EQ(1U, Receivers("default").size());
 }
 
 TEST_F(LogConfiguratorIniTest, SkipsAClientWithoutAHandler) {
   EXPECT_TRUE(
-      Configure("logclient = c d\nlogclient.c.type = TestClient\n"
-                "logclient.d.type = TestClient\nlogclient.d.handler = default\n"));
+      Configure("logclient = c d\nlogclient.c.type = ConfiguredClient\n"
+                "logclient.d.type = ConfiguredClient\nlogclient.d.handler = default\n"));
 
-  EXPECT_EQ(1U, TestClient::Made().size());
+  EXPECT_EQ(1U, ConfiguredClient::Made().size());
   EXPECT_EQ(1U, Receivers("default").size());
 }
 
 TEST_F(LogConfiguratorIniTest, SkipsAClientOfAnUnknownType) {
   EXPECT_TRUE(
       Configure("logclient = c d\nlogclient.c.type = testclient\nlogclient.c.handler = default\n"
-                "logclient.d.type = TestClient\nlogclient.d.handler = default\n"));
+                "logclient.d.type = ConfiguredClient\nlogclient.d.handler = default\n"));
 
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made().at(0)}), Receivers("default"));
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("default"));
 }
 
 TEST_F(LogConfiguratorIniTest, MakesNoClientForAHandlerThatDoesNotExist) {
   EXPECT_TRUE(
-      Configure("loghandler = a\nlogclient = c\nlogclient.c.type = TestClient\n"
+      Configure("loghandler = a\nlogclient = c\nlogclient.c.type = ConfiguredClient\n"
                 "logclient.c.handler = missing\n"));
 
-  EXPECT_EQ(0U, TestClient::Made().size());
+  EXPECT_EQ(0U, ConfiguredClient::Made().size());
   EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("missing"));
 }
 
@@ -444,31 +409,31 @@ TEST_F(LogConfiguratorIniTest, AttachesAClientToAHandlerThatTheApplicationMade) 
   Logger::GetLogHandler("own");
 
   EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = own\n"));
+      Configure("logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = own\n"));
 
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made().at(0)}), Receivers("own"));
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("own"));
 }
 
 TEST_F(LogConfiguratorIniTest, LeavesAClientUnattachedThatIsNotInitialised) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = broken\nlogclient.c.parameter.0.value = yes\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = broken\nlogclient.c.parameter.0.value = yes\n"));
 
-  EXPECT_EQ(1U, TestClient::Made().size());
+  EXPECT_EQ(1U, ConfiguredClient::Made().size());
   EXPECT_EQ(0U, Receivers("default").size());
 }
 
 TEST_F(LogConfiguratorIniTest, TellsWhetherItSetUpOneClient) {
   LogConfiguratorIni configurator;
   Open(configurator,
-       "logclient.good.type = TestClient\nlogclient.good.handler = default\n"
+       "logclient.good.type = ConfiguredClient\nlogclient.good.handler = default\n"
        "logclient.typeless.handler = default\n"
-       "logclient.homeless.type = TestClient\n"
-       "logclient.lost.type = TestClient\nlogclient.lost.handler = missing\n"
+       "logclient.homeless.type = ConfiguredClient\n"
+       "logclient.lost.type = ConfiguredClient\nlogclient.lost.handler = missing\n"
        "logclient.unknown.type = Unknown\nlogclient.unknown.handler = default\n"
-       "logclient.broken.type = TestClient\nlogclient.broken.handler = default\n"
+       "logclient.broken.type = ConfiguredClient\nlogclient.broken.handler = default\n"
        "logclient.broken.parameter.0.name = broken\nlogclient.broken.parameter.0.value = yes\n"
-       "logclient.bare.type = TestClient\nlogclient.bare.handler = default\n"
+       "logclient.bare.type = ConfiguredClient\nlogclient.bare.handler = default\n"
        "logclient.bare.layout = Unknown\n");
 
   EXPECT_TRUE(configurator.SetLogClient("good"));
@@ -479,82 +444,83 @@ TEST_F(LogConfiguratorIniTest, TellsWhetherItSetUpOneClient) {
   EXPECT_FALSE(configurator.SetLogClient("broken"));
   EXPECT_FALSE(configurator.SetLogClient("bare"));
   EXPECT_FALSE(configurator.SetLogClient("not there at all"));
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made().at(0)}), Receivers("default"));
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("default"));
 }
 
 TEST_F(LogConfiguratorIniTest, PassesParameters) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = a\n"
-                "logclient.c.parameter.0.value = 1   # comment after a value\n"
-                "logclient.c.parameter.1.name = b\n"
-                "logclient.c.parameter.1.value = \"  two  words \"\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = a\n"
+      "logclient.c.parameter.0.value = 1   # comment after a value\n"
+      "logclient.c.parameter.1.name = b\n"
+      "logclient.c.parameter.1.value = \"  two  words \"\n"));
 
-  EXPECT_EQ((Parameters{{"a", "1"}, {"b", "  two  words "}}), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ((Parameters{{"a", "1"}, {"b", "  two  words "}}),
+            ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, PassesNoParametersOfOtherClients) {
   EXPECT_TRUE(
       Configure("logclient = c d\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = default\n"
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
                 "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = 1\n"
-                "logclient.d.type = TestClient\nlogclient.d.handler = default\n"
+                "logclient.d.type = ConfiguredClient\nlogclient.d.handler = default\n"
                 "logclient.d.parameter.0.name = b\nlogclient.d.parameter.0.value = 2\n"));
 
-  EXPECT_EQ((Parameters{{"a", "1"}}), TestClient::Made().at(0)->parameters);
-  EXPECT_EQ((Parameters{{"b", "2"}}), TestClient::Made().at(1)->parameters);
+  EXPECT_EQ((Parameters{{"a", "1"}}), ConfiguredClient::Made().at(0)->parameters);
+  EXPECT_EQ((Parameters{{"b", "2"}}), ConfiguredClient::Made().at(1)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, EndsParametersAtAGap) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = 1\n"
-                "logclient.c.parameter.1.name = b\nlogclient.c.parameter.1.value = 2\n"
-                "logclient.c.parameter.3.name = d\nlogclient.c.parameter.3.value = 4\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = 1\n"
+      "logclient.c.parameter.1.name = b\nlogclient.c.parameter.1.value = 2\n"
+      "logclient.c.parameter.3.name = d\nlogclient.c.parameter.3.value = 4\n"));
 
-  EXPECT_EQ((Parameters{{"a", "1"}, {"b", "2"}}), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ((Parameters{{"a", "1"}, {"b", "2"}}), ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, PassesNoParametersThatBeginBehindZero) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.1.name = a\nlogclient.c.parameter.1.value = 1\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.1.name = a\nlogclient.c.parameter.1.value = 1\n"));
 
-  EXPECT_EQ(Parameters(), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ(Parameters(), ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, EndsParametersAtAnEmptyValue) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = \"\"\n"
-                "logclient.c.parameter.1.name = b\nlogclient.c.parameter.1.value = 2\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = \"\"\n"
+      "logclient.c.parameter.1.name = b\nlogclient.c.parameter.1.value = 2\n"));
 
-  EXPECT_EQ(Parameters(), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ(Parameters(), ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, EndsParametersAtAMissingName) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = 1\n"
-                "logclient.c.parameter.1.value = 2\n"
-                "logclient.c.parameter.2.name = c\nlogclient.c.parameter.2.value = 3\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = 1\n"
+      "logclient.c.parameter.1.value = 2\n"
+      "logclient.c.parameter.2.name = c\nlogclient.c.parameter.2.value = 3\n"));
 
-  EXPECT_EQ((Parameters{{"a", "1"}}), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ((Parameters{{"a", "1"}}), ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, KeepsTheFirstValueOfAParameterThatIsGivenTwice) {
-  EXPECT_TRUE(
-      Configure("logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n"
-                "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = first\n"
-                "logclient.c.parameter.1.name = a\nlogclient.c.parameter.1.value = second\n"
-                "logclient.c.parameter.2.name = b\nlogclient.c.parameter.2.value = 2\n"));
+  EXPECT_TRUE(Configure(
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
+      "logclient.c.parameter.0.name = a\nlogclient.c.parameter.0.value = first\n"
+      "logclient.c.parameter.1.name = a\nlogclient.c.parameter.1.value = second\n"
+      "logclient.c.parameter.2.name = b\nlogclient.c.parameter.2.value = 2\n"));
 
-  EXPECT_EQ((Parameters{{"a", "first"}, {"b", "2"}}), TestClient::Made().at(0)->parameters);
+  EXPECT_EQ((Parameters{{"a", "first"}, {"b", "2"}}), ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, NumbersParametersInDecimal) {
   std::string text =
-      "logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = default\n";
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n";
   for (int number = 0; number < 12; ++number) {
     const std::string key = "logclient.c.parameter." + std::to_string(number);
     text += key + ".name = p" + std::to_string(number) + "\n" + key + ".value = v\n";
@@ -563,39 +529,39 @@ TEST_F(LogConfiguratorIniTest, NumbersParametersInDecimal) {
   EXPECT_TRUE(Configure(text));
 
   EXPECT_EQ((Parameters{{"p9", "v"}, {"p10", "v"}, {"p11", "v"}}),
-            TestClient::Made().at(0)->parameters);
+            ConfiguredClient::Made().at(0)->parameters);
 }
 
 TEST_F(LogConfiguratorIniTest, LeavesAClientItsOwnLayout) {
   EXPECT_TRUE(
-      Configure("loglevel = 1\nlogclient = c\nlogclient.c.type = TestClient\n"
+      Configure("loglevel = 1\nlogclient = c\nlogclient.c.type = ConfiguredClient\n"
                 "logclient.c.handler = default\nlogclient.c.layout =\n"));
 
   Logger::GetDefaultLogHandler()->Log(1, "text");
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), TestClient::Made().at(0)->lines);
+  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made().at(0)->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, GivesAClientTheNamedLayout) {
   EXPECT_TRUE(
       Configure("loglevel = 1\nloglevel.1.name = ERROR\nlogclient = c\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = default\n"
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
                 "logclient.c.layout = LogLayoutSimple\n"));
 
   Logger::GetDefaultLogHandler()->Log(1, "text");
-  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), TestClient::Made().at(0)->lines);
+  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), ConfiguredClient::Made().at(0)->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, LeavesAClientUnattachedWhoseLayoutIsUnknown) {
   EXPECT_TRUE(
       Configure("loglevel = 1\nlogclient = c d\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = default\n"
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
                 "logclient.c.layout = loglayoutsimple\n"
-                "logclient.d.type = TestClient\nlogclient.d.handler = default\n"));
+                "logclient.d.type = ConfiguredClient\nlogclient.d.handler = default\n"));
 
   Logger::GetDefaultLogHandler()->Log(1, "text");
-  ASSERT_EQ(2U, TestClient::Made().size());
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made()[1]}), Receivers("default"));
-  EXPECT_EQ(std::vector<std::string>(), TestClient::Made()[0]->lines);
+  ASSERT_EQ(2U, ConfiguredClient::Made().size());
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made()[1]}), Receivers("default"));
+  EXPECT_EQ(std::vector<std::string>(), ConfiguredClient::Made()[0]->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, AttachesChildrenInTheOrderOfTheirList) {
@@ -612,9 +578,9 @@ TEST_F(LogConfiguratorIniTest, AttachesChildrenInTheOrderOfTheirList) {
 TEST_F(LogConfiguratorIniTest, AttachesChildrenBehindClients) {
   EXPECT_TRUE(
       Configure("loghandler = a b\nloghandler.a.child = b\n"
-                "logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = a\n"));
+                "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = a\n"));
 
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made().at(0),
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0),
                                             Logger::GetExistingLogHandler("b")}),
             Receivers("a"));
 }
@@ -626,13 +592,13 @@ TEST_F(LogConfiguratorIniTest, AttachesAChildOnce) {
 }
 
 TEST_F(LogConfiguratorIniTest, BuildsATreeOfSeveralStoreys) {
-  EXPECT_TRUE(
-      Configure("loglevel = 1\nloghandler = bottom middle default\n"
-                "loghandler.default.child = middle\nloghandler.middle.child = bottom\n"
-                "logclient = c\nlogclient.c.type = TestClient\nlogclient.c.handler = bottom\n"));
+  EXPECT_TRUE(Configure(
+      "loglevel = 1\nloghandler = bottom middle default\n"
+      "loghandler.default.child = middle\nloghandler.middle.child = bottom\n"
+      "logclient = c\nlogclient.c.type = ConfiguredClient\nlogclient.c.handler = bottom\n"));
 
   EXPECT_TRUE(Logger::GetDefaultLogHandler()->Log(1, "text"));
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), TestClient::Made().at(0)->lines);
+  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made().at(0)->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, SkipsAChildThatDoesNotExist) {
@@ -728,12 +694,12 @@ TEST_F(LogConfiguratorIniTest, SaysThatLoggingIsEnabledForAnythingButFalse) {
 TEST_F(LogConfiguratorIniTest, SetsUpNothingWhenLoggingIsOff) {
   EXPECT_FALSE(
       Configure("loglevel = 1\nloghandler = a\nlogclient = c\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = default\n"
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = default\n"
                 "logging = false\n"));
 
   EXPECT_EQ(Levels(), RegisteredLevels());
   EXPECT_EQ((std::vector<logstring>{"default"}), Handlers());
-  EXPECT_EQ(0U, TestClient::Made().size());
+  EXPECT_EQ(0U, ConfiguredClient::Made().size());
 }
 
 TEST_F(LogConfiguratorIniTest, SetsUpEverythingWhenLoggingIsUpperCaseFalse) {
@@ -783,8 +749,9 @@ TEST_F(LogConfiguratorIniTest, SaysNothingAboutWhatItCannotSetUp) {
   Configure(
       "loglevel = 0 abc\nloghandler = a\nloghandler.a.child = missing\nlogclient = b c d\n"
       "logclient.b.type = Unknown\nlogclient.b.handler = a\n"
-      "logclient.c.type = TestClient\nlogclient.c.handler = missing\n"
-      "logclient.d.type = TestClient\nlogclient.d.handler = a\nlogclient.d.layout = Unknown\n");
+      "logclient.c.type = ConfiguredClient\nlogclient.c.handler = missing\n"
+      "logclient.d.type = ConfiguredClient\nlogclient.d.handler = a\nlogclient.d.layout = "
+      "Unknown\n");
   Configure("logging = false\n");
   LogConfiguratorIni configurator;
   configurator.ReadConfiguration(folder_.Path("missing.ini"));
@@ -807,23 +774,23 @@ TEST_F(LogConfiguratorIniTest, LeavesWhatItSetUpBeforeAFailure) {
   LogConfiguratorIni configurator;
   EXPECT_TRUE(configurator.ReadConfiguration(
       File("loglevel = 1\nloghandler = a\nloghandler.a.level.1 = false\nlogclient = c\n"
-           "logclient.c.type = TestClient\nlogclient.c.handler = a\n")));
+           "logclient.c.type = ConfiguredClient\nlogclient.c.handler = a\n")));
 
   EXPECT_FALSE(configurator.ReadConfiguration(File("logging = false\nloglevel = 2\n")));
 
   EXPECT_EQ((Levels{{1, "1"}}), RegisteredLevels());
   EXPECT_FALSE(Logger::GetExistingLogHandler("a")->GetLogLevel(1));
-  EXPECT_EQ((std::vector<LogHandlerClient*>{TestClient::Made().at(0)}), Receivers("a"));
+  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("a"));
 }
 
 TEST_F(LogConfiguratorIniTest, LeavesWhatItSetUpWhenItEnds) {
   EXPECT_TRUE(
       Configure("loglevel = 1\nloglevel.1.name = ERROR\nloghandler = a\nlogclient = c\n"
-                "logclient.c.type = TestClient\nlogclient.c.handler = a\n"
+                "logclient.c.type = ConfiguredClient\nlogclient.c.handler = a\n"
                 "logclient.c.layout = LogLayoutSimple\n"));
 
   EXPECT_TRUE(Logger::GetExistingLogHandler("a")->Log(1, "text"));
-  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), TestClient::Made().at(0)->lines);
+  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), ConfiguredClient::Made().at(0)->lines);
 }
 
 TEST_F(LogConfiguratorIniTest, KeepsThePropertiesOfAnEarlierFile) {

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include "LogHandler.h"
 #include "LogLevelManager.h"
@@ -195,6 +198,71 @@ TEST(LivingHandlersTest, FollowTheRegistryWhileHandlersComeAndGo) {
     EXPECT_TRUE(kept.HandleLogEvent(level));
     EXPECT_TRUE(later.HandleLogEvent(level));
   }
+}
+
+TEST(LivingHandlersTest, AcceptALevelAsSoonAsItCanBeSeen) {
+  constexpr unsigned int kLevels = 64;
+  std::vector<std::unique_ptr<LogHandler>> many;  // So that telling them all takes a while.
+  for (int i = 0; i < 50; ++i) many.push_back(std::make_unique<LogHandler>("one of many"));
+  LogHandler handler("watched");
+  std::atomic<int> refused{0};
+
+  std::thread watcher([&] {
+    for (unsigned int level = 0; level < kLevels; ++level) {
+      while (!Logger::GetLogLevelManager()->ExistLogLevel(level)) continue;
+      if (!handler.HandleLogEvent(level)) ++refused;
+      if (!many.front()->HandleLogEvent(level)) ++refused;
+    }
+  });
+  for (unsigned int level = 0; level < kLevels; ++level) {
+    Logger::GetLogLevelManager()->AddLogLevel(level, "x");
+  }
+  watcher.join();
+
+  EXPECT_EQ(0, refused);
+}
+
+TEST(LivingHandlersTest, AcceptALevelForEveryThreadThatRegisteredIt) {
+  constexpr unsigned int kLevels = 64;
+  std::vector<std::unique_ptr<LogHandler>> many;
+  for (int i = 0; i < 50; ++i) many.push_back(std::make_unique<LogHandler>("one of many"));
+  std::atomic<int> refused{0};
+
+  RunInThreads(2, [&](int) {
+    for (unsigned int level = 0; level < kLevels; ++level) {
+      Logger::GetLogLevelManager()->AddLogLevel(level, "x");
+      if (!many.front()->HandleLogEvent(level)) ++refused;
+    }
+  });
+
+  EXPECT_EQ(0, refused);
+}
+
+TEST(LivingHandlersTest, AcceptALevelAsSoonAsTheHandlerIsSeenToBeActive) {
+  constexpr int kRounds = 2000;
+  Logger::GetLogLevelManager()->AddLogLevel(1, "x");
+  LogHandler handler("switched");
+  handler.SetLogHandlerActive(false);
+  std::atomic<int> refused{0};
+  std::atomic<int> round{0};  // That the watcher has seen; 0 lets it go on with the next one.
+
+  std::thread watcher([&] {
+    for (int seen = 1; seen <= kRounds; ++seen) {
+      while (!handler.GetLogHandlerActive()) continue;
+      if (!handler.HandleLogEvent(1)) ++refused;
+      round = seen;
+      while (round == seen) std::this_thread::yield();
+    }
+  });
+  for (int asked = 1; asked <= kRounds; ++asked) {
+    handler.SetLogHandlerActive(true);
+    while (round != asked) std::this_thread::yield();
+    handler.SetLogHandlerActive(false);
+    round = 0;
+  }
+  watcher.join();
+
+  EXPECT_EQ(0, refused);
 }
 
 }  // namespace

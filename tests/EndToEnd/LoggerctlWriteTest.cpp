@@ -472,7 +472,7 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationThatSwitchesLoggingOff) {
   const std::string config =
       File("off.ini", kLevels + std::string(kHandlers) + "logging = false\n");
 
-  ExpectUnusable("loggerctl: " + config + ": logging is switched off there\n",
+  ExpectUnusable("loggerctl: " + config + ": logging is switched off there (logging = false)\n",
                  RunProgram(Command(config) + Words{"--level", "1", "text"}));
 }
 

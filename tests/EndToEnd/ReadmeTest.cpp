@@ -36,11 +36,14 @@ bool IsInAnExample(const std::string& block) {
 TEST(ReadmeTest, ShowsCodeAndConfigurationOfTheExamples) {
   const std::vector<std::string> code = Blocks("cpp");
   const std::vector<std::string> configuration = Blocks("ini");
+  const std::vector<std::string> documents = Blocks("xml");
 
-  ASSERT_EQ(2U, code.size());
-  ASSERT_EQ(1U, configuration.size());
+  ASSERT_EQ(3U, code.size());
+  ASSERT_EQ(2U, configuration.size());
+  ASSERT_EQ(1U, documents.size());
   for (const std::string& block : code) EXPECT_TRUE(IsInAnExample(block)) << block;
   for (const std::string& block : configuration) EXPECT_TRUE(IsInAnExample(block)) << block;
+  for (const std::string& block : documents) EXPECT_TRUE(IsInAnExample(block)) << block;
 }
 
 TEST(ReadmeTest, TellsWhatTheExampleInCodePrints) {

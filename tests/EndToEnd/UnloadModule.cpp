@@ -5,9 +5,12 @@
 #include "LogClientConsole.h"
 #include "LogClientFile.h"
 #include "LogClientRollingFile.h"
+#include "LogClientSocket.h"
+#include "LogClientXml.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
+#include "SocketLogServer.h"
 
 namespace {
 
@@ -26,5 +29,15 @@ extern "C" __attribute__((visibility("default"))) bool LogThroughEveryKind(const
   log->AddLogClient(new LogClientConsole);
   log->AddLogClient(WithBareMessages(new LogClientFile(path + "file.log", true)));
   log->AddLogClient(WithBareMessages(new LogClientRollingFile(path + "rolling.log", 3, 2)));
-  return log->Log(1, "%s", "hello");
+  log->AddLogClient(new LogClientXml(path + "log.xml", ""));
+
+  LogHandler* const received = Logger::GetLogHandler("received");
+  received->AddLogClient(WithBareMessages(new LogClientFile(path + "received.log", true)));
+  SocketLogServer server;
+  if (!server.Start(received, "127.0.0.1", 0, 0)) return false;
+  auto* const sender = new LogClientSocket("127.0.0.1", server.GetPort(), false, 0);
+  log->AddLogClient(sender);
+  const bool isLogged = log->Log(1, "%s", "hello") && sender->SendToServer(true);
+  log->RemoveLogClient(sender);
+  return isLogged;
 }

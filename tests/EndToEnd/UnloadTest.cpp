@@ -61,6 +61,8 @@ TEST(UnloadTest, ReallyUnmapsTheLibraryAfterLoggingThroughEveryKind) {
   EXPECT_FALSE(IsMapped("libKelUtilities.so"));
   EXPECT_EQ(descriptorsBefore, OpenDescriptors());  // The manager's end closed the files.
   EXPECT_EQ("hello\n", Content(folder.Path("file.log")));
+  EXPECT_EQ("hello\n", Content(folder.Path("received.log")));
+  EXPECT_NE(std::string::npos, Content(folder.Path("log.xml")).find("<log>hello</log>"));
 }
 
 TEST(UnloadTest, LeavesNothingBehindInAThreadThatLoggedAndGoesOn) {

@@ -7,6 +7,6 @@ work=$2
 
 rm -rf "$work"
 cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
-  -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON -DLOGGER_WARNINGS_AS_ERRORS=ON
+  -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON -DLOGGER_WARNINGS_AS_ERRORS=ON
 cmake --build "$work/build"
-cmake --install "$work/build" --prefix "$work/prefix"
+cmake --install "$work/build"

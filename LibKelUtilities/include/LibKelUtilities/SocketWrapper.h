@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <string>
 
 #include "LibKelUtilities/Export.h"
@@ -17,7 +18,8 @@ class KELUTILITIES_EXPORT SocketWrapper {
  public:
   static constexpr int kStream = 0;          ///< The only type: a TCP socket.
   static constexpr int kOwnDescriptor = -1;  ///< Send and Recv on this object's own connection.
-  static constexpr int kNoTimeout = -1;      ///< Recv waits as long as it takes.
+  static constexpr int kNoTimeout = -1;    ///< Waits as long as it takes, like any number below 0.
+  static constexpr int kNothingCame = -2;  ///< Result of AcceptWithin when the time was over.
 
   /// Opens a socket of the type; IsValid tells whether that worked.
   explicit SocketWrapper(int type = kStream);
@@ -27,11 +29,13 @@ class KELUTILITIES_EXPORT SocketWrapper {
   SocketWrapper(const SocketWrapper&) = delete;
   SocketWrapper& operator=(const SocketWrapper&) = delete;
 
-  /// Opens a new socket in the place of the former one, which is closed. 0, or -1 when there is
-  /// none.
+  /// Opens a new socket in the place of the former one, which is closed. 0, or -1 when that cannot
+  /// be: the former one stays.
   int Open(int type);
   /// Whether there is an open socket.
   bool IsValid() const;
+  /// Closes the socket: it is not valid any more.
+  void Close();
 
   /// Binds to a local address, which a server may do again at once after it ended; port 0 lets the
   /// system choose. 0, or -1.
@@ -43,20 +47,42 @@ class KELUTILITIES_EXPORT SocketWrapper {
   /// fit and terminated. A connection that was gone before it could be taken, and a process or
   /// system that is out of descriptors or memory for a while, do not end the wait.
   int Accept(char* peerAddress, int size);
-  /// Connects to a server, trying each address that the name has. 0, or -1.
-  int Connect(const std::string& address, unsigned short port);
+  /// As Accept, for at most `timeout` milliseconds, after which it returns kNothingCame.
+  int AcceptWithin(char* peerAddress, int size, int timeout);
+  /// Ends taking connections, or a connection in both directions; whoever waits for one of them
+  /// returns. The descriptor stays open.
+  void Shutdown();
+  /// Connects to a server, trying each address that the name has, each for at most `timeout`
+  /// milliseconds. 0, or -1: the former connection, if there was one, then stays.
+  int Connect(const std::string& address, unsigned short port, int timeout = kNoTimeout);
 
   /// Sends all `length` bytes on the descriptor. Returns `length`, or -1 when the connection
   /// failed.
   int Send(const void* data, int length, int descriptor = kOwnDescriptor);
+  /// Sends `size` bytes on this object's connection within `timeout` milliseconds, and counts in
+  /// `sent`, at any moment, how many of them are on their way: all, unless the connection failed or
+  /// the time was over (HasTimedOut). Returns whether it was all.
+  bool SendAll(const void* data, std::size_t size, std::size_t& sent, int timeout = kNoTimeout);
+  /// Sends at once what the system holds back, on this object's connection, to fill a packet with
+  /// more.
+  void PushPending();
   /// Receives what is there: waits for the first byte, returns at most `length` of them; 0 when the
   /// peer closed, -1 on an error or when nothing came within `timeout` milliseconds.
   int Recv(void* buffer, int length, int descriptor = kOwnDescriptor, int timeout = kNoTimeout);
+  /// As Recv, until there are at least `atLeast` bytes or the peer closed: returns how many came,
+  /// or -1. The time is for all of them together.
+  int RecvAtLeast(int atLeast, void* buffer, int length, int descriptor = kOwnDescriptor,
+                  int timeout = kNoTimeout);
+  /// Acknowledges what comes on the descriptor at once for a while, instead of waiting for more to
+  /// come.
+  static void AcknowledgeQuickly(int descriptor);
 
   /// The local port, or 0 when the socket is not bound.
   int GetPort() const;
   /// The text of the last error of this object, empty when there was none.
   std::string GetLastErrorStr() const;
+  /// Whether the last error was that the time was over.
+  bool HasTimedOut() const;
 
  private:
   int descriptor_;

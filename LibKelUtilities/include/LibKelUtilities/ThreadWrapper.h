@@ -27,7 +27,9 @@ class KELUTILITIES_EXPORT ThreadWrapper {
   /// Runs `function(argument)` on a new thread. `attributes` (null: the defaults) give its stack
   /// and scheduling; `name` (null: none), of which the kernel keeps 15 bytes, is what ps -L and
   /// debuggers show. A detached thread cannot be waited for. Returns 0, or an errno value when the
-  /// thread could not be made: EBUSY while a former one has not been finished.
+  /// thread could not be made: EBUSY while a former one has not been finished. Signals are blocked
+  /// in the new thread, but for those that its own errors raise: the application's handlers run on
+  /// the application's threads.
   int StartThread(ThreadFunction function, void* argument, const pthread_attr_t* attributes,
                   const char* name, bool detached);
 

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "LibKelUtilities/SocketWrapper.h"
+#include "LibKelUtilities/ThreadWrapper.h"
+#include "LoggerExport.h"
+
+class LogHandlerClient;
+
+namespace Logger {
+namespace Internal {
+class FrameParser;
+}
+}  // namespace Logger
+
+/// Receives the events of the LogClientSockets of other processes, and publishes each to a handler
+/// or client of this one.
+///
+/// A server takes any number of connections. It runs a thread that waits for them, and one for
+/// each; these call the target's Publish, several at a time: a LogHandler takes that, a client by
+/// itself does not. Signals are blocked in them. One thread at a time starts, stops and destroys a
+/// server; a target may stop it from within Publish, but not destroy it.
+///
+/// Whoever can reach the port can send anything: listen on an address that only trusted peers
+/// reach. A record that does not fit its frame is dropped and counted; a frame longer than the
+/// limit ends its connection. Memory grows with what arrived, up to one frame for each connection.
+class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
+ public:
+  /// What a receiving thread works with.
+  struct RecvThreadData;
+
+  SocketLogServer();
+  /// Stops the server, and waits until all its threads have ended, however long the target takes.
+  ~SocketLogServer() override;
+
+  /// Listens on a local host name or address and the low 16 bits of `port`, where 0 lets the system
+  /// choose (GetPort tells). `target` gets every event; it must outlive the server's threads. When
+  /// `stampThreadId` is above 0, it replaces the thread id of every event. False when the server is
+  /// running already, there is no target, or the address cannot be listened on; and when the
+  /// waiting thread cannot be started, which is reported on standard error.
+  bool Start(LogHandlerClient* target, std::string address, int port, int stampThreadId);
+
+  /// Ends the connections, after publishing what has arrived on them, and refuses new ones from
+  /// here on. Waits a second at most for the threads; a target that takes longer keeps them, and
+  /// the next Start, waiting. True also when the server was not running. False, after a report on
+  /// standard error, when the waiting thread could not be woken as usual; it ends all the same.
+  bool Stop();
+
+  /// The longest frame that is accepted, in bytes, from now on; 64 MiB to begin with.
+  void SetMaxFrameLength(int bytes);
+
+  // What the server has served since it was made.
+  unsigned long GetConnectionCount() const;     ///< Connections taken.
+  unsigned long GetEventCount() const;          ///< Events handed to the target.
+  unsigned long GetRejectedFrameCount() const;  ///< Frames that were no events, or too long.
+
+  static void* WaitForConnectionThread(void* server);  ///< Runs on the waiting thread.
+  static void* RecvThread(void* data);                 ///< Runs on a receiving thread.
+
+ private:
+  class FrameReceiver;
+
+  // Only the waiting thread uses the table. It owns what is in it.
+  std::map<LibKelUtilities::ThreadWrapper*, RecvThreadData*> connections_;
+  LibKelUtilities::ThreadWrapper waitingThread_;
+  LogHandlerClient* target_;  // Not owned.
+  std::string address_;
+  int port_;
+  std::atomic<bool> isRunning_;
+  std::atomic<int> protocolVersion_;  // Of the most recent opening exchange.
+  int stampThreadId_;
+  std::atomic<int> maxFrameLength_;
+  std::atomic<int> endedConnections_;  // In the table, with nothing left to receive.
+  std::atomic<unsigned long> connectionCount_;
+  std::atomic<unsigned long> eventCount_;
+  std::atomic<unsigned long> rejectedFrameCount_;
+
+  void WaitForConnections();
+  void StartReceiving(int descriptor);
+  void Receive(RecvThreadData& data);
+  int ReceivePiece(RecvThreadData& data, Logger::Internal::FrameParser& parser,
+                   std::vector<char>& piece);
+  bool ExchangeVersions(int descriptor);
+  void DropEndedConnections();
+  void DropAllConnections();
+  bool WakeWaitingThread();
+};

@@ -1,0 +1,122 @@
+#include "Clients/FrameBatch.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Support/Events.h"
+#include "Support/WireBytes.h"
+
+namespace {
+
+using Logger::Internal::FrameBatch;
+using Part = std::pair<std::size_t, std::size_t>;
+
+std::string BytesOf(const FrameBatch& batch) { return std::string(batch.Data(), batch.Size()); }
+
+/// The number of the frame that did not go out whole, and how much of it did.
+Part PartSent(const FrameBatch& batch, std::size_t sent) {
+  std::size_t frame = 77;
+  const std::size_t part = batch.PartSent(sent, frame);
+  return {frame, part};
+}
+
+TEST(FrameBatchTest, IsEmptyWhenNew) {
+  const FrameBatch batch;
+
+  EXPECT_EQ(0U, batch.Size());
+  EXPECT_EQ(0U, batch.FrameCount());
+  EXPECT_EQ(Part(0, 0), PartSent(batch, 0));
+}
+
+TEST(FrameBatchTest, PutsAHeaderBeforeARecord) {
+  FrameBatch batch;
+
+  batch.Append(LogEvent(3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7));
+
+  EXPECT_EQ(std::string("\1"
+                        "\0\0\0\x2B"
+                        "01"
+                        "\0\0\0\3"
+                        "\0\0\0\3"
+                        "abc"
+                        "\0\0\0\1"
+                        "h"
+                        "\0\0\0\5"
+                        "f.cpp"
+                        "\0\0\0\x2A"
+                        "\0\0\0\1"
+                        "\0\0\0\2"
+                        "\0\0\0\7",
+                        48),
+            BytesOf(batch));
+  EXPECT_EQ(1U, batch.FrameCount());
+}
+
+TEST(FrameBatchTest, HoldsFramesOneBehindTheOther) {
+  FrameBatch batch;
+
+  batch.Append(EventWith("first"));
+  batch.Append(EventWith(""));
+  batch.Append(EventWith(std::string(100000, 'x')));
+
+  EXPECT_EQ(FrameOf(EventWith("first")) + FrameOf(EventWith("")) +
+                FrameOf(EventWith(std::string(100000, 'x'))),
+            BytesOf(batch));
+  EXPECT_EQ(3U, batch.FrameCount());
+}
+
+TEST(FrameBatchTest, EndsWithAFlushRequestThatIsNoFrame) {
+  FrameBatch batch;
+  batch.Append(EventWith("first"));
+
+  batch.AppendFlushRequest();
+
+  EXPECT_EQ(FrameOf(EventWith("first")) + "\2", BytesOf(batch));
+  EXPECT_EQ(1U, batch.FrameCount());
+}
+
+TEST(FrameBatchTest, HoldsAFlushRequestAlone) {
+  FrameBatch batch;
+
+  batch.AppendFlushRequest();
+
+  EXPECT_EQ("\2", BytesOf(batch));
+  EXPECT_EQ(0U, batch.FrameCount());
+  EXPECT_EQ(Part(0, 0), PartSent(batch, 0));
+}
+
+TEST(FrameBatchTest, CanBeUsedAgainWhenCleared) {
+  FrameBatch batch;
+  batch.Append(EventWith(std::string(1000000, 'x')));
+  batch.AppendFlushRequest();
+
+  batch.Clear();
+  EXPECT_EQ(0U, batch.Size());
+  EXPECT_EQ(0U, batch.FrameCount());
+  batch.Append(EventWith("next"));
+
+  EXPECT_EQ(FrameOf(EventWith("next")), BytesOf(batch));
+  EXPECT_EQ(1U, batch.FrameCount());
+}
+
+TEST(FrameBatchTest, TellsWhichFrameDidNotGoOutWholeAndHowMuchOfIt) {
+  FrameBatch batch;
+  batch.Append(EventWith("first"));
+  batch.Append(EventWith("the second"));
+  batch.AppendFlushRequest();
+  const std::size_t first = FrameOf(EventWith("first")).size();
+  const std::size_t second = FrameOf(EventWith("the second")).size();
+
+  for (std::size_t sent = 0; sent < first; ++sent) {
+    EXPECT_EQ(Part(0, sent), PartSent(batch, sent)) << sent;
+  }
+  for (std::size_t sent = 0; sent < second; ++sent) {
+    EXPECT_EQ(Part(1, sent), PartSent(batch, first + sent)) << sent;
+  }
+  EXPECT_EQ(Part(2, 0), PartSent(batch, first + second));
+}
+
+}  // namespace

@@ -1,0 +1,405 @@
+#include "Core/EventRecord.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "LogEvent.h"
+#include "Support/WireBytes.h"
+
+namespace {
+
+using Logger::Internal::ReadRecord;
+using Logger::Internal::RecordSize;
+using Logger::Internal::WriteRecord;
+
+LogEvent SmallEvent() { return {3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7}; }
+LogEvent OtherEvent() { return {99, "other", "one", "before", 98, timeval{97, 96}, 95}; }
+
+const std::string kSmallRecord(
+    "01"
+    "\0\0\0\3"
+    "\0\0\0\3"
+    "abc"
+    "\0\0\0\1"
+    "h"
+    "\0\0\0\5"
+    "f.cpp"
+    "\0\0\0\x2A"
+    "\0\0\0\1"
+    "\0\0\0\2"
+    "\0\0\0\7",
+    43);
+
+/// The record that the event gives out.
+std::string StreamOf(const LogEvent& event) {
+  char* record = nullptr;
+  int length = -1;
+  event.GetLogStream(&record, length);
+  const std::unique_ptr<char[]> owner(record);
+  return std::string(record, static_cast<std::size_t>(length));
+}
+
+/// Reads the record as one that is trusted, where nothing else is behind it.
+LogEvent TrustedEventOf(const std::string& record) {
+  const std::unique_ptr<char[]> copy(new char[record.size()]);
+  std::memcpy(copy.get(), record.data(), record.size());
+  return LogEvent(copy.get());
+}
+
+/// Reads the record where nothing else is behind it. Null when it is no record.
+std::unique_ptr<LogEvent> EventOf(const std::string& record) {
+  const std::unique_ptr<char[]> copy(new char[record.size()]);
+  std::memcpy(copy.get(), record.data(), record.size());
+  auto event = std::make_unique<LogEvent>(OtherEvent());
+  return ReadRecord(copy.get(), record.size(), *event) ? std::move(event) : nullptr;
+}
+
+void ExpectEqual(const LogEvent& expected, const LogEvent& event) {
+  EXPECT_EQ(expected.GetLogLevel(), event.GetLogLevel());
+  EXPECT_EQ(expected.GetLogMessage(), event.GetLogMessage());
+  EXPECT_EQ(expected.GetLogHandlerName(), event.GetLogHandlerName());
+  EXPECT_EQ(expected.GetFullFileName(), event.GetFullFileName());
+  EXPECT_EQ(expected.GetLine(), event.GetLine());
+  EXPECT_EQ(expected.GetTimeSec(), event.GetTimeSec());
+  EXPECT_EQ(expected.GetTimeUsec(), event.GetTimeUsec());
+  EXPECT_EQ(expected.GetThreadId(), event.GetThreadId());
+}
+
+/// Whether both readers find the event in the record.
+void ExpectReadAs(const LogEvent& expected, const std::string& record) {
+  ExpectEqual(expected, TrustedEventOf(record));
+  const std::unique_ptr<LogEvent> event = EventOf(record);
+  ASSERT_NE(nullptr, event);
+  ExpectEqual(expected, *event);
+}
+
+std::string BytesOf(int value) {
+  std::string bytes(6, '-');
+  IntToBuf(reinterpret_cast<unsigned char*>(bytes.data() + 1), value);
+  return bytes;
+}
+
+int IntegerOf(std::string bytes) {
+  int value = 77;
+  BufToInt(reinterpret_cast<unsigned char*>(bytes.data()), &value);
+  return value;
+}
+
+static_assert(std::is_constructible_v<LogEvent, char*>);
+
+TEST(EventRecordTest, WritesIntegersInFourBytes) {
+  EXPECT_EQ("-\xFF\xFF\xFF\xFF-", BytesOf(-1));
+  EXPECT_EQ(std::string("-\0\0\0\0-", 6), BytesOf(0));
+  EXPECT_EQ(std::string("-\0\0\0\1-", 6), BytesOf(1));
+  EXPECT_EQ(std::string("-\x80\0\0\0-", 6), BytesOf(INT_MIN));
+  EXPECT_EQ("-\x7F\xFF\xFF\xFF-", BytesOf(INT_MAX));
+}
+
+TEST(EventRecordTest, WritesTheMostSignificantByteFirst) {
+  EXPECT_EQ("-\x12\x34\x56\x78-", BytesOf(0x12345678));
+  EXPECT_EQ("-\xFE\xDC\xBA\x98-", BytesOf(-0x01234568));
+}
+
+TEST(EventRecordTest, ReadsIntegersFromFourBytes) {
+  EXPECT_EQ(-1, IntegerOf("\xFF\xFF\xFF\xFF"));
+  EXPECT_EQ(0, IntegerOf(std::string("\0\0\0\0", 4)));
+  EXPECT_EQ(INT_MIN, IntegerOf(std::string("\x80\0\0\0", 4)));
+  EXPECT_EQ(INT_MAX, IntegerOf("\x7F\xFF\xFF\xFF"));
+  EXPECT_EQ(0x12345678, IntegerOf("\x12\x34\x56\x78"));
+  EXPECT_EQ(-0x01234568, IntegerOf("\xFE\xDC\xBA\x98"));
+}
+
+TEST(EventRecordTest, ReadsEachByteInItsPlaceWithoutASign) {
+  EXPECT_EQ(-0x7F000000 - 0x01000000, IntegerOf(std::string("\x80\0\0\0", 4)));
+  EXPECT_EQ(0x00800000, IntegerOf(std::string("\0\x80\0\0", 4)));
+  EXPECT_EQ(0x00008000, IntegerOf(std::string("\0\0\x80\0", 4)));
+  EXPECT_EQ(0x00000080, IntegerOf(std::string("\0\0\0\x80", 4)));
+}
+
+TEST(EventRecordTest, HasThirtyFourBytesForAnEventWithoutTexts) {
+  const LogEvent event(5, "", "", "", 6, timeval{7, 8}, 9);
+
+  EXPECT_EQ(std::string("01"
+                        "\0\0\0\5"
+                        "\0\0\0\0"
+                        "\0\0\0\0"
+                        "\0\0\0\0"
+                        "\0\0\0\6"
+                        "\0\0\0\7"
+                        "\0\0\0\x08"
+                        "\0\0\0\x09",
+                        34),
+            StreamOf(event));
+}
+
+TEST(EventRecordTest, HoldsMessageHandlerNameAndFileNameInThisOrder) {
+  EXPECT_EQ(kSmallRecord, StreamOf(SmallEvent()));
+}
+
+TEST(EventRecordTest, HoldsTheFileNameWithItsPath) {
+  const LogEvent event(1, "", "", "src\\dir/f.cpp", 0, timeval{}, 0);
+
+  EXPECT_EQ("src\\dir/f.cpp", StreamOf(event).substr(18, 13));
+}
+
+TEST(EventRecordTest, HoldsNegativeAndLargeNumbers) {
+  const LogEvent event(UINT_MAX, "", "", "", -1, timeval{INT_MIN, INT_MAX}, INT_MIN);
+
+  EXPECT_EQ(std::string("01"
+                        "\xFF\xFF\xFF\xFF"
+                        "\0\0\0\0"
+                        "\0\0\0\0"
+                        "\0\0\0\0"
+                        "\xFF\xFF\xFF\xFF"
+                        "\x80\0\0\0"
+                        "\x7F\xFF\xFF\xFF"
+                        "\x80\0\0\0",
+                        34),
+            StreamOf(event));
+}
+
+TEST(EventRecordTest, HoldsTheLowBitsOfATimeThatNeedsMore) {
+  const LogEvent event(0, "", "", "", 0, timeval{0x1'1234'5678, 0}, 0);
+
+  EXPECT_EQ("\x12\x34\x56\x78", StreamOf(event).substr(22, 4));
+}
+
+TEST(EventRecordTest, IsReadBackAsTheEventItWasWrittenFrom) {
+  const LogEvent event(UINT_MAX, "a message\n%s", "net.tcp", "/src/f.cpp", -42,
+                       timeval{1709647629, 999999}, -7);
+
+  ExpectReadAs(event, StreamOf(event));
+  ExpectReadAs(SmallEvent(), kSmallRecord);
+}
+
+TEST(EventRecordTest, IsReadBackWithEveryByteButZeroInItsTexts) {
+  std::string bytes;
+  for (int byte = 255; byte > 0; --byte) bytes.push_back(static_cast<char>(byte));
+  const LogEvent event(1, bytes, bytes + "h", bytes + "ff", 1, timeval{2, 3}, 4);
+
+  ExpectReadAs(event, StreamOf(event));
+}
+
+TEST(EventRecordTest, HasNoLimitOfDigitsForALength) {
+  for (const std::size_t length : {9998U, 9999U, 10000U, 10001U, 1024U * 1024U}) {
+    const LogEvent event(1, std::string(length, 'm'), std::string(length + 1, 'h'),
+                         std::string(length + 2, 'f'), 1, timeval{2, 3}, 4);
+
+    const std::string record = StreamOf(event);
+
+    EXPECT_EQ(34 + 3 * length + 3, record.size());
+    ExpectReadAs(event, record);
+  }
+}
+
+TEST(EventRecordTest, IsReadWhateverItsMarkIs) {
+  for (const std::string mark : {"02", "00", "xy", "\xFF\xFF"}) {
+    ExpectReadAs(SmallEvent(), mark + kSmallRecord.substr(2));
+  }
+  ExpectReadAs(SmallEvent(), std::string(2, '\0') + kSmallRecord.substr(2));
+}
+
+TEST(EventRecordTest, IsReadWithZeroBytesInItsTexts) {
+  const std::string message("a\0b", 3);
+  const LogEvent event(3, message, std::string(2, '\0'), "f", 42, timeval{1, 2}, 7);
+
+  ExpectReadAs(event, "01" + Number(3) + WithLength(message) + WithLength(std::string(2, '\0')) +
+                          WithLength("f") + Number(42) + Number(1) + Number(2) + Number(7));
+}
+
+TEST(EventRecordTest, IsAnArrayOfItsOwnForEachCall) {
+  const LogEvent event = SmallEvent();
+  char* first = nullptr;
+  char* second = nullptr;
+  int length = 0;
+
+  event.GetLogStream(&first, length);
+  const std::unique_ptr<char[]> firstOwner(first);
+  event.GetLogStream(&second, length);
+  const std::unique_ptr<char[]> secondOwner(second);
+
+  EXPECT_NE(first, second);
+  EXPECT_EQ(kSmallRecord, std::string(second, 43));
+}
+
+/// Writes the record between guards, where former content stands.
+std::string WrittenOver(const LogEvent& event, char former) {
+  const std::size_t size = RecordSize(event);
+  std::string bytes(size + 2, former);
+  WriteRecord(event, bytes.data() + 1);
+  EXPECT_EQ(former, bytes.front());
+  EXPECT_EQ(former, bytes.back());
+  return bytes.substr(1, size);
+}
+
+TEST(EventRecordTest, MovesWhatFollowsAZeroByteUp) {
+  const LogEvent event(3, std::string("a\0b", 3), "h", "f", 42, timeval{1, 2}, 7);
+
+  EXPECT_EQ(std::string("01"
+                        "\0\0\0\3"
+                        "\0\0\0\3"
+                        "a00"
+                        "\0\0\0\1"
+                        "0"
+                        "\0\0\0\1"
+                        "0"
+                        "\0\0\0\x2A"
+                        "\0\0\0\1"
+                        "\0\0\0\2"
+                        "\0\0\0\7",
+                        39),
+            StreamOf(event));
+}
+
+TEST(EventRecordTest, MovesTheHandlerNameIntoALongerMessagesPlace) {
+  const LogEvent event(3, std::string("\0bcdefgh", 8), "handler", std::string("\0f", 2), 42,
+                       timeval{1, 2}, 7);
+
+  EXPECT_EQ(std::string("01"
+                        "\0\0\0\3"
+                        "\0\0\0\x08"
+                        "0000hand"
+                        "\0\0\0\7"
+                        "0000000"
+                        "\0\0\0\2"
+                        "00"
+                        "\0\0\0\x2A"
+                        "\0\0\0\1"
+                        "\0\0\0\2"
+                        "\0\0\0\7",
+                        51),
+            StreamOf(event));
+}
+
+TEST(EventRecordTest, FillsUpWithZeroBytesWhatTextsLeave) {
+  const LogEvent event(3, "", "", std::string(40, '\0'), 42, timeval{1, 2}, 7);
+
+  const std::string filename = StreamOf(event).substr(18, 40);
+
+  EXPECT_EQ(std::string(16, '0') + std::string(24, '\0'), filename);
+}
+
+TEST(EventRecordTest, DoesNotShowFormerContentOfItsMemory) {
+  const std::vector<LogEvent> events{
+      SmallEvent(),
+      LogEvent(3, std::string(1000, '\0'), std::string("h\0h", 3), std::string(100, '\0'), 42,
+               timeval{1, 2}, 7),
+      LogEvent(3, std::string("\0secret", 7), std::string(50, '\0'), "f", 42, timeval{1, 2}, 7)};
+
+  for (const LogEvent& event : events) {
+    EXPECT_EQ(WrittenOver(event, 'S'), WrittenOver(event, 'T'));
+    EXPECT_EQ(WrittenOver(event, 'S'), StreamOf(event));
+  }
+}
+
+TEST(EventRecordTest, DoesNotSendFormerContentOfTheHeap) {
+  constexpr std::size_t kSize = 34 + 500;
+  const LogEvent event(3, std::string(500, '\0'), "", "", 42, timeval{1, 2}, 7);
+  for (int i = 0; i < 20; ++i) {
+    std::vector<std::unique_ptr<char[]>> blocks;
+    for (int block = 0; block < 20; ++block) {
+      blocks.emplace_back(new char[kSize]);
+      std::memset(blocks.back().get(), 'S', kSize);
+    }
+  }
+
+  EXPECT_EQ(std::string::npos, StreamOf(event).find('S'));
+}
+
+TEST(EventRecordTest, IsRejectedWhereverItIsCut) {
+  for (std::size_t size = 0; size < kSmallRecord.size(); ++size) {
+    EXPECT_EQ(nullptr, EventOf(kSmallRecord.substr(0, size))) << size;
+  }
+  EXPECT_NE(nullptr, EventOf(kSmallRecord));
+}
+
+TEST(EventRecordTest, IsReadWithMoreBehindIt) {
+  const std::unique_ptr<LogEvent> event = EventOf(kSmallRecord + "more");
+
+  ASSERT_NE(nullptr, event);
+  ExpectEqual(SmallEvent(), *event);
+}
+
+/// A record whose three lengths are as given, before 16 bytes of numbers.
+std::string RecordWithLengths(long message, long handler, long file,
+                              const std::string& texts = "") {
+  return "01" + Number(3) + Number(message) + Number(handler) + Number(file) + texts + Number(42) +
+         Number(1) + Number(2) + Number(7);
+}
+
+TEST(EventRecordTest, IsRejectedWhenALengthLeadsOutOfIt) {
+  for (const long length : {1L, 4L, 16L, 17L, 1000L, 0x7FFFFFFFL}) {
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(length, 0, 0))) << length;
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0, length, 0))) << length;
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0, 0, length))) << length;
+  }
+}
+
+TEST(EventRecordTest, IsRejectedWhenANegativeLengthLeadsInFrontOfIt) {
+  for (const long length : {-11L, -12L, -1000L, -0x7FFFFFFFL, -0x80000000L}) {
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(length, 0, 0))) << length;
+  }
+  for (const long length : {-15L, -1000L, -0x80000000L}) {
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0, length, 0))) << length;
+  }
+  for (const long length : {-19L, -1000L, -0x80000000L}) {
+    EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0, 0, length))) << length;
+  }
+}
+
+TEST(EventRecordTest, IsRejectedWhenLengthsLeadOutAndBack) {
+  // The handler name's length would be in front, the rest inside again.
+  EXPECT_EQ(nullptr, EventOf(RecordWithLengths(-0x80000000L, 0x7FFFFFFF, 0)));
+  EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0x7FFFFFFF, -0x7FFFFFFF, 0)));
+  EXPECT_EQ(nullptr, EventOf(RecordWithLengths(0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF)));
+  EXPECT_EQ(nullptr, EventOf(RecordWithLengths(-0x80000000L, -0x80000000L, -0x80000000L)));
+}
+
+TEST(EventRecordTest, HasAnEmptyTextForANegativeLengthAndGoesOnWhereItLeads) {
+  // The file name's length leads four bytes back: the numbers begin with that length itself.
+  const LogEvent fileName(3, "", "", "", -4, timeval{42, 1}, 2);
+  ExpectReadAs(fileName, RecordWithLengths(0, 0, -4));
+
+  // The message's length leads back to itself, for the handler name and once more.
+  const LogEvent message(3, "", "", "", -4, timeval{0, 0}, 42);
+  ExpectReadAs(message, RecordWithLengths(-4, 0, 0));
+}
+
+TEST(EventRecordTest, StaysInsideWithTheNegativeLengthThatLeadsToItsFirstByte) {
+  // The handler name's length is read where the record begins, and its six bytes follow there.
+  const std::string record =
+      std::string("\0\0", 2) + Number(0x00060000) + Number(-10) + std::string(20, '\0');
+
+  const std::unique_ptr<LogEvent> event = EventOf(record);
+
+  ASSERT_NE(nullptr, event);
+  EXPECT_EQ("", event->GetLogMessage());
+  EXPECT_EQ(record.substr(4, 6), event->GetLogHandlerName());
+}
+
+TEST(EventRecordTest, IsReadOrRejectedWithAnyLengthsButNeverReadBeyondItsEnd) {
+  const std::vector<long> lengths{-0x80000000L, -35, -18, -14,       -10, -5, -4, -1, 0, 1, 4, 8,
+                                  16,           17,  40,  0x7FFFFFFF};
+  int readCount = 0;
+  int rejectedCount = 0;
+  for (const long message : lengths) {
+    for (const long handler : lengths) {
+      for (const long file : lengths) {
+        const std::string record = RecordWithLengths(message, handler, file, "some text");
+        ++(EventOf(record) == nullptr ? rejectedCount : readCount);
+      }
+    }
+  }
+
+  EXPECT_GT(readCount, 0);
+  EXPECT_GT(rejectedCount, 0);
+}
+
+}  // namespace

@@ -1,0 +1,45 @@
+#include "Handlers.h"
+
+#include <iostream>
+#include <set>
+
+#include "LogHandler.h"
+#include "Logger.h"
+#include "UsageError.h"
+
+namespace {
+
+bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
+  if (!visited.insert(&handler).second) return false;
+  for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
+    LogHandlerClient* const receiver = handler.GetLogClientAt(index);
+    if (receiver->IsLogClient()) return true;
+    if (ReachesClient(dynamic_cast<LogHandler&>(*receiver), visited)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+LogHandler& FindHandler(const std::string& name) {
+  LogHandler* const handler = Logger::GetExistingLogHandler(name);
+  if (handler != nullptr) return *handler;
+  throw UsageError("unknown handler '" + name + "'; there are " +
+                   Join(Logger::GetLogManager()->GetLogHandlerNames(), ", "));
+}
+
+void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler) {
+  std::set<LogHandler*> visited;
+  if (ReachesClient(handler, visited)) return;
+  std::cerr << "loggerctl " << command << ": warning: handler '" << handler.GetName()
+            << "' reaches no client; nothing will be written\n";
+}
+
+std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (&text != &texts.front()) joined += separator;
+    joined += text;
+  }
+  return joined;
+}

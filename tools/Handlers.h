@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+class LogHandler;
+
+/// The handler of this name. Throws a UsageError that lists those there are when there is none.
+LogHandler& FindHandler(const std::string& name);
+
+/// Says on standard error when there is no output client at the handler or below it.
+void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler);
+
+std::string Join(const std::vector<std::string>& texts, const std::string& separator);

@@ -1,0 +1,111 @@
+#include "ServeCommand.h"
+
+#include <pthread.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "CommandLine.h"
+#include "ConfigurationFile.h"
+#include "Handlers.h"
+#include "LogHandler.h"
+#include "SocketLogServer.h"
+#include "UsageError.h"
+
+namespace {
+
+struct ServeOptions {
+  std::string configurationFile;
+  std::string handlerName = "default";
+  std::string address = "127.0.0.1";
+  int port = 0;
+  int stampThreadId = 0;
+};
+
+/// The signals that end the server. They are blocked from the start, so that none is missed.
+class EndingSignals {
+ public:
+  EndingSignals() {
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGINT);
+    sigaddset(&signals_, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+  }
+
+  void Await() const {
+    int signal = 0;
+    sigwait(&signals_, &signal);
+  }
+
+ private:
+  sigset_t signals_;
+};
+
+std::string Counted(unsigned long count, const std::string& thing) {
+  return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+int RunServe(const ServeOptions& options) {
+  const EndingSignals endingSignals;
+  ConfigureFrom(options.configurationFile);
+  LogHandler& handler = FindHandler(options.handlerName);
+  WarnWhenNothingIsWritten("serve", handler);
+
+  SocketLogServer server;
+  if (!server.Start(&handler, options.address, options.port, options.stampThreadId)) {
+    throw UsageError("cannot listen on " + options.address + " port " +
+                     std::to_string(options.port) + ": " + server.GetLastErrorStr());
+  }
+  std::cout << "listening on " << options.address << " port " << server.GetPort() << std::endl;
+  endingSignals.Await();
+  server.Stop();
+  std::cout << "served " << Counted(server.GetConnectionCount(), "connection") << " and "
+            << Counted(server.GetEventCount(), "event") << ", rejected "
+            << Counted(server.GetRejectedFrameCount(), "frame") << std::endl;
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+void AddServeCommand(CLI::App& program, int& exitCode) {
+  CLI::App* const command = program.add_subcommand(
+      "serve", "Receive the events of other processes and log them through a configured handler");
+  const auto options = std::make_shared<ServeOptions>();
+  command
+      ->add_option("--config", options->configurationFile,
+                   "Configuration (properties or XML) that sets up levels, handlers and clients")
+      ->required()
+      ->type_name("FILE")
+      ->transform(MarkRemoved());
+  command->add_option("--handler", options->handlerName, "Handler that gets the events")
+      ->type_name("NAME")
+      ->transform(MarkRemoved())
+      ->capture_default_str();
+  command->add_option("--address", options->address, "Address or host name to listen on")
+      ->type_name("A")
+      ->transform(MarkRemoved())
+      ->capture_default_str();
+  command->add_option("--port", options->port, "Port to listen on; 0 lets the system choose")
+      ->type_name("P")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  command
+      ->add_option("--stamp-thread-id", options->stampThreadId,
+                   "Thread id for all events; 0 keeps those of the senders")
+      ->type_name("N")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  command->footer(
+      "Prints the address and port it listens on, and stops on SIGINT or SIGTERM: every event "
+      "that\n"
+      "was read is then written, and a line tells how much was served.\n\n"
+      "Anyone who can reach the port can log. Listen on an address that only trusted hosts "
+      "reach.\n\n"
+      "Exit code: 0 stopped by a signal; 2 the configuration or the command line cannot be used, "
+      "or\n"
+      "the address cannot be listened on.");
+  command->callback([options, &exitCode] { exitCode = RunServe(*options); });
+}
