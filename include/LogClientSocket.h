@@ -23,9 +23,10 @@ class FrameBatch;
 /// destroyed. The queue has no bound: a client that is not connected keeps every event. The layout
 /// is not used.
 ///
-/// Texts must not contain a zero byte. SIGPIPE is never raised. The client takes no lock: an
-/// application that calls SendToServer from another thread than the one that publishes serialises
-/// the calls.
+/// Texts must not contain a zero byte. A server takes events of up to 64 MiB unless it was told
+/// otherwise, and ends the connection at a larger one. SIGPIPE is never raised. The client takes no
+/// lock: an application that calls SendToServer from another thread than the one that publishes
+/// serialises the calls.
 class LOGGER_EXPORT LogClientSocket : public LogClient {
  public:
   /// Connects to the host name or address, on the low 16 bits of `serverPort`. Events of the thread

@@ -130,6 +130,7 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   std::uint64_t disabledCommon_;  // The list above as bits. Guarded by LivingHandlers.
   LogHandler* nextLiving_;        // The list of all living handlers. Guarded by LivingHandlers.
   LogHandler* previousLiving_;
+  LogEvent event_;  // The one under way, filled again for each. Guarded by the lock, like the next.
   mutable Distribution*
       distributions_;  // Under way on the thread that holds the lock, innermost first.
 
@@ -137,7 +138,11 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool IsDistributing(const LogEvent& event) const;
   bool LogArguments(unsigned int level, const SourcePosition& position, const char* format,
                     va_list arguments);
-  bool LogText(unsigned int level, const SourcePosition& position, const char* text,
-               std::size_t length);
+  void DistributeUnderLock(const LogEvent& event) const;
+  void Fill(LogEvent& event, unsigned int level, const SourcePosition& position, const char* text,
+            std::size_t length) const;
+  bool LogVerbatim(unsigned int level, const SourcePosition& position, const char* text);
+  bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
+                   std::size_t length);
   bool DropClientsWithin(const timespec& deadline);
 };

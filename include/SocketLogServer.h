@@ -50,13 +50,17 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   /// standard error, when the waiting thread could not be woken as usual; it ends all the same.
   bool Stop();
 
+  /// Waits until all threads of a stopped server have ended, however long the target takes.
+  void AwaitEnd();
+
   /// The longest frame that is accepted, in bytes, from now on; 64 MiB to begin with.
   void SetMaxFrameLength(int bytes);
 
   // What the server has served since it was made.
-  unsigned long GetConnectionCount() const;     ///< Connections taken.
-  unsigned long GetEventCount() const;          ///< Events handed to the target.
-  unsigned long GetRejectedFrameCount() const;  ///< Frames that were no events, or too long.
+  unsigned long GetConnectionCount() const;  ///< Connections taken.
+  unsigned long GetEventCount() const;       ///< Events handed to the target.
+  unsigned long GetRejectedFrameCount()
+      const;  ///< Frames that were no events, too long, or too much for the memory.
 
   static void* WaitForConnectionThread(void* server);  ///< Runs on the waiting thread.
   static void* RecvThread(void* data);                 ///< Runs on a receiving thread.
@@ -71,7 +75,8 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   std::string address_;
   int port_;
   std::atomic<bool> isRunning_;
-  std::atomic<int> protocolVersion_;  // Of the most recent opening exchange.
+  std::atomic<bool> isTakingConnections_;  // The waiting thread has not closed the port yet.
+  std::atomic<int> protocolVersion_;       // Of the most recent opening exchange.
   int stampThreadId_;
   std::atomic<int> maxFrameLength_;
   std::atomic<int> endedConnections_;  // In the table, with nothing left to receive.

@@ -30,6 +30,22 @@ CLI::Validator MarkRemoved() {
       "");
 }
 
+void AddConfigurationOption(CLI::App& command, std::string& fileName) {
+  command
+      .add_option("--config", fileName,
+                  "Configuration (properties or XML) that sets up levels, handlers and clients")
+      ->required()
+      ->type_name("FILE")
+      ->transform(MarkRemoved());
+}
+
+void AddHandlerOption(CLI::App& command, std::string& handlerName, const std::string& description) {
+  command.add_option("--handler", handlerName, description)
+      ->type_name("NAME")
+      ->transform(MarkRemoved())
+      ->capture_default_str();
+}
+
 std::vector<std::string> WordsOf(const CLI::Option& option) {
   // As they were given: in the converted list some words, such as {}, have a meaning of their own.
   std::vector<std::string> words = option.results();

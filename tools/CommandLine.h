@@ -15,5 +15,9 @@ std::vector<std::string> MarkedArguments(int argc, char** argv);
 /// Takes the mark off the value of an option.
 CLI::Validator MarkRemoved();
 
+/// Adds --config, which every command that sets up the logging system takes, and --handler.
+void AddConfigurationOption(CLI::App& command, std::string& fileName);
+void AddHandlerOption(CLI::App& command, std::string& handlerName, const std::string& description);
+
 /// The words given for an option that takes any number of them.
 std::vector<std::string> WordsOf(const CLI::Option& option);

@@ -62,9 +62,11 @@ int RunServe(const ServeOptions& options) {
   std::cout << "listening on " << options.address << " port " << server.GetPort() << std::endl;
   endingSignals.Await();
   server.Stop();
+  server.AwaitEnd();  // What a slow client still writes is counted as well.
   std::cout << "served " << Counted(server.GetConnectionCount(), "connection") << " and "
             << Counted(server.GetEventCount(), "event") << ", rejected "
             << Counted(server.GetRejectedFrameCount(), "frame") << std::endl;
+  if (!std::cout) throw UsageError("standard output could not be written");
   return EXIT_SUCCESS;
 }
 
@@ -74,16 +76,8 @@ void AddServeCommand(CLI::App& program, int& exitCode) {
   CLI::App* const command = program.add_subcommand(
       "serve", "Receive the events of other processes and log them through a configured handler");
   const auto options = std::make_shared<ServeOptions>();
-  command
-      ->add_option("--config", options->configurationFile,
-                   "Configuration (properties or XML) that sets up levels, handlers and clients")
-      ->required()
-      ->type_name("FILE")
-      ->transform(MarkRemoved());
-  command->add_option("--handler", options->handlerName, "Handler that gets the events")
-      ->type_name("NAME")
-      ->transform(MarkRemoved())
-      ->capture_default_str();
+  AddConfigurationOption(*command, options->configurationFile);
+  AddHandlerOption(*command, options->handlerName, "Handler that gets the events");
   command->add_option("--address", options->address, "Address or host name to listen on")
       ->type_name("A")
       ->transform(MarkRemoved())

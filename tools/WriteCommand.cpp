@@ -171,16 +171,8 @@ void AddWriteCommand(CLI::App& program, int& exitCode) {
   CLI::App* const command = program.add_subcommand(
       "write", "Log a text, or each line of standard input, through a configured handler");
   const auto options = std::make_shared<WriteOptions>();
-  command
-      ->add_option("--config", options->configurationFile,
-                   "Configuration (properties or XML) that sets up levels, handlers and clients")
-      ->required()
-      ->type_name("FILE")
-      ->transform(MarkRemoved());
-  command->add_option("--handler", options->handlerName, "Handler to log through")
-      ->type_name("NAME")
-      ->transform(MarkRemoved())
-      ->capture_default_str();
+  AddConfigurationOption(*command, options->configurationFile);
+  AddHandlerOption(*command, options->handlerName, "Handler to log through");
   command->add_option("--level", options->level, "Level, by its number or its registered name")
       ->required()
       ->type_name("N|NAME")

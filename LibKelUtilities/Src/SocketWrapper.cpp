@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -56,8 +57,6 @@ class Deadline {
       : isEndless_(milliseconds < 0),
         end_(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
 
-  bool IsEndless() const { return isEndless_; }
-
   /// What is left, as poll() takes it.
   int MillisecondsLeft() const {
     if (isEndless_) return -1;
@@ -73,6 +72,10 @@ class Deadline {
 
 /// Waits until the descriptor is ready for the events. False when the time is over or on an error.
 bool WaitFor(short events, int descriptor, const Deadline& deadline) {
+  if (descriptor < 0) {  // Which poll() would take for nothing to wait for.
+    errno = EBADF;
+    return false;
+  }
   pollfd waiting{descriptor, events, 0};
   int ready;
   do {
@@ -87,21 +90,28 @@ bool HasHungUp(int descriptor, int milliseconds) {
   return WaitFor(0, descriptor, Deadline(milliseconds));
 }
 
+/// Sends what there is room for, without waiting. A cancelled thread does not end between the
+/// sending and the counting.
+ssize_t SendWithoutWaiting(int descriptor, const char* bytes, std::size_t size, std::size_t& sent) {
+  int former = PTHREAD_CANCEL_ENABLE;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
+  const ssize_t taken = send(descriptor, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (taken > 0) sent += static_cast<std::size_t>(taken);
+  const int error = errno;
+  pthread_setcancelstate(former, nullptr);
+  errno = error;
+  return taken;
+}
+
 /// Sends all bytes in time, and counts those that are on their way.
 bool SendOn(int descriptor, const void* data, std::size_t size, std::size_t& sent,
             const Deadline& deadline) {
   const char* const bytes = static_cast<const char*>(data);
-  const bool isLimited = !deadline.IsEndless();
-  const int flags = MSG_NOSIGNAL | (isLimited ? MSG_DONTWAIT : 0);
   while (sent < size) {
-    const ssize_t taken = send(descriptor, bytes + sent, size - sent, flags);
-    if (taken >= 0) {
-      sent += static_cast<std::size_t>(taken);
-    } else if (errno == EAGAIN && isLimited) {
-      if (!WaitFor(POLLOUT, descriptor, deadline)) return false;
-    } else if (errno != EINTR) {
-      return false;
-    }
+    if (SendWithoutWaiting(descriptor, bytes + sent, size - sent, sent) >= 0) continue;
+    const bool isFull = errno == EAGAIN;
+    if (isFull && !WaitFor(POLLOUT, descriptor, deadline)) return false;
+    if (!isFull && errno != EINTR) return false;
   }
   return true;
 }

@@ -3,8 +3,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "Support/BlockingCall.h"
+#include "Support/NoDescriptorsLeft.h"
 
 namespace {
 
@@ -670,19 +671,11 @@ TEST(SocketWrapperTest, GoesOnAcceptingWhenItIsOutOfDescriptors) {
   SocketWrapper client;
   client.Connect(kHere, listener.Port());
   BlockingCall acceptor([&] { return listener.AcceptOne(); });
-  rlimit former{};
-  getrlimit(RLIMIT_NOFILE, &former);
-  const rlimit low{64, former.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &low);
-  std::vector<int> fillers;
-  for (int filler; (filler = dup(STDERR_FILENO)) >= 0;) fillers.push_back(filler);
-  ASSERT_EQ(EMFILE, errno);
-  ASSERT_FALSE(fillers.empty());
-
-  acceptor.Begin();
-  acceptor.WaitUntilBlocked();  // Though there is a connection to accept.
-  for (const int filler : fillers) close(filler);
-  setrlimit(RLIMIT_NOFILE, &former);
+  {
+    const NoDescriptorsLeft shortage;
+    acceptor.Begin();
+    acceptor.WaitUntilBlocked();  // Though there is a connection to accept.
+  }
   const Descriptor server(acceptor.Result());
 
   EXPECT_GE(server.Number(), 0);
@@ -790,6 +783,387 @@ TEST(SocketWrapperTest, ReceivesOnSeveralDescriptorsAtOnce) {
   EXPECT_EQ('1', fromFirst);
   EXPECT_EQ('2', fromSecond);
   EXPECT_EQ("x", ReceiveAll(first, 1));
+}
+
+TEST(SocketWrapperTest, IsNotValidOnceItWasClosed) {
+  Connection connection;
+  const std::size_t former = OpenSockets().size();
+
+  connection.client.Close();
+
+  EXPECT_FALSE(connection.client.IsValid());
+  EXPECT_EQ(former - 1, OpenSockets().size());
+  char byte = 0;
+  EXPECT_EQ(0, connection.listener.Recv(&byte, 1, connection.server.Number()));
+  EXPECT_EQ(-1, connection.SendFromClient("x"));
+  EXPECT_EQ(-1, connection.client.Recv(&byte, 1));
+}
+
+TEST(SocketWrapperTest, DoesNotWaitForATimeoutWithoutASocket) {
+  SocketWrapper socket;
+  socket.Close();
+  char byte = 0;
+
+  EXPECT_EQ(-1, socket.Recv(&byte, 1, kOwn, 10));
+  EXPECT_EQ("Bad file descriptor", socket.GetLastErrorStr());
+  EXPECT_EQ(-1, socket.AcceptWithin(&byte, 1, 10));
+  EXPECT_EQ("Bad file descriptor", socket.GetLastErrorStr());
+  EXPECT_FALSE(socket.HasTimedOut());
+}
+
+TEST(SocketWrapperTest, CanBeClosedTwiceAndOpenedAgain) {
+  SocketWrapper socket;
+  socket.Close();
+  socket.Close();
+  EXPECT_FALSE(socket.IsValid());
+
+  EXPECT_EQ(0, socket.Open(SocketWrapper::kStream));
+
+  EXPECT_TRUE(socket.IsValid());
+}
+
+TEST(SocketWrapperTest, AcceptsWithinTheTime) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  std::array<char, 32> peer{};
+
+  const Descriptor server(listener.AcceptWithin(peer.data(), 32, 60000));
+
+  EXPECT_GE(server.Number(), 0);
+  EXPECT_STREQ("127.0.0.1", peer.data());
+  EXPECT_EQ(FD_CLOEXEC, fcntl(server.Number(), F_GETFD) & FD_CLOEXEC);
+}
+
+TEST(SocketWrapperTest, AcceptsWhoIsThereWithoutAnyTime) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  std::array<char, 32> peer{};
+
+  const Descriptor server(listener.AcceptWithin(peer.data(), 32, 0));
+
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, TellsThatNobodyConnectedWithinTheTime) {
+  Listener listener;
+  std::array<char, 32> peer{};
+
+  EXPECT_EQ(SocketWrapper::kNothingCame, listener.AcceptWithin(peer.data(), 32, 0));
+  EXPECT_EQ(SocketWrapper::kNothingCame, listener.AcceptWithin(peer.data(), 32, 10));
+
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  const Descriptor server(listener.AcceptOne());
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, GoesOnAcceptingWithinTheTimeWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Listener listener;
+  std::array<char, 32> peer{};
+  BlockingCall acceptor([&] { return listener.AcceptWithin(peer.data(), 32, 60000); });
+  acceptor.Begin();
+
+  acceptor.Interrupt();
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+
+  const Descriptor server(acceptor.Result());
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, StopsAcceptingWithinTheTimeWhenItIsShutDown) {
+  Listener listener;
+  std::array<char, 32> peer{};
+  BlockingCall acceptor([&] { return listener.AcceptWithin(peer.data(), 32, 60000); });
+  acceptor.Begin();
+  acceptor.WaitUntilBlocked();
+
+  listener.Shutdown();
+
+  EXPECT_EQ(-1, acceptor.Result());
+  EXPECT_EQ("Invalid argument", listener.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, TellsWithinTheTimeThatItIsOutOfDescriptors) {
+  Listener listener;
+  SocketWrapper client;
+  client.Connect(kHere, listener.Port());
+  std::array<char, 32> peer{};
+  {
+    const NoDescriptorsLeft shortage;
+
+    EXPECT_EQ(SocketWrapper::kNothingCame, listener.AcceptWithin(peer.data(), 32, 10));
+  }
+
+  const Descriptor server(listener.AcceptWithin(peer.data(), 32, 60000));
+  EXPECT_GE(server.Number(), 0);
+}
+
+TEST(SocketWrapperTest, RefusesConnectionsWhenItIsShutDown) {
+  Listener listener;
+  const int port = listener.GetPort();
+
+  listener.Shutdown();
+
+  SocketWrapper client;
+  EXPECT_EQ(-1, client.Connect(kHere, static_cast<unsigned short>(port)));
+  EXPECT_EQ("Connection refused", client.GetLastErrorStr());
+  EXPECT_TRUE(listener.IsValid());
+}
+
+TEST(SocketWrapperTest, EndsAConnectionInBothDirectionsWhenItIsShutDown) {
+  Connection connection;
+  char byte = 0;
+  BlockingCall receiver([&] { return connection.client.Recv(&byte, 1); });
+  receiver.Begin();
+  receiver.WaitUntilBlocked();
+
+  connection.client.Shutdown();
+
+  EXPECT_EQ(0, receiver.Result());
+  EXPECT_EQ(0, connection.listener.Recv(&byte, 1, connection.server.Number()));
+  EXPECT_EQ(-1, connection.SendFromClient("x"));
+  EXPECT_TRUE(connection.client.IsValid());
+}
+
+TEST(SocketWrapperTest, ConnectsWithinTheTime) {
+  Listener listener;
+  SocketWrapper client;
+
+  EXPECT_EQ(0, client.Connect(kHere, listener.Port(), 60000));
+
+  const Descriptor server(listener.AcceptOne());
+  BlockingCall receiver([&] {  // It waits, as one that was connected without a limit.
+    char byte = 0;
+    return client.Recv(&byte, 1);
+  });
+  receiver.Begin();
+  receiver.WaitUntilBlocked();
+  EXPECT_EQ(1, client.Send("x", 1, server.Number()));
+  EXPECT_EQ(1, receiver.Result());
+}
+
+TEST(SocketWrapperTest, IsRefusedWithinTheTime) {
+  SocketWrapper silent;
+  silent.Bind(kHere, 0);
+  SocketWrapper client;
+
+  EXPECT_EQ(-1, client.Connect(kHere, static_cast<unsigned short>(silent.GetPort()), 60000));
+
+  EXPECT_EQ("Connection refused", client.GetLastErrorStr());
+  EXPECT_FALSE(client.HasTimedOut());
+}
+
+TEST(SocketWrapperTest, GivesUpConnectingAtTheTimeout) {
+  Listener listener(kHere, 0);
+  SocketWrapper first;
+  first.Connect(kHere, listener.Port());  // Takes the only place in the queue.
+  SocketWrapper second;
+  const std::set<int> former = OpenSockets();
+
+  EXPECT_EQ(-1, second.Connect(kHere, listener.Port(), 20));
+
+  EXPECT_TRUE(second.HasTimedOut());
+  EXPECT_EQ("Connection timed out", second.GetLastErrorStr());
+  EXPECT_EQ(former, OpenSockets());
+}
+
+TEST(SocketWrapperTest, KeepsItsConnectionWhenItCannotConnectAnew) {
+  SocketWrapper silent;
+  silent.Bind(kHere, 0);
+  Connection connection;
+
+  EXPECT_EQ(-1, connection.client.Connect(kHere, static_cast<unsigned short>(silent.GetPort())));
+
+  EXPECT_EQ(1, connection.SendFromClient("x"));
+  EXPECT_EQ("x", ReceiveAll(connection.client, 1, connection.server.Number()));
+}
+
+TEST(SocketWrapperTest, SendsAllAndCountsIt) {
+  for (const int timeout : {SocketWrapper::kNoTimeout, 60000}) {
+    Connection connection;
+    const std::string text = LargeText(kLarge);
+    std::size_t sent = 77;
+    BlockingCall sender(
+        [&] { return connection.client.SendAll(text.data(), text.size(), sent, timeout) ? 1 : 0; });
+    sender.Begin();
+    sender.WaitUntilBlocked();
+
+    const std::string received = ReceiveAll(connection.client, kLarge, connection.server.Number());
+
+    EXPECT_EQ(1, sender.Result());
+    EXPECT_EQ(kLarge, sent);
+    EXPECT_TRUE(text == received);
+  }
+}
+
+TEST(SocketWrapperTest, CountsWhatWasSentWhenTheTimeIsOver) {
+  Connection connection;
+  const std::string text = LargeText(2 * kLarge);
+  std::size_t sent = 0;
+
+  EXPECT_FALSE(connection.client.SendAll(text.data(), text.size(), sent, 20));
+
+  EXPECT_TRUE(connection.client.HasTimedOut());
+  EXPECT_GT(sent, 0U);
+  EXPECT_LT(sent, text.size());
+  connection.client.Close();
+  EXPECT_TRUE(text.substr(0, sent) ==
+              ReceiveAll(connection.listener, text.size(), connection.server.Number()));
+}
+
+TEST(SocketWrapperTest, CountsNothingWhenTheConnectionHasFailed) {
+  Connection connection;
+  connection.client.Shutdown();
+  std::size_t sent = 77;
+
+  EXPECT_FALSE(connection.client.SendAll("abc", 3, sent));
+
+  EXPECT_EQ(0U, sent);
+  EXPECT_FALSE(connection.client.HasTimedOut());
+  EXPECT_EQ("Broken pipe", connection.client.GetLastErrorStr());
+}
+
+TEST(SocketWrapperTest, SendsAllOfNothing) {
+  Connection connection;
+  std::size_t sent = 77;
+
+  EXPECT_TRUE(connection.client.SendAll("", 0, sent));
+
+  EXPECT_EQ(0U, sent);
+}
+
+TEST(SocketWrapperTest, GoesOnSendingAllInTimeWhenSignalsInterruptIt) {
+  BlockingCall::CatchSignals();
+  Connection connection;
+  const std::string text = LargeText(kLarge);
+  std::size_t sent = 0;
+  BlockingCall sender(
+      [&] { return connection.client.SendAll(text.data(), text.size(), sent, 60000) ? 1 : 0; });
+  sender.Begin();
+
+  sender.Interrupt();
+  const std::string received = ReceiveAll(connection.client, kLarge, connection.server.Number());
+
+  EXPECT_EQ(1, sender.Result());
+  EXPECT_TRUE(text == received);
+}
+
+TEST(SocketWrapperTest, PushesNothingAway) {
+  Connection connection;
+  connection.SendFromClient("a");
+  connection.SendFromClient("b");
+
+  connection.client.PushPending();
+  connection.SendFromClient("c");
+  SocketWrapper(1).PushPending();
+
+  EXPECT_EQ("abc", ReceiveAll(connection.client, 3, connection.server.Number()));
+}
+
+/// Whether the socket sends small pieces at once.
+bool IsWithoutDelay(int descriptor) {
+  int isOn = 0;
+  socklen_t size = sizeof isOn;
+  getsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &isOn, &size);
+  return isOn != 0;
+}
+
+TEST(SocketWrapperTest, CollectsSmallPiecesAgainOnceItPushed) {
+  Listener listener;
+  auto client = std::make_unique<SocketWrapper>();
+  const int descriptor = NewSocketOf([&] { client->Connect(kHere, listener.Port()); });
+
+  client->PushPending();
+
+  EXPECT_FALSE(IsWithoutDelay(descriptor));
+}
+
+TEST(SocketWrapperTest, AcknowledgesQuickly) {
+  Connection connection;
+  SocketWrapper::AcknowledgeQuickly(connection.server.Number());
+
+  int isOn = 0;
+  socklen_t size = sizeof isOn;
+  getsockopt(connection.server.Number(), IPPROTO_TCP, TCP_QUICKACK, &isOn, &size);
+
+  EXPECT_NE(0, isOn);
+}
+
+TEST(SocketWrapperTest, CollectsAtLeastWhatIsAskedFor) {
+  Connection connection;
+  std::string buffer(10, '-');
+  BlockingCall receiver([&] { return connection.client.RecvAtLeast(4, buffer.data(), 10); });
+  receiver.Begin();
+
+  for (const char* const piece : {"a", "b", "c"}) {
+    receiver.WaitUntilBlocked();
+    connection.SendFromServer(piece);
+  }
+  receiver.WaitUntilBlocked();
+  connection.SendFromServer("def");
+
+  EXPECT_EQ(6, receiver.Result());
+  EXPECT_EQ("abcdef----", buffer);
+}
+
+TEST(SocketWrapperTest, CollectsNoMoreThanThereIsRoomFor) {
+  Connection connection;
+  connection.SendFromServer("abcdef");
+  std::string buffer(6, '-');
+
+  EXPECT_EQ(4, connection.client.RecvAtLeast(4, buffer.data(), 4));
+
+  EXPECT_EQ("abcd--", buffer);
+  EXPECT_EQ("ef", ReceiveAll(connection.client, 2));
+}
+
+TEST(SocketWrapperTest, CollectsWhatCameBeforeThePeerClosed) {
+  Connection connection;
+  connection.SendFromServer("abc");
+  connection.server.Close();
+  std::string buffer(10, '-');
+
+  EXPECT_EQ(3, connection.client.RecvAtLeast(4, buffer.data(), 10));
+
+  EXPECT_EQ("abc-------", buffer);
+  EXPECT_EQ(0, connection.client.RecvAtLeast(4, buffer.data(), 10));
+}
+
+TEST(SocketWrapperTest, GivesUpCollectingAtTheTimeout) {
+  Connection connection;
+  connection.SendFromServer("abc");
+  std::string buffer(10, '-');
+
+  EXPECT_EQ(-1, connection.client.RecvAtLeast(4, buffer.data(), 10, kOwn, 10));
+
+  EXPECT_TRUE(connection.client.HasTimedOut());
+}
+
+TEST(SocketWrapperTest, CollectsOnAnotherDescriptor) {
+  Connection connection;
+  connection.SendFromClient("abcd");
+  std::string buffer(4, '-');
+
+  EXPECT_EQ(4, connection.listener.RecvAtLeast(4, buffer.data(), 4, connection.server.Number()));
+
+  EXPECT_EQ("abcd", buffer);
+}
+
+TEST(SocketWrapperTest, TellsATimeoutFromOtherErrors) {
+  Connection connection;
+  char byte = 0;
+  EXPECT_FALSE(connection.client.HasTimedOut());
+
+  EXPECT_EQ(-1, connection.client.Recv(&byte, 1, kOwn, 1));
+  EXPECT_TRUE(connection.client.HasTimedOut());
+
+  connection.client.Shutdown();
+  EXPECT_EQ(-1, connection.SendFromClient("x"));
+  EXPECT_FALSE(connection.client.HasTimedOut());
 }
 
 }  // namespace

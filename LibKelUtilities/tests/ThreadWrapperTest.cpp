@@ -5,8 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <future>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -369,6 +371,74 @@ TEST(ThreadWrapperTest, GivesTheSystemsTextOfAnError) {
   EXPECT_EQ("Device or resource busy", ThreadWrapper::GetErrorCodeText(EBUSY));
   EXPECT_EQ("Success", ThreadWrapper::GetErrorCodeText(0));
   EXPECT_EQ("Unknown error 99999", ThreadWrapper::GetErrorCodeText(99999));
+}
+
+/// The signals that are blocked in the calling thread.
+std::set<int> BlockedSignals() {
+  sigset_t mask;
+  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  std::set<int> blocked;
+  for (int signal = 1; signal < SIGRTMAX; ++signal) {
+    if (sigismember(&mask, signal) == 1) blocked.insert(signal);
+  }
+  return blocked;
+}
+
+std::set<int> BlockedSignalsOfAThread() {
+  ThreadWrapper thread;
+  std::set<int> blocked;
+  const auto look = [](void* argument) -> void* {
+    *static_cast<std::set<int>*>(argument) = BlockedSignals();
+    return nullptr;
+  };
+  EXPECT_EQ(0, thread.StartThread(look, &blocked, nullptr, nullptr, false));
+  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  return blocked;
+}
+
+TEST(ThreadWrapperTest, BlocksTheApplicationsSignalsInItsThread) {
+  const std::set<int> blocked = BlockedSignalsOfAThread();
+
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2,
+                           SIGCHLD, SIGRTMIN, SIGRTMAX - 1}) {
+    EXPECT_EQ(1U, blocked.count(signal)) << signal;
+  }
+}
+
+TEST(ThreadWrapperTest, LeavesItsThreadTheSignalsOfItsErrors) {
+  const std::set<int> blocked = BlockedSignalsOfAThread();
+
+  for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) {
+    EXPECT_EQ(0U, blocked.count(signal)) << signal;
+  }
+}
+
+TEST(ThreadWrapperTest, LeavesTheCallersSignalsAsTheyAre) {
+  sigset_t own;
+  sigemptyset(&own);
+  sigaddset(&own, SIGUSR2);
+  pthread_sigmask(SIG_BLOCK, &own, nullptr);
+  const std::set<int> former = BlockedSignals();
+
+  BlockedSignalsOfAThread();
+
+  EXPECT_EQ(former, BlockedSignals());
+  EXPECT_EQ(1U, former.count(SIGUSR2));
+}
+
+TEST(ThreadWrapperTest, LeavesTheCallersSignalsAlsoWhenNoThreadCanBeMade) {
+  constexpr std::size_t kMoreThanThereIs = std::size_t{1} << 50;
+  ThreadWrapper thread;
+  int count = 0;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, kMoreThanThereIs);
+  const std::set<int> former = BlockedSignals();
+
+  EXPECT_EQ(EAGAIN, thread.StartThread(Increment, &count, &attributes, nullptr, false));
+  pthread_attr_destroy(&attributes);
+
+  EXPECT_EQ(former, BlockedSignals());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <locale>
 #include <new>
 
@@ -12,26 +13,18 @@ namespace Logger::Internal {
 
 namespace {
 
-// Larger texts than this give their memory back once they are written.
-constexpr std::size_t kLargestKept = std::size_t{64} * 1024;
-
-/// Empties a text at the end of its scope, whichever way the scope ends.
+/// Empties a buffer at the end of its scope, whichever way the scope ends.
 class Emptier {
  public:
-  explicit Emptier(std::string& text) : text_(text) {}
-  ~Emptier() {
-    text_.clear();
-    if (text_.capacity() > kLargestKept) std::string().swap(text_);
-  }
+  explicit Emptier(ByteBuffer& bytes) : bytes_(bytes) {}
+  ~Emptier() { bytes_.Clear(); }
 
   Emptier(const Emptier&) = delete;
   Emptier& operator=(const Emptier&) = delete;
 
  private:
-  std::string& text_;
+  ByteBuffer& bytes_;
 };
-
-constexpr std::size_t kRoomBehind = 256;
 
 }  // namespace
 
@@ -56,20 +49,20 @@ bool FileBuffer::Close() {
 
 bool FileBuffer::WriteCollected() {
   const Emptier emptier(collected_);
-  return file_.Write(collected_.data(), collected_.size());
+  return file_.Write(collected_.Data(), collected_.Size());
 }
 
-void FileBuffer::DropCollected() { const Emptier emptier(collected_); }
+void FileBuffer::DropCollected() { collected_.Clear(); }
 
 long long FileBuffer::Position() const {
   const off_t written = lseek(file_.Get(), 0, SEEK_CUR);
-  return written < 0 ? -1 : written + static_cast<off_t>(collected_.size());
+  return written < 0 ? -1 : written + static_cast<off_t>(collected_.Size());
 }
 
 FileBuffer::int_type FileBuffer::overflow(int_type character) {
   if (!IsOpen()) return traits_type::eof();
   if (!traits_type::eq_int_type(character, traits_type::eof())) {
-    collected_.push_back(traits_type::to_char_type(character));
+    *collected_.Extend(1) = traits_type::to_char_type(character);
   }
   return traits_type::not_eof(character);
 }
@@ -78,15 +71,15 @@ std::streamsize FileBuffer::xsputn(const char* text, std::streamsize length) {
   if (!IsOpen()) return 0;
   const auto size = static_cast<std::size_t>(length);
   try {
-    // With room for what a layout adds behind a long message, or the next character doubles it.
-    if (size > kLargestKept) collected_.reserve(collected_.size() + size + kRoomBehind);
-    collected_.append(text, size);
+    std::memcpy(collected_.Extend(size), text, size);
     return length;
   } catch (const std::bad_alloc&) {
     // In two pieces, then.
     return WriteCollected() && file_.Write(text, size) ? length : 0;
   }
 }
+
+void FileBuffer::imbue(const std::locale& locale) { isClassic_ = locale == std::locale::classic(); }
 
 int FileBuffer::sync() { return IsOpen() && WriteCollected() ? 0 : -1; }
 
@@ -121,6 +114,11 @@ void FileStream::Open(const std::string& fileName, bool append) {
 
 void FileStream::Close() {
   if (!buffer_.Close()) setstate(std::ios_base::failbit);
+}
+
+ByteBuffer* FileStream::PlainText() {
+  constexpr fmtflags kAsNew = skipws | dec;
+  return good() && width() == 0 && flags() == kAsNew ? buffer_.Collected() : nullptr;
 }
 
 void FileStream::WriteOut() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Clients/FileDescriptor.h"
+#include "Internal/ByteBuffer.h"
 
 namespace Logger::Internal {
 
@@ -25,6 +26,9 @@ class FileBuffer : public std::streambuf {
   /// could not be written is dropped.
   bool WriteCollected();
   void DropCollected();
+  /// What was collected, to append to; null when there is no open file, or a locale of someone's is
+  /// set.
+  ByteBuffer* Collected() { return IsOpen() && isClassic_ ? &collected_ : nullptr; }
 
   /// Where the next byte goes, behind what was collected; -1 when the file has no position.
   long long Position() const;
@@ -33,13 +37,15 @@ class FileBuffer : public std::streambuf {
   int_type overflow(int_type character) override;
   std::streamsize xsputn(const char* text, std::streamsize length) override;
   int sync() override;
+  void imbue(const std::locale& locale) override;
   pos_type seekoff(off_type offset, std::ios_base::seekdir from,
                    std::ios_base::openmode which) override;
   pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
  private:
   FileDescriptor file_;
-  std::string collected_;
+  ByteBuffer collected_;
+  bool isClassic_ = true;  // The locale is the one that the stream was given first.
 };
 
 /// An output stream to a file, with the states of a std::ofstream, that formats in the classic
@@ -52,6 +58,9 @@ class FileStream : public std::ostream {
   void Open(const std::string& fileName, bool append);  ///< Sets failbit, or clears the state.
   bool IsOpen() const { return buffer_.IsOpen(); }
   void Close();  ///< Sets failbit when the file was not open or could not be closed.
+  /// Where plain text can be appended to with the same effect as by insertion; null when the stream
+  /// has failed, or settings of a layout's own.
+  ByteBuffer* PlainText();
   /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
   /// it.
   void WriteOut();

@@ -1,7 +1,6 @@
 #include "LogClientConsole.h"
 
-#include <cxxabi.h>
-
+#include <exception>
 #include <iostream>
 
 #include "LogLayout.h"
@@ -18,10 +17,11 @@ bool LogClientConsole::Publish(const LogEvent& event) {
   try {
     layout_->FormatAndAppend(std::cout, event);
     std::cout.flush();
-  } catch (abi::__forced_unwind&) {
+  } catch (...) {
     // The stream takes the cancellation of the thread that waits in it for an error of its own, and
-    // would write nothing more.
-    std::cout.clear(stateBefore);
+    // would write nothing more. A cancellation is no exception that could be had as an object.
+    const bool isCancelled = std::current_exception() == nullptr;
+    if (isCancelled) std::cout.clear(stateBefore);
     throw;
   }
   return true;

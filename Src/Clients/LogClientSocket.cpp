@@ -46,6 +46,26 @@ class WholeFramesOnly {
   const std::size_t& sent_;
 };
 
+/// Closes a connection at the end of its scope, unless the answer came: one that comes too late
+/// would be taken for that to the next question. Also for a thread that is cancelled while it
+/// waits.
+class AnsweredOnly {
+ public:
+  explicit AnsweredOnly(SocketWrapper& socket) : socket_(socket) {}
+  ~AnsweredOnly() {
+    if (!isAnswered_) socket_.Close();
+  }
+
+  AnsweredOnly(const AnsweredOnly&) = delete;
+  AnsweredOnly& operator=(const AnsweredOnly&) = delete;
+
+  void IsAnswered() { isAnswered_ = true; }
+
+ private:
+  SocketWrapper& socket_;
+  bool isAnswered_ = false;
+};
+
 }  // namespace
 
 LogClientSocket::LogClientSocket(std::string serverAddress, int serverPort, bool asynchronous,
@@ -164,8 +184,8 @@ LogClientSocket::Sent LogClientSocket::SendBatch(std::size_t& failedFrame) {
 /// matter.
 void LogClientSocket::AwaitAnswer() {
   socket_.PushPending();
+  AnsweredOnly answeredOnly(socket_);
   char answer = 0;
   const int count = socket_.Recv(&answer, 1, SocketWrapper::kOwnDescriptor, timeout_);
-  // An answer that comes too late would be taken for that to the next question.
-  if (count < 0 && socket_.HasTimedOut()) socket_.Close();
+  if (count >= 0) answeredOnly.IsAnswered();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <utility>
+#include <string_view>
 
 #include "Core/LevelAccess.h"
 #include "Internal/TimeText.h"
@@ -11,16 +11,28 @@ namespace Logger::Internal {
 
 /// An event's fields where they stand: the getters return copies.
 struct EventAccess {
-  /// Gives a new event its content.
-  static void Fill(LogEvent& event, unsigned int level, logstring message, logstring handlerName,
-                   logstring fileName, int line, timeval time, int threadId) {
+  /// Fill an event, into the memory that its texts have from before.
+  static void SetTexts(LogEvent& event, std::string_view message, std::string_view handlerName,
+                       std::string_view fileName) {
+    event.message_ = message;
+    // These two are mostly what they were.
+    if (event.handlerName_ != handlerName) event.handlerName_ = handlerName;
+    if (event.fileName_ != fileName) event.fileName_ = fileName;
+  }
+  static void SetNumbers(LogEvent& event, unsigned int level, int line, timeval time,
+                         int threadId) {
     event.level_ = level;
-    event.message_ = std::move(message);
-    event.handlerName_ = std::move(handlerName);
-    event.fileName_ = std::move(fileName);
     event.line_ = line;
     event.time_ = time;
     event.threadId_ = threadId;
+  }
+
+  /// Lets go of the memory of texts that were longer than most.
+  static void GiveBackMuchMemory(LogEvent& event) {
+    constexpr std::size_t kLargestKept = 4096;
+    for (logstring* text : {&event.message_, &event.handlerName_, &event.fileName_}) {
+      if (text->capacity() > kLargestKept) logstring().swap(*text);
+    }
   }
 
   static const logstring& Message(const LogEvent& event) { return event.message_; }
@@ -33,7 +45,9 @@ struct EventAccess {
   static const logstring& FileName(const LogEvent& event) { return event.fileName_; }
 
   /// As DateTimeText: stays as it is until the thread asks for another event's.
-  static const char* DateTime(const LogEvent& event) { return DateTimeText(event.time_.tv_sec); }
+  static std::string_view DateTime(const LogEvent& event) {
+    return DateTimeText(event.time_.tv_sec);
+  }
 };
 
 }  // namespace Logger::Internal

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <utility>
+#include <string_view>
 
 #include "Core/EventAccess.h"
 #include "Internal/WireFormat.h"
@@ -54,9 +54,9 @@ class RecordReader {
     }
     return value;
   }
-  logstring Text(long long place, int length) {
-    if (length <= 0 || !Contains(place, length)) return logstring();
-    return logstring(record_ + place, static_cast<std::size_t>(length));
+  std::string_view Text(long long place, int length) {
+    if (length <= 0 || !Contains(place, length)) return {};
+    return {record_ + place, static_cast<std::size_t>(length)};
   }
 
  private:
@@ -78,19 +78,19 @@ bool Read(RecordReader reader, LogEvent& event) {
   // The places behind a text follow from its length as it stands, negative or not.
   const auto nextText = [&] {
     const int length = reader.Integer(place);
-    logstring text = reader.Text(place + kInteger, length);
+    const std::string_view text = reader.Text(place + kInteger, length);
     place += kInteger + length;
     return text;
   };
-  logstring message = nextText();
-  logstring handlerName = nextText();
-  logstring fileName = nextText();
+  const std::string_view message = nextText();
+  const std::string_view handlerName = nextText();
+  const std::string_view fileName = nextText();
   const int line = reader.Integer(place);
   const timeval time{reader.Integer(place + kInteger), reader.Integer(place + 2 * kInteger)};
   const int threadId = reader.Integer(place + 3 * kInteger);
   if (!reader.IsInside()) return false;
-  EventAccess::Fill(event, static_cast<unsigned int>(level), std::move(message),
-                    std::move(handlerName), std::move(fileName), line, time, threadId);
+  EventAccess::SetTexts(event, message, handlerName, fileName);
+  EventAccess::SetNumbers(event, static_cast<unsigned int>(level), line, time, threadId);
   return true;
 }
 

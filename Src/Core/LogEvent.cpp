@@ -72,7 +72,7 @@ logstring LogEvent::GetFileName() const {
 
 int LogEvent::GetLine() const { return line_; }
 
-logstring LogEvent::GetDateTime() const { return DateTimeText(time_.tv_sec); }
+logstring LogEvent::GetDateTime() const { return logstring(DateTimeText(time_.tv_sec)); }
 
 logstring LogEvent::GetDateTimeUsec() const {
   char microseconds[16];

@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "Core/EventAccess.h"
 #include "Core/LevelAccess.h"
 #include "Core/LivingHandlers.h"
 #include "Internal/ErrnoKeeper.h"
@@ -17,6 +18,7 @@
 
 using Logger::Internal::Contract;
 using Logger::Internal::ErrnoKeeper;
+using Logger::Internal::EventAccess;
 using Logger::Internal::FormattedText;
 using Logger::Internal::LevelAccess;
 using Logger::Internal::LivingHandlers;
@@ -33,6 +35,8 @@ bool IsRegistered(unsigned int level) {
   LogLevelManager* levels = Logger::GetLogLevelManager();
   return levels != nullptr && levels->ExistLogLevel(level);
 }
+
+LogEvent EmptyEvent() { return LogEvent(0, "", "", "", 0, timeval(), 0); }
 
 }  // namespace
 
@@ -88,6 +92,7 @@ LogHandler::LogHandler(const logstring& name)
       disabledCommon_(0),
       nextLiving_(nullptr),
       previousLiving_(nullptr),
+      event_(EmptyEvent()),
       distributions_(nullptr) {
   LivingHandlers::Enter(*this);
   LogHandler::Init();
@@ -196,12 +201,16 @@ bool LogHandler::Publish(const LogEvent& event) {
   if (!HandleLogEvent(level)) return false;
   const ThreadGuard guard(GetMutex());
   if (!HandleLogEvent(level)) return false;  // Switched off while this thread waited.
-  Distribute(event);
+  DistributeUnderLock(event);
   return true;
 }
 
 void LogHandler::Distribute(const LogEvent& event) const {
   const ThreadGuard guard(GetMutex());
+  DistributeUnderLock(event);
+}
+
+void LogHandler::DistributeUnderLock(const LogEvent& event) const {
   if (!IsDistributing(event)) Distribution(*this, event).Run();
 }
 
@@ -241,22 +250,22 @@ bool LogHandler::DebugLog(unsigned int level, const char* file, int line, const 
 }
 
 bool LogHandler::LogForce(unsigned int level, const char* text) {
-  if (!HandleLogEvent(level)) return false;
-  if (text == nullptr) return true;
-  return LogText(level, SourcePosition::Unknown(), text, std::strlen(text));
+  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::Unknown(), text);
 }
 
 bool LogHandler::DebugLogForce(unsigned int level, const logstring& file, int line,
                                const char* text) {
-  if (!HandleLogEvent(level)) return false;
-  if (text == nullptr) return true;
-  return LogText(level, SourcePosition::At(file, line), text, std::strlen(text));
+  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
 }
 
 bool LogHandler::DebugLogForce(unsigned int level, const char* file, int line, const char* text) {
-  if (!HandleLogEvent(level)) return false;
+  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
+}
+
+bool LogHandler::LogVerbatim(unsigned int level, const SourcePosition& position, const char* text) {
   if (text == nullptr) return true;
-  return LogText(level, SourcePosition::At(file, line), text, std::strlen(text));
+  const ErrnoKeeper errnoKeeper;
+  return PublishText(level, position, text, std::strlen(text));
 }
 
 /// Formats before it takes the lock: other threads' events need not wait for it.
@@ -265,20 +274,32 @@ bool LogHandler::LogArguments(unsigned int level, const SourcePosition& position
   const ErrnoKeeper errnoKeeper;
   const FormattedText text(format, arguments);
   if (text.Text() == nullptr) return true;
-  return LogText(level, position, text.Text(), text.Length());
+  return PublishText(level, position, text.Text(), text.Length());
 }
 
 /// Decides for good, under the lock, whether the text becomes an event, and distributes it.
-bool LogHandler::LogText(unsigned int level, const SourcePosition& position, const char* text,
-                         std::size_t length) {
-  const ErrnoKeeper errnoKeeper;
+bool LogHandler::PublishText(unsigned int level, const SourcePosition& position, const char* text,
+                             std::size_t length) {
   const ThreadGuard guard(GetMutex());
   if (!HandleLogEvent(level)) return false;
+  // A receiver that logs through this handler while an event is under way needs an event of its
+  // own.
+  if (distributions_ != nullptr) {
+    LogEvent event = EmptyEvent();
+    Fill(event, level, position, text, length);
+    DistributeUnderLock(event);
+    return true;
+  }
+  Fill(event_, level, position, text, length);
+  DistributeUnderLock(event_);
+  EventAccess::GiveBackMuchMemory(event_);
+  return true;
+}
+
+void LogHandler::Fill(LogEvent& event, unsigned int level, const SourcePosition& position,
+                      const char* text, std::size_t length) const {
   timeval now;
   gettimeofday(&now, nullptr);
-  const LogEvent event(level, logstring(text, length), name_,
-                       logstring(position.file, position.fileLength), position.line, now,
-                       LibKelUtilities::GetTid());
-  Distribute(event);
-  return true;
+  EventAccess::SetTexts(event, {text, length}, name_, {position.file, position.fileLength});
+  EventAccess::SetNumbers(event, level, position.line, now, LibKelUtilities::GetTid());
 }

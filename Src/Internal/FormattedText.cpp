@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "Internal/SimpleFormat.h"
 #include "LibKelUtilities/Vsnprintf.h"
 
 namespace Logger::Internal {
@@ -26,7 +27,13 @@ unsigned int FormattedText::NextCapacity(int result, unsigned int capacity) {
 FormattedText::FormattedText(const char* format, va_list arguments) {
   const int callersErrno = errno;
   unsigned int capacity = kFirstCapacity;
-  while (Grow(capacity)) {
+  if (!Grow(capacity)) return;
+  // A text that vsnprintf would have been trusted with in this first buffer.
+  if (FormatSimply(buffer_, kFirstCapacity - 1, format, arguments, length_)) {
+    isComplete_ = true;
+    return;
+  }
+  do {
     va_list afresh;
     va_copy(afresh, arguments);
     errno = callersErrno;
@@ -39,14 +46,18 @@ FormattedText::FormattedText(const char* format, va_list arguments) {
       isComplete_ = true;
       return;
     }
-  }
+  } while (Grow(capacity));
 }
 
 FormattedText::~FormattedText() { std::free(buffer_); }
 
 bool FormattedText::Grow(unsigned int capacity) {
   if (capacity > kLargestCapacity) return false;
-  void* grown = std::realloc(buffer_, capacity);
+  // The compiler must not know that there is no former buffer: it would call malloc then, and those
+  // who replace realloc would not see it.
+  char* former = buffer_;
+  asm volatile("" : "+r"(former));
+  void* grown = std::realloc(former, capacity);
   if (grown == nullptr) return false;
   buffer_ = static_cast<char*>(grown);
   return true;

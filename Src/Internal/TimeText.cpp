@@ -43,6 +43,7 @@ struct LocalSecond {
   time_t formattedAt;
   Zone zone;
   tm local;
+  std::size_t dateTimeLength;
   char dateTime[kDateTimeSize];
 };
 
@@ -59,9 +60,9 @@ const LocalSecond& LocalTime(long seconds) {
   }
   const Zone before = Zone::Current();
   last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
-  const bool hasText = last.isConvertible && strftime(last.dateTime, sizeof last.dateTime,
-                                                      "%Y-%m-%dT%H:%M:%S", &last.local) != 0;
-  if (!hasText) last.dateTime[0] = '\0';
+  last.dateTimeLength = last.isConvertible ? strftime(last.dateTime, sizeof last.dateTime,
+                                                      "%Y-%m-%dT%H:%M:%S", &last.local)
+                                           : 0;
   last.seconds = seconds;
   last.formattedAt = now;
   last.zone = Zone::Current();
@@ -72,7 +73,10 @@ const LocalSecond& LocalTime(long seconds) {
 
 }  // namespace
 
-const char* DateTimeText(long seconds) { return LocalTime(seconds).dateTime; }
+std::string_view DateTimeText(long seconds) {
+  const LocalSecond& second = LocalTime(seconds);
+  return {second.dateTime, second.dateTimeLength};
+}
 
 logstring DateText(long seconds) {
   char text[kPartSize];

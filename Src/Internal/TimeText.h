@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "LogString.h"
 
 namespace Logger::Internal {
@@ -8,7 +10,7 @@ namespace Logger::Internal {
 /// characters or cannot be converted. The text belongs to the calling thread and stays as it is
 /// until that thread asks for another one. A thread that asks for the same second again gets the
 /// text it has, unless the process's time zone changed meanwhile.
-const char* DateTimeText(long seconds);
+std::string_view DateTimeText(long seconds);
 
 logstring DateText(long seconds);       ///< "%Y-%m-%d", or empty.
 logstring TimeOfDayText(long seconds);  ///< "%H:%M:%S", or empty.

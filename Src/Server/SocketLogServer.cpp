@@ -10,6 +10,7 @@
 #include <new>
 #include <vector>
 
+#include "Core/EventAccess.h"
 #include "Core/EventRecord.h"
 #include "Internal/ReportError.h"
 #include "Internal/WireFormat.h"
@@ -19,6 +20,7 @@
 
 namespace WireFormat = Logger::Internal::WireFormat;
 using LibKelUtilities::ThreadWrapper;
+using Logger::Internal::EventAccess;
 using Logger::Internal::FrameParser;
 using Logger::Internal::ReadRecord;
 using Logger::Internal::ReportError;
@@ -75,6 +77,7 @@ class SocketLogServer::FrameReceiver : public FrameParser::Receiver {
     if (server_.stampThreadId_ > 0) event_.SetThreadId(server_.stampThreadId_);
     ++server_.eventCount_;
     data_.target->Publish(event_);
+    EventAccess::GiveBackMuchMemory(event_);
   }
 
   void ReceiveFlushRequest() override {
@@ -95,6 +98,7 @@ SocketLogServer::SocketLogServer()
       address_("127.0.0.1"),
       port_(0),
       isRunning_(false),
+      isTakingConnections_(false),
       protocolVersion_(0),
       stampThreadId_(0),
       maxFrameLength_(kDefaultMaxFrameLength),
@@ -105,7 +109,7 @@ SocketLogServer::SocketLogServer()
 
 SocketLogServer::~SocketLogServer() {
   static_cast<void>(Stop());
-  static_cast<void>(waitingThread_.FinishThread(kWithoutLimit));
+  AwaitEnd();
 }
 
 bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int port,
@@ -121,6 +125,7 @@ bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int p
   target_ = target;
   address_ = std::move(address);
   port_ = GetPort();
+  isTakingConnections_ = true;
   isRunning_ = true;
   stampThreadId_ = stampThreadId;
   const int result =
@@ -140,10 +145,13 @@ bool SocketLogServer::Stop() {
   return isWoken;
 }
 
+void SocketLogServer::AwaitEnd() { static_cast<void>(waitingThread_.FinishThread(kWithoutLimit)); }
+
 /// Connects to the server itself, so that the wait for a connection returns.
 bool SocketLogServer::WakeWaitingThread() {
   SocketWrapper visitor;
   if (visitor.Connect(address_, static_cast<unsigned short>(port_)) == 0) return true;
+  if (!isTakingConnections_) return true;  // It came to its end by itself meanwhile.
   ReportError("Stop", 61, visitor.GetLastErrorStr().c_str());
   return false;
 }
@@ -174,24 +182,28 @@ void SocketLogServer::WaitForConnections() {
       close(descriptor);  // The one that came to wake this thread.
     }
   }
+  isTakingConnections_ = false;
   Shutdown();  // Who connects now is refused, instead of waiting for nobody.
   DropAllConnections();
 }
 
 void SocketLogServer::StartReceiving(int descriptor) {
+  std::unique_ptr<RecvThreadData> data;
   try {
-    auto data = std::make_unique<RecvThreadData>(descriptor, target_, this);
+    data = std::make_unique<RecvThreadData>(descriptor, target_, this);
     auto thread = std::make_unique<ThreadWrapper>();
     const auto entry = connections_.emplace(thread.get(), data.get()).first;
+    ++connectionCount_;  // Before anything of it can be seen.
     if (thread->StartThread(RecvThread, data.get(), nullptr, nullptr, false) == 0) {
-      ++connectionCount_;
       static_cast<void>(thread.release());  // The table owns them now.
       static_cast<void>(data.release());
     } else {
+      --connectionCount_;
       connections_.erase(entry);
     }
   } catch (const std::bad_alloc&) {
     // The connection is lost, the server goes on.
+    if (data == nullptr) close(descriptor);
   }
 }
 

@@ -146,7 +146,7 @@ TEST_F(FrameParserTest, FindsTheSameByteByByte) {
 TEST_F(FrameParserTest, FindsTheSameInAnyPieces) {
   std::mt19937 random(4711);
   for (int round = 0; round < 500; ++round) {
-    const unsigned int rarity = 2 + random() % 60;
+    const auto rarity = 2 + random() % 60;
     std::vector<std::size_t> cuts;
     for (std::size_t cut = 1; cut < kStream.size(); ++cut) {
       if (random() % rarity == 0) cuts.push_back(cut);

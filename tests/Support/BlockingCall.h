@@ -51,6 +51,12 @@ class BlockingCall {
     }
   }
 
+  /// Cancels the thread, which then has no result.
+  void Cancel() {
+    pthread_cancel(thread_.native_handle());
+    thread_.join();
+  }
+
   int Result() {
     thread_.join();
     return result_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 /// The descriptor under which this process has a file open, or -1.
@@ -13,4 +14,10 @@ inline int DescriptorOf(const std::string& path) {
     }
   }
   return -1;
+}
+
+/// How many descriptors this process has open.
+inline long OpenDescriptors() {
+  const std::filesystem::directory_iterator first("/proc/self/fd");
+  return std::distance(begin(first), end(first)) - 1;  // Without the folder's own.
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <vector>
 
@@ -13,3 +15,23 @@ struct ProcessResult {
 
 /// Runs a program to its end, with these bytes on its standard input.
 ProcessResult RunProgram(const std::vector<std::string>& command, const std::string& input = "");
+
+/// A program that runs beside the test, and ends with it at the latest.
+class RunningProgram {
+ public:
+  explicit RunningProgram(const std::vector<std::string>& command);
+  ~RunningProgram();
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+
+  /// The next line that it prints on standard output, without the line feed. Empty when it ended.
+  std::string ReadLine();
+  void Signal(int signal) const;
+  /// Waits until it has ended. The output is what was not read of it as lines.
+  ProcessResult Wait();
+
+ private:
+  pid_t child_ = 0;
+  int output_ = -1;
+  int errors_ = -1;
+};

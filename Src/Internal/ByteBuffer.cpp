@@ -1,0 +1,26 @@
+#include "Internal/ByteBuffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Logger::Internal {
+
+ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
+
+void ByteBuffer::Grow(std::size_t count) {
+  // With some room behind: what follows a long text is short.
+  constexpr std::size_t kRoomBehind = 256;
+  const std::size_t needed = size_ + count + kRoomBehind;
+  const std::size_t capacity = size_ < kLargestKept ? std::max(needed, 2 * capacity_) : needed;
+  std::unique_ptr<char[]> grown(new char[capacity]);
+  if (size_ > 0) std::memcpy(grown.get(), bytes_.get(), size_);
+  bytes_ = std::move(grown);
+  capacity_ = capacity;
+}
+
+void ByteBuffer::GiveBack() {
+  bytes_.reset();
+  capacity_ = 0;
+}
+
+}  // namespace Logger::Internal

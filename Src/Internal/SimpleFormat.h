@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+
+namespace Logger::Internal {
+
+/// Formats what most messages consist of: texts, %%, and the conversions d, i, u, x, s and c, where
+/// the numbers may have the lengths l, ll and z, without flags, width or precision. Every byte is
+/// the one that vsnprintf would write.
+///
+/// False, with no particular content in the buffer, when the format has anything else, when a text
+/// is null, or when the whole text and its terminator have no room in `size` bytes: that is
+/// vsnprintf's then.
+bool FormatSimply(char* buffer, std::size_t size, const char* format, va_list arguments,
+                  std::size_t& length) __attribute__((format(printf, 3, 0)));
+
+}  // namespace Logger::Internal

@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "LogClientSocket.h"
+#include "Support/Events.h"
+#include "Support/Files.h"
+#include "Support/Process.h"
+#include "Support/ServingProgram.h"
+#include "Support/Sockets.h"
+#include "Support/TemporaryFolder.h"
+#include "Support/WireBytes.h"
+
+namespace {
+
+typedef std::vector<std::string> Words;
+
+Words operator+(Words first, const Words& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+/// The handlers "default" and "net" write messages into files of their own; "lonely" has no client.
+class LoggerctlServeTest : public testing::Test {
+ protected:
+  LoggerctlServeTest()
+      : ini_(File("serve.ini",
+                  "loglevel = 1\nloglevel.1.name = ERROR\n"
+                  "loghandler = default net lonely\n"
+                  "logclient = plain net\n" +
+                      FileClient("plain", "default") + FileClient("net", "net"))) {}
+
+  std::string File(const std::string& name, const std::string& content) const {
+    const std::string path = folder_.Path(name);
+    WriteFile(path, content);
+    return path;
+  }
+  std::string FileClient(const std::string& name, const std::string& handler) const {
+    const std::string client = "logclient." + name;
+    return client + ".type = LogClientFile\n" + client + ".handler = " + handler + "\n" + client +
+           ".layout = LogLayoutMessage\n" + client + ".parameter.0.name = filename\n" + client +
+           ".parameter.0.value = " + folder_.Path(handler + ".log") + "\n";
+  }
+
+  Words Config() const { return {"--config", ini_}; }
+  Words Served(const std::string& handler = "default") const {
+    return Lines(folder_.Path(handler + ".log"));
+  }
+
+  /// The command with what it cannot use.
+  ProcessResult Run(const Words& words) const {
+    return RunProgram(Words{LOGGERCTL, "serve"} + words);
+  }
+
+  TemporaryFolder folder_;
+  const std::string ini_;
+};
+
+/// Sends events, and waits until the server has taken them.
+void Send(int port, const Words& messages, const std::string& address = "127.0.0.1") {
+  LogClientSocket client(address, port, true, 0);
+  for (const std::string& message : messages) client.Publish(EventWith(message));
+  EXPECT_TRUE(client.SendToServer(true));
+}
+
+void ExpectUnusable(const std::string& errors, const ProcessResult& result) {
+  EXPECT_EQ(2, result.exitCode);
+  EXPECT_EQ("", result.output);
+  EXPECT_EQ(errors, result.errors);
+}
+
+TEST_F(LoggerctlServeTest, TellsWhereItListens) {
+  ServingProgram server(LOGGERCTL, Config());
+
+  EXPECT_GT(server.Port(), 0);
+  EXPECT_EQ("listening on 127.0.0.1 port " + std::to_string(server.Port()), server.Greeting());
+}
+
+TEST_F(LoggerctlServeTest, LogsWhatItReceivesAndReportsIt) {
+  ServingProgram server(LOGGERCTL, Config());
+  Send(server.Port(), {"one", "two"});
+  Send(server.Port(), {"three"});
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("served 2 connections and 3 events, rejected 0 frames\n", result.output);
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ((Words{"one", "two", "three"}), Served());
+}
+
+TEST_F(LoggerctlServeTest, StopsOnEitherSignal) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    ServingProgram server(LOGGERCTL, Config());
+
+    const ProcessResult result = server.Stop(signal);
+
+    EXPECT_EQ(0, result.exitCode) << signal;
+    EXPECT_EQ(0, result.signal) << signal;
+    EXPECT_EQ("served 0 connections and 0 events, rejected 0 frames\n", result.output);
+    EXPECT_EQ("", result.errors);
+  }
+}
+
+TEST_F(LoggerctlServeTest, CountsOneOfEachAsOne) {
+  ServingProgram server(LOGGERCTL, Config());
+  PlainConnection client = PlainConnection::To(server.Port());
+  client.Send(kVersionOne + Frame("no record") + FrameOf(EventWith("one")) + kFlushRequest);
+  EXPECT_EQ(5U, client.Receive(5).size());
+
+  EXPECT_EQ("served 1 connection and 1 event, rejected 1 frame\n", server.Stop().output);
+}
+
+TEST_F(LoggerctlServeTest, HasWrittenAllThatWasFlushedWhenItIsStoppedAmongIdleConnections) {
+  ServingProgram server(LOGGERCTL, Config());
+  Words messages;
+  for (int number = 0; number < 5000; ++number) messages.push_back(std::to_string(number));
+  LogClientSocket client("127.0.0.1", server.Port(), true, 0);
+  const PlainConnection idle = PlainConnection::To(server.Port());
+  for (const std::string& message : messages) client.Publish(EventWith(message));
+  EXPECT_TRUE(client.SendToServer(true));
+
+  const ProcessResult result = server.Stop(SIGINT);
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(messages, Served());
+}
+
+TEST_F(LoggerctlServeTest, LogsThroughTheNamedHandler) {
+  ServingProgram server(LOGGERCTL, Config() + Words{"--handler", "net"});
+  Send(server.Port(), {"one"});
+
+  EXPECT_EQ(0, server.Stop().exitCode);
+
+  EXPECT_EQ(Words{"one"}, Served("net"));
+  EXPECT_EQ(Words{}, Served());
+}
+
+TEST_F(LoggerctlServeTest, ReadsAnXmlConfiguration) {
+  const std::string xml = File(
+      "serve.xml",
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<configlogger>\n<logging enable=\"true\"/>\n"
+      "<loglevel id=\"1\" name=\"ERROR\"/>\n<loghandler name=\"default\"/>\n"
+      "<logclient><type type=\"LogClientFile\"/><clientloghandler handlername=\"default\"/>"
+      "<parameter name=\"filename\" value=\"" +
+          folder_.Path("xml.log") +
+          "\"/><layout layout=\"LogLayoutMessage\"/></logclient>\n"
+          "<logtree><loghandler name=\"default\"/></logtree>\n</configlogger>\n");
+  ServingProgram server(LOGGERCTL, {"--config", xml});
+  Send(server.Port(), {"one"});
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(Words{"one"}, Served("xml"));
+}
+
+TEST_F(LoggerctlServeTest, ListensOnTheGivenAddress) {
+  ServingProgram server(LOGGERCTL, Config() + Words{"--address", "::1"});
+  EXPECT_EQ("listening on ::1 port " + std::to_string(server.Port()), server.Greeting());
+  Send(server.Port(), {"one"}, "::1");
+
+  EXPECT_EQ("served 1 connection and 1 event, rejected 0 frames\n", server.Stop().output);
+
+  EXPECT_EQ(Words{"one"}, Served());
+}
+
+TEST_F(LoggerctlServeTest, ListensOnTheGivenPort) {
+  int port = 0;
+  {
+    ServingProgram first(LOGGERCTL, Config());
+    port = first.Port();
+    Send(port, {"one"});
+    first.Stop();
+  }
+
+  ServingProgram second(LOGGERCTL, Config() + Words{"--port", std::to_string(port)});
+
+  EXPECT_EQ("listening on 127.0.0.1 port " + std::to_string(port), second.Greeting());
+  Send(port, {"two"});
+}
+
+TEST_F(LoggerctlServeTest, StampsTheThreadId) {
+  // No layout shows it: the event goes on to another server.
+  PlainListener listener;
+  const std::string config =
+      File("forward.ini",
+           "loglevel = 1\nloglevel.1.name = ERROR\nlogclient = s\n"
+           "logclient.s.type = LogClientSocket\nlogclient.s.handler = default\n"
+           "logclient.s.parameter.0.name = serverip\nlogclient.s.parameter.0.value = 127.0.0.1\n"
+           "logclient.s.parameter.1.name = serverport\nlogclient.s.parameter.1.value = " +
+               std::to_string(listener.Port()) + "\n");
+  PlainConnection forwarded{-1};
+  std::thread acceptor([&] {
+    forwarded = listener.Accept();
+    EXPECT_EQ(kVersionOne, forwarded.Receive(4));
+    forwarded.Send(kVersionOne);
+  });
+  ServingProgram server(LOGGERCTL, {"--config", config, "--stamp-thread-id", "5"});
+  acceptor.join();
+
+  Send(server.Port(), {"one"});
+
+  LogEvent stamped = EventWith("one");
+  stamped.SetThreadId(5);
+  EXPECT_EQ(FrameOf(stamped), forwarded.Receive(FrameOf(stamped).size()));
+}
+
+TEST_F(LoggerctlServeTest, WarnsWhenNothingIsWritten) {
+  ServingProgram server(LOGGERCTL, Config() + Words{"--handler", "lonely"});
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(
+      "loggerctl serve: warning: handler 'lonely' reaches no client; nothing will be written\n",
+      result.errors);
+}
+
+TEST_F(LoggerctlServeTest, DoesNotKnowAnUnknownHandler) {
+  const ProcessResult result = Run(Config() + Words{"--handler", "Net"});
+
+  EXPECT_EQ(2, result.exitCode);
+  EXPECT_EQ("", result.output);
+  EXPECT_EQ(0U, result.errors.find("loggerctl: unknown handler 'Net'; there are "))
+      << result.errors;
+}
+
+TEST_F(LoggerctlServeTest, DoesNotListenOnAPortThatIsTaken) {
+  const PlainListener listener;
+  const std::string port = std::to_string(listener.Port());
+
+  ExpectUnusable(
+      "loggerctl: cannot listen on 127.0.0.1 port " + port + ": Address already in use\n",
+      Run(Config() + Words{"--port", port}));
+}
+
+TEST_F(LoggerctlServeTest, DoesNotListenOnAnAddressItCannotHave) {
+  ExpectUnusable("loggerctl: cannot listen on 192.0.2.1 port 0: Cannot assign requested address\n",
+                 Run(Config() + Words{"--address", "192.0.2.1"}));
+  ExpectUnusable("loggerctl: cannot listen on no host port 0: Name or service not known\n",
+                 Run(Config() + Words{"--address", "no host"}));
+}
+
+TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoPort) {
+  for (const std::string port : {"-1", "65536", "http", "", "80x"}) {
+    const ProcessResult result = Run(Config() + Words{"--port", port});
+
+    EXPECT_EQ(2, result.exitCode) << port;
+    EXPECT_EQ("", result.output) << port;
+    EXPECT_NE(std::string::npos, result.errors.find("--port")) << result.errors;
+  }
+}
+
+TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoThreadId) {
+  for (const std::string id : {"-1", "x", "2147483648"}) {
+    const ProcessResult result = Run(Config() + Words{"--stamp-thread-id", id});
+
+    EXPECT_EQ(2, result.exitCode) << id;
+    EXPECT_EQ("", result.output) << id;
+    EXPECT_NE(std::string::npos, result.errors.find("--stamp-thread-id")) << result.errors;
+  }
+}
+
+TEST_F(LoggerctlServeTest, NeedsAConfigurationThatCanBeRead) {
+  const std::string missing = folder_.Path("missing.ini");
+
+  ExpectUnusable("loggerctl: " + missing + ": No such file or directory\n",
+                 Run({"--config", missing}));
+  EXPECT_EQ(2, Run({}).exitCode);
+}
+
+TEST_F(LoggerctlServeTest, HelpsOnStandardOutput) {
+  const ProcessResult result = Run({"--help"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("", result.errors);
+  for (const char* const part :
+       {"--config", "--handler", "--address", "--port", "--stamp-thread-id"}) {
+    EXPECT_NE(std::string::npos, result.output.find(part)) << part;
+  }
+}
+
+}  // namespace
