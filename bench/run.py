@@ -207,24 +207,25 @@ def measure(bench, case, rounds):
     return results
 
 
-def first_line(command):
-    done = subprocess.run(command, capture_output=True, text=True, check=False)
-    return done.stdout.strip().splitlines()[0] if done.stdout.strip() else "unknown"
+def told_line(command, index=0):
+    """A line of what the command prints; the first, unless told otherwise."""
+    done = subprocess.run(command, capture_output=True, text=True, check=True)
+    return done.stdout.splitlines()[index].strip()
 
 
 def conditions(folder, rounds):
     """What the figures depend on."""
     model = re.search(r"model name\s*:\s*(.*)", pathlib.Path("/proc/cpuinfo").read_text())
-    versions = {program: first_line(["dpkg-query", "-W", "-f", "${Version}", package])
+    versions = {program: told_line(["dpkg-query", "-W", "-f", "${Version}", package])
                 for program, package in PACKAGES.items()}
     return {
         "date": datetime.date.today().isoformat(),
         "rounds": rounds,
         "processor": model[1] if model else platform.machine(),
         "cores": len(os.sched_getaffinity(0)),
-        "kernel": platform.release(),
-        "file_system": first_line(["stat", "-f", "-c", "%T", str(folder)]),
-        "compiler": first_line(["c++", "--version"]),
+        "kernel": re.match(r"[\d.]+", platform.release())[0],
+        "file_system": told_line(["df", "--output=fstype", folder], index=-1),
+        "compiler": told_line(["c++", "--version"]),
         "versions": versions,
     }
 
@@ -244,7 +245,7 @@ def main():
     parser.add_argument("cases", metavar="CASE", nargs="*",
                         help="such as file-1, or file for all that begin so; all without it")
     parser.add_argument("--build", type=pathlib.Path, required=True, help="build folder")
-    parser.add_argument("--rounds", type=int, default=7, help="at least 5; 7 without it")
+    parser.add_argument("--rounds", type=int, default=15, help="at least 5; 15 without it")
     parser.add_argument("--publish", action="store_true",
                         help="replace table, chart and JSON in docs with this run's")
     options = parser.parse_args()

@@ -4,6 +4,7 @@
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
+#include "LoggerMacros.h"
 
 namespace {
 constexpr unsigned int kError = 1;
@@ -16,6 +17,6 @@ int main() {
   LogHandler* log = Logger::GetDefaultLogHandler();
   log->AddLogClient(new LogClientConsole);  // The library deletes it when the process ends.
 
-  log->Log(kInfo, "listening on port %d", 8080);
-  log->Log(kError, "%s: %d requests lost", "backend", 3);
+  LOGGER_LOG(log, kInfo, "listening on port %d", 8080);
+  LOGGER_LOG(log, kError, "%s: %d requests lost", "backend", 3);
 }

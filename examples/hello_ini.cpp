@@ -5,6 +5,7 @@
 #include "LogConfiguratorIni.h"
 #include "LogHandler.h"
 #include "Logger.h"
+#include "LoggerMacros.h"
 
 int main(int argc, char** argv) {
   const char* const file = argc > 1 ? argv[1] : "hello.ini";
@@ -13,6 +14,6 @@ int main(int argc, char** argv) {
     return 1;
   }
   LogHandler* log = Logger::GetLogHandler("net");
-  log->Log(3, "listening on port %d", 8080);
-  log->Log(1, "%s: %d requests lost", "backend", 3);
+  LOGGER_LOG(log, 3, "listening on port %d", 8080);
+  LOGGER_LOG(log, 1, "%s: %d requests lost", "backend", 3);
 }

@@ -77,6 +77,11 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool IsEnabledFor(unsigned int level) const;
   /// Whether an event of this level is accepted: the handler active, the level registered and on.
   bool HandleLogEvent(unsigned int level) const;
+  /// A quick look ahead, for the place that logs: false only when Log would return false. True may
+  /// still become false in Log, which tests again.
+  bool MayLog(unsigned int level) const noexcept {
+    return level >= kLevelsInWord || (rejectedLevels_.load() >> level & 1) == 0;
+  }
 
   /// Attaches a receiver behind the others. False when it is attached already. The receiver must
   /// not be null: the process ends. It stays the caller's and must outlive the attachment.
@@ -115,6 +120,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   friend class Logger::LogManager;
   friend class Logger::Internal::LivingHandlers;
 
+  static constexpr unsigned int kLevelsInWord = 64;
+
   struct SourcePosition;
   class Distribution;
 
@@ -123,9 +130,9 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   logstring name_;
   std::atomic<bool> active_;
 
-  // Bit n is set when level n would be rejected. It repeats, for the levels that everybody uses,
-  // what the level registry, the list above and the master switch say; LivingHandlers keeps it in
-  // step.
+  // Bit n is set when level n would be rejected. Its place is known to programs that were built
+  // with LoggerMacros.h: it must not move. It repeats, for the levels that everybody uses, what the
+  // level registry, the list above and the master switch say; LivingHandlers keeps it in step.
   std::atomic<std::uint64_t> rejectedLevels_;
   std::uint64_t disabledCommon_;  // The list above as bits. Guarded by LivingHandlers.
   LogHandler* nextLiving_;        // The list of all living handlers. Guarded by LivingHandlers.

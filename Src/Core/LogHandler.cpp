@@ -148,7 +148,8 @@ bool LogHandler::IsDisabled(unsigned int level) const {
 }
 
 bool LogHandler::HandleLogEvent(unsigned int level) const {
-  if (level < LevelAccess::kCommonLevels) return (rejectedLevels_ >> level & 1) == 0;
+  static_assert(kLevelsInWord == LevelAccess::kCommonLevels);
+  if (level < kLevelsInWord) return MayLog(level);
   return active_ && IsRegistered(level) && IsEnabledFor(level);
 }
 

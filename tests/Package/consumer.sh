@@ -22,15 +22,18 @@ case "$way" in
     export PKG_CONFIG_PATH
     # The flags are words, to be split.
     # shellcheck disable=SC2046
-    "$compiler" -std=c++11 "$here/consumer/main.cpp" -o consumer $(pkg-config --cflags --libs liblogger)
+    "$compiler" -std=c++11 -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" -o consumer $(pkg-config --cflags --libs liblogger)
     LD_LIBRARY_PATH=$(pkg-config --variable=libdir liblogger)
     export LD_LIBRARY_PATH
     ;;
   *) exit 2 ;;
 esac
 
-./consumer >output
+./consumer | sed 's/[^ ]*main.cpp:[0-9][0-9]* \(four\|five\|six\)/main.cpp:LINE \1/' >output
 diff - output <<'TXT'
 > default ERROR :0 one has 1
 > default ERROR main.cpp:42 3
+> default ERROR main.cpp:LINE four
+> default ERROR main.cpp:LINE five 5
+> default ERROR main.cpp:LINE six
 TXT

@@ -1,5 +1,5 @@
-// An application as users write them, with a layout and a client kind of its own. It prints a line for
-// each event that its own client got, and ends with 1 when something was not as it should be.
+// An application as users write them, with a layout and a client kind of its own. It prints a line
+// for each event that its own client got, and ends with 1 when something was not as it should be.
 
 #include <cstdio>
 #include <fstream>
@@ -18,14 +18,15 @@
 #include "LogLayoutFactory.h"
 #include "LogProperties.h"
 #include "Logger.h"
+#include "LoggerMacros.h"
 
 namespace {
 
 class LayoutWithHandler : public LogLayout {
  public:
   void FormatAndAppend(std::ostream& out, const LogEvent& event) override {
-    out << event.GetLogHandlerName() << " " << event.GetLogLevelName() << " "
-        << event.GetFileName() << ":" << event.GetLine() << " " << event.GetLogMessage();
+    out << event.GetLogHandlerName() << " " << event.GetLogLevelName() << " " << event.GetFileName()
+        << ":" << event.GetLine() << " " << event.GetLogMessage();
   }
 };
 
@@ -47,7 +48,9 @@ class ClientThatPrints : public LogClient {
 };
 
 LogLayout* CreateLayout() { return new LayoutWithHandler; }
-LogClient* CreateClient(const LogProperties& properties) { return new ClientThatPrints(properties); }
+LogClient* CreateClient(const LogProperties& properties) {
+  return new ClientThatPrints(properties);
+}
 
 bool Configure(const char* file) {
   std::ofstream configuration(file);
@@ -78,6 +81,12 @@ int main() {
   const bool isLogged = log->Log(1, "%s has %d", "one", 1);
   const bool isFiltered = log->Log(2, "two");  // By the handler below, not by this one.
   LogFormater(1, "src\\main.cpp", 42).Log(log, "%c", '3');
+  LOGGER_LOG(log, 1, "four");
+  LOGGER_LOG(log, 1, "%s %d", "five", 5);
+  if (!log->MayLog(3))
+    LOGGER_LOG(log, 1, "six");
+  else
+    LOGGER_LOG(log, 1, "not six");
   const bool isUnknown = log->Log(3, "three");
   return isLogged && isFiltered && !isUnknown ? 0 : 1;
 }
