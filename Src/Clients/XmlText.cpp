@@ -1,5 +1,6 @@
 #include "Clients/XmlText.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace Logger::Internal {
@@ -18,6 +19,9 @@ bool IsAllowed(std::uint32_t codePoint) {
   if (codePoint < 0x20) return codePoint == '\t' || codePoint == '\n' || codePoint == '\r';
   return codePoint != 0xFFFE && codePoint != 0xFFFF;
 }
+
+/// What most texts consist of altogether.
+bool IsPlain(char character) { return character >= ' ' && character <= '~'; }
 
 /// The lengths of UTF-8: what its first byte says, and the smallest code point that needs so many
 /// bytes.
@@ -57,6 +61,7 @@ Character CharacterAt(const logstring& text, std::size_t position) {
 }  // namespace
 
 logstring WithoutForbiddenCharacters(const logstring& text) {
+  if (std::all_of(text.begin(), text.end(), IsPlain)) return text;
   logstring clean;
   clean.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {

@@ -44,6 +44,7 @@ struct LocalSecond {
   Zone zone;
   tm local;
   std::size_t dateTimeLength;
+  std::size_t dateLength;  // Of what stands before the T, if there is a text.
   char dateTime[kDateTimeSize];
 };
 
@@ -63,6 +64,7 @@ const LocalSecond& LocalTime(long seconds) {
   last.dateTimeLength = last.isConvertible ? strftime(last.dateTime, sizeof last.dateTime,
                                                       "%Y-%m-%dT%H:%M:%S", &last.local)
                                            : 0;
+  last.dateLength = std::string_view(last.dateTime, last.dateTimeLength).find('T');
   last.seconds = seconds;
   last.formattedAt = now;
   last.zone = Zone::Current();
@@ -79,14 +81,19 @@ std::string_view DateTimeText(long seconds) {
 }
 
 logstring DateText(long seconds) {
-  char text[kPartSize];
   const LocalSecond& second = LocalTime(seconds);
+  if (second.dateTimeLength > 0) return {second.dateTime, second.dateLength};
+  char text[kPartSize];  // A year that has no room with the time may have some without.
   return {text, second.isConvertible ? strftime(text, sizeof text, "%Y-%m-%d", &second.local) : 0};
 }
 
 logstring TimeOfDayText(long seconds) {
-  char text[kPartSize];
   const LocalSecond& second = LocalTime(seconds);
+  if (second.dateTimeLength > 0) {
+    const std::size_t start = second.dateLength + 1;
+    return {second.dateTime + start, second.dateTimeLength - start};
+  }
+  char text[kPartSize];
   return {text, second.isConvertible ? strftime(text, sizeof text, "%H:%M:%S", &second.local) : 0};
 }
 

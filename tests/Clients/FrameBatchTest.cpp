@@ -34,24 +34,9 @@ TEST(FrameBatchTest, IsEmptyWhenNew) {
 TEST(FrameBatchTest, PutsAHeaderBeforeARecord) {
   FrameBatch batch;
 
-  batch.Append(LogEvent(3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7));
+  batch.Append(SmallEvent());
 
-  EXPECT_EQ(std::string("\1"
-                        "\0\0\0\x2B"
-                        "01"
-                        "\0\0\0\3"
-                        "\0\0\0\3"
-                        "abc"
-                        "\0\0\0\1"
-                        "h"
-                        "\0\0\0\5"
-                        "f.cpp"
-                        "\0\0\0\x2A"
-                        "\0\0\0\1"
-                        "\0\0\0\2"
-                        "\0\0\0\7",
-                        48),
-            BytesOf(batch));
+  EXPECT_EQ(kSmallFrame, BytesOf(batch));
   EXPECT_EQ(1U, batch.FrameCount());
 }
 

@@ -343,24 +343,9 @@ TEST_F(LogClientSocketTest, IsAsynchronousOnlyWithExactlyOne) {
 TEST_F(LogClientSocketTest, SendsEachEventAtOnce) {
   Connect(kSynchronous);
 
-  EXPECT_TRUE(client_->Publish(LogEvent(3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7)));
+  EXPECT_TRUE(client_->Publish(SmallEvent()));
 
-  EXPECT_EQ(std::string("\1"
-                        "\0\0\0\x2B"
-                        "01"
-                        "\0\0\0\3"
-                        "\0\0\0\3"
-                        "abc"
-                        "\0\0\0\1"
-                        "h"
-                        "\0\0\0\5"
-                        "f.cpp"
-                        "\0\0\0\x2A"
-                        "\0\0\0\1"
-                        "\0\0\0\2"
-                        "\0\0\0\7",
-                        48),
-            connection_.Receive(48));
+  EXPECT_EQ(kSmallFrame, connection_.Receive(48));
   EXPECT_TRUE(client_->Publish(EventWith("")));
   EXPECT_EQ(FrameOf(EventWith("")), ReceiveFrameOf(EventWith("")));
   EXPECT_EQ("", SentUpToNow());

@@ -19,23 +19,7 @@ using Logger::Internal::ReadRecord;
 using Logger::Internal::RecordSize;
 using Logger::Internal::WriteRecord;
 
-LogEvent SmallEvent() { return {3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7}; }
 LogEvent OtherEvent() { return {99, "other", "one", "before", 98, timeval{97, 96}, 95}; }
-
-const std::string kSmallRecord(
-    "01"
-    "\0\0\0\3"
-    "\0\0\0\3"
-    "abc"
-    "\0\0\0\1"
-    "h"
-    "\0\0\0\5"
-    "f.cpp"
-    "\0\0\0\x2A"
-    "\0\0\0\1"
-    "\0\0\0\2"
-    "\0\0\0\7",
-    43);
 
 /// The record that the event gives out.
 std::string StreamOf(const LogEvent& event) {

@@ -26,4 +26,14 @@ TEST(ExitTest, WritesWhatAtexitHandlersAndStaticDestructorsLog) {
       Content(folder.Path("exit.log")));
 }
 
+TEST(ExitTest, EndsAlsoWhenAThreadIsStuckInAClient) {
+  const TemporaryFolder folder;
+
+  const ProcessResult result = RunProgram({EXIT_PROGRAM, folder.Path("exit.log"), "stuck"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ("destructor of a static object", Lines(folder.Path("exit.log")).back());
+}
+
 }  // namespace

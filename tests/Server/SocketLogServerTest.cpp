@@ -117,21 +117,7 @@ TEST_F(SocketLogServerTest, PublishesTheEventOfAFrame) {
   Start();
   PlainConnection client = ClientOf(server_);
 
-  SendAndFlush(client, std::string("\1"
-                                   "\0\0\0\x2B"
-                                   "01"
-                                   "\0\0\0\3"
-                                   "\0\0\0\3"
-                                   "abc"
-                                   "\0\0\0\1"
-                                   "h"
-                                   "\0\0\0\5"
-                                   "f.cpp"
-                                   "\0\0\0\x2A"
-                                   "\0\0\0\1"
-                                   "\0\0\0\2"
-                                   "\0\0\0\7",
-                                   48));
+  SendAndFlush(client, kSmallFrame);
 
   const std::vector<LogEvent> events = target_.Events();
   ASSERT_EQ(1U, events.size());

@@ -7,6 +7,24 @@
 
 /// What travels between a socket client and a log server, put together byte by byte.
 
+/// An event, and its record and frame spelled out.
+inline LogEvent SmallEvent() { return {3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7}; }
+inline const std::string kSmallRecord(
+    "01"
+    "\0\0\0\3"
+    "\0\0\0\3"
+    "abc"
+    "\0\0\0\1"
+    "h"
+    "\0\0\0\5"
+    "f.cpp"
+    "\0\0\0\x2A"
+    "\0\0\0\1"
+    "\0\0\0\2"
+    "\0\0\0\7",
+    43);
+inline const std::string kSmallFrame = std::string("\1\0\0\0\x2B", 5) + kSmallRecord;
+
 /// Four bytes, the most significant first.
 inline std::string Number(long value) {
   const auto bits = static_cast<std::uint32_t>(value);
