@@ -10,32 +10,24 @@
 
 namespace Logger::Internal {
 
-namespace {
-
-constexpr std::size_t kLargestKept = std::size_t{256} * 1024;
-
-}  // namespace
-
 FrameBatch::FrameBatch() = default;
 
 void FrameBatch::Append(const LogEvent& event) {
   const std::size_t recordSize = RecordSize(event);
   if (recordSize > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     throw std::bad_alloc();
-  const std::size_t start = bytes_.size();
-  ends_.push_back(start + WireFormat::kFrameHeaderSize + recordSize);
-  bytes_.resize(ends_.back());
-  char* const frame = bytes_.data() + start;
+  const std::size_t size = WireFormat::kFrameHeaderSize + recordSize;
+  ends_.push_back(bytes_.Size() + size);
+  char* const frame = bytes_.Extend(size);
   frame[0] = WireFormat::kEventFrame;
   IntToBuf(reinterpret_cast<unsigned char*>(frame + 1), static_cast<int>(recordSize));
   WriteRecord(event, frame + WireFormat::kFrameHeaderSize);
 }
 
-void FrameBatch::AppendFlushRequest() { bytes_.push_back(WireFormat::kFlushRequest); }
+void FrameBatch::AppendFlushRequest() { *bytes_.Extend(1) = WireFormat::kFlushRequest; }
 
 void FrameBatch::Clear() {
-  if (bytes_.capacity() > kLargestKept) std::vector<char>().swap(bytes_);
-  bytes_.clear();
+  bytes_.Clear();
   ends_.clear();
 }
 

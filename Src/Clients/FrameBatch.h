@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "Internal/ByteBuffer.h"
+
 class LogEvent;
 
 namespace Logger::Internal {
@@ -17,8 +19,8 @@ class FrameBatch {
   /// Empties the batch. What unusually large events needed is given back.
   void Clear();
 
-  const char* Data() const { return bytes_.data(); }
-  std::size_t Size() const { return bytes_.size(); }
+  const char* Data() const { return bytes_.Data(); }
+  std::size_t Size() const { return bytes_.Size(); }
 
   /// How many of the batch's first `sent` bytes belong to a frame that did not go out whole; 0 when
   /// they end with a frame. `frame` becomes that frame's number, from 0, or that of the first one
@@ -27,7 +29,7 @@ class FrameBatch {
   std::size_t FrameCount() const { return ends_.size(); }
 
  private:
-  std::vector<char> bytes_;
+  ByteBuffer bytes_;
   std::vector<std::size_t> ends_;  // Of the events' frames.
 };
 

@@ -28,7 +28,7 @@ class ByteBuffer {
   }
 
  private:
-  static constexpr std::size_t kLargestKept = std::size_t{64} * 1024;
+  static constexpr std::size_t kLargestKept = std::size_t{256} * 1024;
 
   std::unique_ptr<char[]> bytes_;
   std::size_t size_;
