@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "Internal/CLibraryAllocator.h"
 #include "Internal/SimpleFormat.h"
 #include "LibKelUtilities/Vsnprintf.h"
 
@@ -25,12 +26,17 @@ unsigned int FormattedText::NextCapacity(int result, unsigned int capacity) {
 }
 
 FormattedText::FormattedText(const char* format, va_list arguments) {
+  if (IsAllocatorTheCLibrarys() &&
+      FormatSimply(short_, sizeof short_, format, arguments, length_)) {
+    text_ = short_;
+    return;
+  }
   const int callersErrno = errno;
   unsigned int capacity = kFirstCapacity;
   if (!Grow(capacity)) return;
   // A text that vsnprintf would have been trusted with in this first buffer.
   if (FormatSimply(buffer_, kFirstCapacity - 1, format, arguments, length_)) {
-    isComplete_ = true;
+    text_ = buffer_;
     return;
   }
   do {
@@ -43,7 +49,7 @@ FormattedText::FormattedText(const char* format, va_list arguments) {
     capacity = NextCapacity(result, capacity);
     if (capacity == kComplete) {
       length_ = static_cast<std::size_t>(result);
-      isComplete_ = true;
+      text_ = buffer_;
       return;
     }
   } while (Grow(capacity));

@@ -8,7 +8,7 @@ namespace Logger::Internal {
 /// A printf text in a buffer that grows until the text surely fits.
 ///
 /// The buffer comes from the C library's realloc, afresh for each text, and is freed with the
-/// object.
+/// object; where nobody could see these calls, a short text does without them.
 class FormattedText {
  public:
   /// Formats. The format's %m tells errno as it is now; errno may be different afterwards.
@@ -19,7 +19,7 @@ class FormattedText {
   FormattedText& operator=(const FormattedText&) = delete;
 
   /// The text, terminated; null when there was no memory for it or it cannot be formatted at all.
-  const char* Text() const { return isComplete_ ? buffer_ : nullptr; }
+  const char* Text() const { return text_; }
   /// Its length in bytes, zero bytes within it included.
   std::size_t Length() const { return length_; }
 
@@ -31,9 +31,12 @@ class FormattedText {
   static unsigned int NextCapacity(int result, unsigned int capacity);
 
  private:
-  char* buffer_ = nullptr;
+  static constexpr std::size_t kShort = 512;
+
+  const char* text_ = nullptr;
   std::size_t length_ = 0;
-  bool isComplete_ = false;
+  char* buffer_ = nullptr;
+  char short_[kShort];
 
   bool Grow(unsigned int capacity);
 };

@@ -51,14 +51,8 @@ struct LocalSecond {
 // Nothing here needs to be destroyed, so the library can be unloaded while threads go on.
 thread_local LocalSecond lastSecond;
 
-const LocalSecond& LocalTime(long seconds) {
-  LocalSecond& last = lastSecond;
-  // Zones that differ in nothing that can be seen are told apart when the clock's second is over.
-  const time_t now = time(nullptr);
-  if (last.isKnown && last.seconds == seconds && last.formattedAt == now &&
-      last.zone == Zone::Current()) {
-    return last;
-  }
+/// Converts and formats. Apart from the way of most events, to keep that short.
+[[gnu::cold]] void Convert(LocalSecond& last, long seconds, time_t now) {
   const Zone before = Zone::Current();
   last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
   last.dateTimeLength = last.isConvertible ? strftime(last.dateTime, sizeof last.dateTime,
@@ -70,6 +64,16 @@ const LocalSecond& LocalTime(long seconds) {
   last.zone = Zone::Current();
   // A zone that changed during the conversion leaves open which one the text is of.
   last.isKnown = last.zone == before;
+}
+
+const LocalSecond& LocalTime(long seconds) {
+  LocalSecond& last = lastSecond;
+  // Zones that differ in nothing that can be seen are told apart when the clock's second is over.
+  const time_t now = time(nullptr);
+  if (!last.isKnown || last.seconds != seconds || last.formattedAt != now ||
+      !(last.zone == Zone::Current())) {
+    Convert(last, seconds, now);
+  }
   return last;
 }
 
