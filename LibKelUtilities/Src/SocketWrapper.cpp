@@ -6,6 +6,7 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/single_threaded.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -53,9 +54,9 @@ void WriteAddress(const sockaddr_storage& address, socklen_t addressSize, char* 
 class Deadline {
  public:
   /// A negative number of milliseconds never ends.
-  explicit Deadline(int milliseconds)
-      : isEndless_(milliseconds < 0),
-        end_(Clock::now() + std::chrono::milliseconds(milliseconds)) {}
+  explicit Deadline(int milliseconds) : isEndless_(milliseconds < 0) {
+    if (!isEndless_) end_ = Clock::now() + std::chrono::milliseconds(milliseconds);
+  }
 
   /// What is left, as poll() takes it.
   int MillisecondsLeft() const {
@@ -67,7 +68,7 @@ class Deadline {
  private:
   using Clock = std::chrono::steady_clock;
   const bool isEndless_;
-  const Clock::time_point end_;
+  Clock::time_point end_;
 };
 
 /// Waits until the descriptor is ready for the events. False when the time is over or on an error.
@@ -90,13 +91,20 @@ bool HasHungUp(int descriptor, int milliseconds) {
   return WaitFor(0, descriptor, Deadline(milliseconds));
 }
 
+ssize_t SendAndCount(int descriptor, const char* bytes, std::size_t size, std::size_t& sent) {
+  const ssize_t taken = send(descriptor, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (taken > 0) sent += static_cast<std::size_t>(taken);
+  return taken;
+}
+
 /// Sends what there is room for, without waiting. A cancelled thread does not end between the
 /// sending and the counting.
 ssize_t SendWithoutWaiting(int descriptor, const char* bytes, std::size_t size, std::size_t& sent) {
+  // There is nobody to cancel the only thread.
+  if (__libc_single_threaded != 0) return SendAndCount(descriptor, bytes, size, sent);
   int former = PTHREAD_CANCEL_ENABLE;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
-  const ssize_t taken = send(descriptor, bytes, size, MSG_NOSIGNAL | MSG_DONTWAIT);
-  if (taken > 0) sent += static_cast<std::size_t>(taken);
+  const ssize_t taken = SendAndCount(descriptor, bytes, size, sent);
   const int error = errno;
   pthread_setcancelstate(former, nullptr);
   errno = error;

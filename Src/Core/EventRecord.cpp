@@ -1,6 +1,7 @@
 #include "Core/EventRecord.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -15,28 +16,49 @@ using namespace WireFormat;
 
 namespace {
 
-/// Lays a text down in a record, as far as there is room, and counts on.
+/// Lays a record down piece by piece, as far as there is room.
 class Printer {
  public:
   Printer(char* record, std::size_t size) : next_(record), end_(record + size) {}
 
-  void Print(const char* text, std::size_t length) {
-    const std::size_t count = std::min(length, static_cast<std::size_t>(end_ - next_));
-    std::memcpy(next_, text, count);
+  void Text(std::string_view text) {
+    const std::size_t count = std::min(text.size(), static_cast<std::size_t>(end_ - next_));
+    std::memcpy(next_, text.data(), count);
     next_ += count;
   }
-  void PrintUpToZero(const logstring& text) { Print(text.data(), std::strlen(text.c_str())); }
-  void PrintPlaceholders(int count) {
-    while (count-- > 0) Print("0000", kIntegerSize);
+  void Integer(long value) {
+    IntToBuf(reinterpret_cast<unsigned char*>(next_), static_cast<int>(value));
+    next_ += kIntegerSize;
   }
+  void Skip(std::size_t count) { next_ += count; }
 
  private:
   char* next_;
   char* const end_;
 };
 
-void PutInteger(char* place, long value) {
-  IntToBuf(reinterpret_cast<unsigned char*>(place), static_cast<int>(value));
+using Texts = std::array<const logstring*, 3>;
+
+Texts TextsOf(const LogEvent& event) {
+  return {&EventAccess::Message(event), &EventAccess::HandlerName(event),
+          &EventAccess::FileName(event)};
+}
+
+bool HasZeroByte(const logstring& text) {
+  return std::memchr(text.data(), '\0', text.size()) != nullptr;
+}
+
+/// Lays the texts down as one print of all of them, with a place for each integer, would do: each
+/// is cut at its first zero byte, what follows moves up, and zero bytes make up for the rest.
+void PrintCutTexts(const Texts& texts, char* record, std::size_t size) {
+  std::memset(record, 0, size);
+  Printer printer(record, size);
+  printer.Text("000000");  // The mark and the level.
+  for (const logstring* text : texts) {
+    printer.Text("0000");
+    printer.Text(text->c_str());
+  }
+  printer.Text("0000000000000000");
 }
 
 /// Takes integers and texts from the places of a record where they should be.
@@ -97,40 +119,33 @@ bool Read(RecordReader reader, LogEvent& event) {
 }  // namespace
 
 std::size_t RecordSize(const LogEvent& event) {
-  return kSmallestRecord + EventAccess::Message(event).size() +
-         EventAccess::HandlerName(event).size() + EventAccess::FileName(event).size();
+  std::size_t size = kSmallestRecord;
+  for (const logstring* text : TextsOf(event)) size += text->size();
+  return size;
 }
 
 void WriteRecord(const LogEvent& event, char* record) {
-  const logstring& message = EventAccess::Message(event);
-  const logstring& handlerName = EventAccess::HandlerName(event);
-  const logstring& fileName = EventAccess::FileName(event);
+  const Texts texts = TextsOf(event);
   const std::size_t size = RecordSize(event);
+  const bool areCut = std::any_of(texts.begin(), texts.end(),
+                                  [](const logstring* text) { return HasZeroByte(*text); });
+  if (areCut) PrintCutTexts(texts, record, size);
 
-  // As one print of all the texts, with a place for each integer, would lay it down.
-  std::memset(record, 0, size);
   Printer printer(record, size);
-  printer.Print(kRecordMark, kRecordMarkSize);
-  printer.PrintPlaceholders(2);
-  printer.PrintUpToZero(message);
-  printer.PrintPlaceholders(1);
-  printer.PrintUpToZero(handlerName);
-  printer.PrintPlaceholders(1);
-  printer.PrintUpToZero(fileName);
-  printer.PrintPlaceholders(4);
-
-  char* place = record + kRecordMarkSize;
-  PutInteger(place, event.GetLogLevel());
-  place += kIntegerSize;
-  for (const logstring* text : {&message, &handlerName, &fileName}) {
-    PutInteger(place, static_cast<long>(text->size()));
-    place += kIntegerSize + text->size();
+  printer.Text({kRecordMark, kRecordMarkSize});
+  printer.Integer(event.GetLogLevel());
+  for (const logstring* text : texts) {
+    printer.Integer(static_cast<long>(text->size()));
+    if (areCut) {
+      printer.Skip(text->size());
+    } else {
+      printer.Text(*text);
+    }
   }
-  for (const long value : {static_cast<long>(event.GetLine()), event.GetTimeSec(),
-                           event.GetTimeUsec(), static_cast<long>(event.GetThreadId())}) {
-    PutInteger(place, value);
-    place += kIntegerSize;
-  }
+  printer.Integer(event.GetLine());
+  printer.Integer(event.GetTimeSec());
+  printer.Integer(event.GetTimeUsec());
+  printer.Integer(event.GetThreadId());
 }
 
 bool ReadRecord(const char* record, std::size_t size, LogEvent& event) {

@@ -26,8 +26,7 @@ bool FrameParser::Parse(const char* data, std::size_t size, int maxFrameLength) 
         ParseType(*data++);
         break;
       case State::Length:
-        data += ParseLength(data, static_cast<std::size_t>(end - data));
-        if (missing_ == 0 && !TakeLength(maxFrameLength)) return false;
+        if (!ParseLength(data, end, maxFrameLength)) return false;
         break;
       case State::Record:
         data += ParseRecord(data, static_cast<std::size_t>(end - data));
@@ -44,17 +43,23 @@ void FrameParser::ParseType(char type) {
   missing_ = WireFormat::kIntegerSize;
 }
 
-std::size_t FrameParser::ParseLength(const char* data, std::size_t size) {
-  const std::size_t count = std::min(size, missing_);
-  collected_.insert(collected_.end(), data, data + count);
+bool FrameParser::ParseLength(const char*& data, const char* end, int maxFrameLength) {
+  const std::size_t count = std::min(static_cast<std::size_t>(end - data), missing_);
+  const char* const piece = data;
+  data += count;
   missing_ -= count;
-  return count;
+  const bool isHereWhole = count == WireFormat::kIntegerSize;
+  if (isHereWhole) return TakeLength(piece, maxFrameLength);
+  collected_.insert(collected_.end(), piece, piece + count);
+  if (missing_ > 0) return true;
+  const bool isTaken = TakeLength(collected_.data(), maxFrameLength);
+  collected_.clear();
+  return isTaken;
 }
 
-bool FrameParser::TakeLength(int maxFrameLength) {
+bool FrameParser::TakeLength(const char* bytes, int maxFrameLength) {
   int length = 0;
-  BufToInt(reinterpret_cast<const unsigned char*>(collected_.data()), &length);
-  collected_.clear();
+  BufToInt(reinterpret_cast<const unsigned char*>(bytes), &length);
   if (length < 0 || length > maxFrameLength) return false;
   // A length of 0 ends no frame: the next four bytes are the length instead, on purpose.
   state_ = length == 0 ? State::Length : State::Record;

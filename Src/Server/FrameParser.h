@@ -32,9 +32,9 @@ class FrameParser {
   std::vector<char> collected_;  // Of the length or of the record, from former pieces.
 
   void ParseType(char type);
-  std::size_t ParseLength(const char* data, std::size_t size);
+  bool ParseLength(const char*& data, const char* end, int maxFrameLength);
   std::size_t ParseRecord(const char* data, std::size_t size);
-  bool TakeLength(int maxFrameLength);
+  bool TakeLength(const char* bytes, int maxFrameLength);
 };
 
 }  // namespace Logger::Internal
