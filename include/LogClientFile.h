@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -16,7 +17,8 @@ class FileStream;
 ///
 /// Nothing is ever reported: a file that cannot be opened leaves the client not initialised. After
 /// a write that failed, for example because the disk was full, the client drops every later event;
-/// what was left of the failed one is not written later. Texts are formatted in the classic locale.
+/// what was left of the failed one is not written later, until ReopenAtNextEvent() is called. Texts
+/// are formatted in the classic locale.
 /// The descriptor is not passed on to programs that the process starts.
 class LOGGER_EXPORT LogClientFile : public LogClient {
  public:
@@ -37,8 +39,19 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   /// earlier event could not be written. The event whose own write fails still gives true.
   bool Publish(const LogEvent& event) override;
 
+  /// Asks the client to close its file and to open it again, at its end, before the next event: for
+  /// files that another program moves aside, and for a disk that was full and is no more. While the
+  /// file cannot be opened events are dropped, and each of them tries again. Any thread may call it
+  /// at any time, and so may a signal handler.
+  void ReopenAtNextEvent() noexcept;
+
  protected:
   std::unique_ptr<Logger::Internal::FileStream> stream_;
   std::string filename_;
   bool append_;
+
+ private:
+  std::atomic<bool> isReopenDue_;
+
+  void Reopen();
 };

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <set>
 
+#include "LogClientFile.h"
 #include "LogHandler.h"
 #include "Logger.h"
 #include "UsageError.h"
@@ -33,6 +34,16 @@ void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler) {
   if (ReachesClient(handler, visited)) return;
   std::cerr << "loggerctl " << command << ": warning: handler '" << handler.GetName()
             << "' reaches no client; nothing will be written\n";
+}
+
+void ReopenFiles() {
+  for (const logstring& name : Logger::GetLogManager()->GetLogHandlerNames()) {
+    LogHandler& handler = FindHandler(name);
+    for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
+      auto* const client = dynamic_cast<LogClientFile*>(handler.GetLogClientAt(index));
+      if (client != nullptr) client->ReopenAtNextEvent();
+    }
+  }
 }
 
 std::string Join(const std::vector<std::string>& texts, const std::string& separator) {

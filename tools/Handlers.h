@@ -11,4 +11,7 @@ LogHandler& FindHandler(const std::string& name);
 /// Says on standard error when there is no output client at the handler or below it.
 void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler);
 
+/// Has every file client of the manager's handlers open its file again before its next event.
+void ReopenFiles();
+
 std::string Join(const std::vector<std::string>& texts, const std::string& separator);

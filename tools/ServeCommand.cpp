@@ -25,19 +25,19 @@ struct ServeOptions {
   int stampThreadId = 0;
 };
 
-/// The signals that end the server. They are blocked from the start, so that none is missed.
-class EndingSignals {
+/// The signals that the server takes. They are blocked from the start, so that none is missed.
+class Signals {
  public:
-  EndingSignals() {
+  Signals() {
     sigemptyset(&signals_);
-    sigaddset(&signals_, SIGINT);
-    sigaddset(&signals_, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals_, signal);
     pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
   }
 
-  void Await() const {
+  /// Waits for one that ends the server, and has the files opened again at each other one.
+  void AwaitEnd() const {
     int signal = 0;
-    sigwait(&signals_, &signal);
+    while (sigwait(&signals_, &signal) == 0 && signal == SIGHUP) ReopenFiles();
   }
 
  private:
@@ -49,7 +49,7 @@ std::string Counted(unsigned long count, const std::string& thing) {
 }
 
 int RunServe(const ServeOptions& options) {
-  const EndingSignals endingSignals;
+  const Signals signals;
   ConfigureFrom(options.configurationFile);
   LogHandler& handler = FindHandler(options.handlerName);
   WarnWhenNothingIsWritten("serve", handler);
@@ -60,7 +60,7 @@ int RunServe(const ServeOptions& options) {
                      std::to_string(options.port) + ": " + server.GetLastErrorStr());
   }
   std::cout << "listening on " << options.address << " port " << server.GetPort() << std::endl;
-  endingSignals.Await();
+  signals.AwaitEnd();
   server.Stop();
   server.AwaitEnd();  // What a slow client still writes is counted as well.
   std::cout << "served " << Counted(server.GetConnectionCount(), "connection") << " and "
@@ -95,7 +95,9 @@ void AddServeCommand(CLI::App& program, int& exitCode) {
   command->footer(
       "Prints the address and port it listens on, and stops on SIGINT or SIGTERM: every event "
       "that\n"
-      "was read is then written, and a line tells how much was served.\n\n"
+      "was read is then written, and a line tells how much was served. On SIGHUP every log file "
+      "is\n"
+      "opened again before the next event, for programs that move log files aside.\n\n"
       "Anyone who can reach the port can log. Listen on an address that only trusted hosts "
       "reach.\n\n"
       "Exit code: 0 stopped by a signal; 2 the configuration or the command line cannot be used, "

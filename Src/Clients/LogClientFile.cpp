@@ -3,11 +3,13 @@
 #include <new>
 
 #include "Clients/FileStream.h"
+#include "Internal/CancellationHold.h"
 #include "Layouts/DirectLine.h"
 #include "LogLayout.h"
 #include "LogProperties.h"
 
 using Logger::Internal::ByteBuffer;
+using Logger::Internal::CancellationHold;
 using Logger::Internal::DirectLine;
 using Logger::Internal::DirectLineOf;
 using Logger::Internal::FileStream;
@@ -32,14 +34,15 @@ bool AppendDirectly(const LogLayout& layout, FileStream& stream, const LogEvent&
 }  // namespace
 
 LogClientFile::LogClientFile(const std::string& filename, bool append)
-    : stream_(new FileStream), filename_(filename), append_(append) {
+    : stream_(new FileStream), filename_(filename), append_(append), isReopenDue_(false) {
   Init();
 }
 
 LogClientFile::LogClientFile(const LogProperties& properties)
     : stream_(new FileStream),
       filename_(properties.GetProperty("filename")),
-      append_(properties.GetProperty("fileappend") != "false") {  // On unless exactly this word.
+      append_(properties.GetProperty("fileappend") != "false"),  // On unless exactly this word.
+      isReopenDue_(false) {
   if (!filename_.empty()) Init();
 }
 
@@ -53,8 +56,26 @@ bool LogClientFile::Init() {
 }
 
 bool LogClientFile::Publish(const LogEvent& event) {
+  if (isReopenDue_.load(std::memory_order_relaxed)) Reopen();
   if (!initialized_ || filename_.empty() || !stream_->good() || layout_ == nullptr) return false;
   if (!AppendDirectly(*layout_, *stream_, event)) layout_->FormatAndAppend(*stream_, event);
   stream_->WriteOut();
   return true;
+}
+
+void LogClientFile::ReopenAtNextEvent() noexcept {
+  static_assert(std::atomic<bool>::is_always_lock_free, "A signal handler may call it.");
+  isReopenDue_ = true;
+}
+
+[[gnu::cold]] void LogClientFile::Reopen() {
+  const CancellationHold hold;  // A thread that ended on the way would leave no open file.
+  isReopenDue_ = false;
+  stream_->Close();
+  stream_->Open(filename_, true);
+  if (stream_->IsOpen()) {
+    initialized_ = true;
+  } else if (!filename_.empty()) {
+    isReopenDue_ = true;
+  }
 }

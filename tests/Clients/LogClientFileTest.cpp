@@ -388,4 +388,134 @@ TEST_F(LogClientFileTest, ClosesItsFileAtItsEnd) {
   EXPECT_EQ(-1, DescriptorOf(file_));
 }
 
+// Opening the file again.
+
+class LogClientFileReopenTest : public LogClientFileTest {
+ protected:
+  void MoveAside() const { std::filesystem::rename(file_, moved_); }
+
+  const std::string moved_ = folder_.Path("app.log.moved");
+};
+
+TEST_F(LogClientFileReopenTest, WritesOnIntoAMovedFileUnlessToldToOpenItsOwnAgain) {
+  LogClientFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  client.Publish(EventWith("one"));
+  MoveAside();
+
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+
+  EXPECT_EQ("one\ntwo\n", Content(moved_));
+  EXPECT_FALSE(Exists(file_));
+}
+
+TEST_F(LogClientFileReopenTest, WritesTheNextEventIntoANewFile) {
+  LogClientFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  client.Publish(EventWith("one"));
+  MoveAside();
+
+  client.ReopenAtNextEvent();
+  EXPECT_FALSE(Exists(file_));
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+  EXPECT_TRUE(client.Publish(EventWith("three")));
+
+  EXPECT_EQ("one\n", Content(moved_));
+  EXPECT_EQ("two\nthree\n", Content(file_));
+  EXPECT_EQ(-1, DescriptorOf(moved_));
+}
+
+TEST_F(LogClientFileReopenTest, AppendsAlsoWhereItEmptiedTheFileAtFirst) {
+  LogClientFile client(file_, false);
+  client.SetLayout("LogLayoutMessage");
+  client.Publish(EventWith("one"));
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+
+  EXPECT_EQ("one\ntwo\n", Content(file_));
+}
+
+TEST_F(LogClientFileReopenTest, OpensOnceForEachTimeItIsAsked) {
+  LogClientFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  client.ReopenAtNextEvent();
+  client.Publish(EventWith("one"));
+  MoveAside();
+
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+
+  EXPECT_EQ("one\ntwo\n", Content(moved_));
+  EXPECT_FALSE(Exists(file_));
+}
+
+TEST_F(LogClientFileReopenTest, GoesOnAfterTheDiskWasFull) {
+  std::filesystem::create_symlink("/dev/full", file_);
+  LogClientFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  EXPECT_TRUE(client.Publish(EventWith("lost")));
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  std::filesystem::remove(file_);
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(client.Publish(EventWith("one")));
+
+  EXPECT_EQ("one\n", Content(file_));
+}
+
+TEST_F(LogClientFileReopenTest, DropsEventsWhileTheFileCannotBeOpened) {
+  const std::string subfolder = folder_.Path("logs");
+  std::filesystem::create_directory(subfolder);
+  LogClientFile client(subfolder + "/app.log", true);
+  client.SetLayout("LogLayoutMessage");
+  std::filesystem::remove_all(subfolder);
+
+  client.ReopenAtNextEvent();
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  std::filesystem::create_directory(subfolder);
+  EXPECT_TRUE(client.Publish(EventWith("one")));
+
+  EXPECT_EQ("one\n", Content(subfolder + "/app.log"));
+}
+
+TEST_F(LogClientFileReopenTest, OpensAFileThatCouldNotBeOpenedAtFirst) {
+  const std::string subfolder = folder_.Path("logs");
+  LogClientFile client(subfolder + "/app.log", true);
+  client.SetLayout("LogLayoutMessage");
+  EXPECT_FALSE(client.IsInitialize());
+  std::filesystem::create_directory(subfolder);
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(client.Publish(EventWith("one")));
+
+  EXPECT_TRUE(client.IsInitialize());
+  EXPECT_EQ("one\n", Content(subfolder + "/app.log"));
+}
+
+TEST_F(LogClientFileReopenTest, HasNothingToOpenWithoutAName) {
+  LogClientFile client("", true);
+
+  client.ReopenAtNextEvent();
+
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  EXPECT_FALSE(client.IsInitialize());
+}
+
+LogClientFile* clientOfTheSignalHandler = nullptr;
+
+TEST_F(LogClientFileReopenTest, IsAskedByASignalHandler) {
+  LogClientFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  client.Publish(EventWith("one"));
+  MoveAside();
+  clientOfTheSignalHandler = &client;
+  std::signal(SIGUSR1, [](int) { clientOfTheSignalHandler->ReopenAtNextEvent(); });
+
+  std::raise(SIGUSR1);
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+
+  EXPECT_EQ("two\n", Content(file_));
+}
+
 }  // namespace

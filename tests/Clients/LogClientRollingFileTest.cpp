@@ -789,4 +789,29 @@ TEST_F(LogClientRollingFileTest, RollsOverWhateverMakingRoomAnswered) {
   EXPECT_FALSE(Exists(Backup(2)));
 }
 
+TEST_F(LogClientRollingFileTest, CountsWhatAFileHasThatItOpensAgain) {
+  LogClientRollingFile client(file_, 10, 3);
+  EXPECT_TRUE(Write(client, "one"));
+  std::filesystem::remove(file_);
+  AppendToFile(file_, "12345678\n");
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(Write(client, "two"));
+
+  EXPECT_EQ("12345678\ntwo\n", Content(Backup(1)));
+  EXPECT_EQ("", Content(file_));
+}
+
+TEST_F(LogClientRollingFileTest, GoesOnInANewFileAfterItsOwnWasMovedAside) {
+  LogClientRollingFile client(file_, 100, 3);
+  EXPECT_TRUE(Write(client, "one"));
+  std::filesystem::rename(file_, Backup(9));
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(Write(client, "two"));
+
+  EXPECT_EQ("one\n", Content(Backup(9)));
+  EXPECT_EQ("two\n", Content(file_));
+}
+
 }  // namespace

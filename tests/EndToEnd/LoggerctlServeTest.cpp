@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "LogClientSocket.h"
 #include "Support/Events.h"
+#include "Support/Eventually.h"
 #include "Support/Files.h"
 #include "Support/Process.h"
 #include "Support/ServingProgram.h"
@@ -254,6 +256,31 @@ TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoPort) {
     EXPECT_EQ("", result.output) << port;
     EXPECT_NE(std::string::npos, result.errors.find("--port")) << result.errors;
   }
+}
+
+TEST_F(LoggerctlServeTest, OpensEveryFileAgainOnSighup) {
+  ServingProgram server(LOGGERCTL, Config());
+  Send(server.Port(), {"one"});
+  const std::string moved = folder_.Path("default.log.1");
+  std::filesystem::rename(folder_.Path("default.log"), moved);
+  std::filesystem::rename(folder_.Path("net.log"), folder_.Path("net.log.1"));
+
+  server.Signal(SIGHUP);
+  int sent = 0;
+  EXPECT_TRUE(Eventually([&] {
+    Send(server.Port(), {"event " + std::to_string(++sent)});
+    return Exists(folder_.Path("default.log"));
+  }));
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(0, result.exitCode);
+  Words lines = Lines(moved);
+  EXPECT_EQ("one", lines.front());
+  lines.erase(lines.begin());
+  Words all;
+  for (int number = 1; number <= sent; ++number) all.push_back("event " + std::to_string(number));
+  EXPECT_EQ(all, lines + Served());
+  EXPECT_FALSE(Exists(folder_.Path("net.log")));  // Nothing was written to it.
 }
 
 TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoThreadId) {

@@ -18,6 +18,7 @@ class ServingProgram {
   const std::string& Greeting() const { return greeting_; }
   int Port() const { return std::atoi(greeting_.substr(greeting_.rfind(' ') + 1).c_str()); }
 
+  void Signal(int signal) const { program_.Signal(signal); }
   ProcessResult Stop(int signal = SIGTERM) {
     program_.Signal(signal);
     return program_.Wait();
