@@ -8,6 +8,12 @@
 class LogLayout;
 class LogProperties;
 
+namespace Logger {
+namespace Internal {
+class ForkGuard;
+}
+}  // namespace Logger
+
 /// The base of all output clients: a client has a layout, and is known to the process's
 /// LogClientManager for its whole life.
 ///
@@ -49,4 +55,12 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
  protected:
   LogLayout* layout_;  // Owned; may be null.
   bool initialized_;
+
+  /// Called in a forked child for every client that was there, before the fork returns. When
+  /// `wasBusy`, a thread that does not exist there may just have been in the client, and left it in
+  /// any state: it is to be not initialised then. That is all that this one does.
+  virtual void ContinueInChild(bool wasBusy);
+
+ private:
+  friend class Logger::Internal::ForkGuard;
 };

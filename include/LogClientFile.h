@@ -18,7 +18,7 @@ class FileStream;
 /// Nothing is ever reported: a file that cannot be opened leaves the client not initialised. After
 /// a write that failed, for example because the disk was full, the client drops every later event;
 /// what was left of the failed one is not written later, until ReopenAtNextEvent() is called. Texts
-/// are formatted in the classic locale.
+/// are formatted in the classic locale. A forked child goes on in the same file.
 /// The descriptor is not passed on to programs that the process starts.
 class LOGGER_EXPORT LogClientFile : public LogClient {
  public:
@@ -49,6 +49,8 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   std::unique_ptr<Logger::Internal::FileStream> stream_;
   std::string filename_;
   bool append_;
+
+  void ContinueInChild(bool wasBusy) override;
 
  private:
   std::atomic<bool> isReopenDue_;

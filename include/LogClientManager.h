@@ -7,6 +7,12 @@
 
 class LogClient;
 
+namespace Logger {
+namespace Internal {
+class ForkGuard;
+}
+}  // namespace Logger
+
 /// Knows every live client: clients enter when they are made and leave when they are destroyed,
 /// from any thread. The process's own belongs to the log manager and ends the clients that are left
 /// at exit.
@@ -24,5 +30,7 @@ class LOGGER_EXPORT LogClientManager : public LibKelUtilities::MutexWrapper {
   void Clear();
 
  private:
+  friend class Logger::Internal::ForkGuard;
+
   std::list<LogClient*> clients_;
 };

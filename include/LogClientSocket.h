@@ -27,6 +27,9 @@ class FrameBatch;
 /// otherwise, and ends the connection at a larger one. SIGPIPE is never raised. The client takes no
 /// lock: an application that calls SendToServer from another thread than the one that publishes
 /// serialises the calls.
+///
+/// What is queued when a process forks stays the parent's to send, and so does the connection: in
+/// the child the queue is empty, and the client is not initialised until Init() connects it anew.
 class LOGGER_EXPORT LogClientSocket : public LogClient {
  public:
   /// Connects to the host name or address, on the low 16 bits of `serverPort`. Events of the thread
@@ -77,4 +80,5 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   bool ExchangeVersions();
   Sent SendBatch(std::size_t& failedFrame);
   void AwaitAnswer();
+  void ContinueInChild(bool wasBusy) override;
 };

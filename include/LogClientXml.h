@@ -21,7 +21,8 @@ class XmlLogFile;
 /// grows with every event for the life of the client: it suits logs of moderate length. When the
 /// client is destroyed it writes the document a last time, indented, also when there was no event.
 /// Whatever cannot be saved is not reported; it is there again with the next save that works. The
-/// layout is not used.
+/// layout is not used. In a forked child the client is not initialised and never writes: the file
+/// is its parent's.
 ///
 /// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
 /// default the message is XML character data: an ampersand in it starts an entity reference, and a
@@ -50,5 +51,6 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
 
+  void ContinueInChild(bool wasBusy) override;
   void AddText(_xmlNode* entry, const char* name, const std::string& text);
 };

@@ -139,7 +139,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   LogHandler* previousLiving_;
   LogEvent event_;  // The one under way, filled again for each. Guarded by the lock, like the next.
   mutable Distribution*
-      distributions_;  // Under way on the thread that holds the lock, innermost first.
+      distributions_;   // Under way on the thread that holds the lock, innermost first.
+  bool isHeldForFork_;  // By a thread that forks. Guarded by LivingHandlers.
 
   bool IsDisabled(unsigned int level) const;
   bool IsDistributing(const LogEvent& event) const;
@@ -152,4 +153,5 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
                    std::size_t length);
   bool DropClientsWithin(const timespec& deadline);
+  void ContinueInChild();
 };

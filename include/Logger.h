@@ -17,6 +17,10 @@ class LogLevelManager;
 /// Global access to the process's logging system.
 namespace Logger {
 
+namespace Internal {
+class ForkGuard;
+}
+
 /// Owns what the process shares: the handlers, the live clients, the levels and the two factories.
 ///
 /// There is one per process, made while the library is loaded: GetLogManager(). It ends at process
@@ -61,6 +65,8 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   LogLayoutFactory* GetLogLayoutFactory();
 
  private:
+  friend class Internal::ForkGuard;
+
   struct HandlerEntry;
   struct Abandoned;
   typedef std::vector<std::shared_ptr<HandlerEntry>> HandlerEntries;
@@ -83,6 +89,9 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   void VisitHandlers(Visit visit);
   void KeepAbandoned();
   bool DropAllClients();
+  void ContinueInChild();
+
+  static LogManager* IfThereIsOne();
 };
 
 /// The process's one manager.

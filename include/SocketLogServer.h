@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <map>
 #include <string>
@@ -28,6 +30,8 @@ class FrameParser;
 /// Whoever can reach the port can send anything: listen on an address that only trusted peers
 /// reach. A record that does not fit its frame is dropped and counted; a frame longer than the
 /// limit ends its connection. Memory grows with what arrived, up to one frame for each connection.
+///
+/// A server stays with the process that started it: in a forked child it is not running.
 class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
  public:
   /// What a receiving thread works with.
@@ -83,6 +87,7 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   std::atomic<unsigned long> connectionCount_;
   std::atomic<unsigned long> eventCount_;
   std::atomic<unsigned long> rejectedFrameCount_;
+  pid_t process_;  // That started it.
 
   void WaitForConnections();
   void StartReceiving(int descriptor);
@@ -93,4 +98,5 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   void DropEndedConnections();
   void DropAllConnections();
   bool WakeWaitingThread();
+  void LeaveToParent();
 };

@@ -2,7 +2,9 @@
 
 namespace LibKelUtilities {
 
-MutexWrapper::MutexWrapper() : mutex_(new pthread_mutex_t) {
+MutexWrapper::MutexWrapper() : mutex_(new pthread_mutex_t) { MakeMutex(); }
+
+void MutexWrapper::MakeMutex() const {
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);
   pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
@@ -13,6 +15,17 @@ MutexWrapper::MutexWrapper() : mutex_(new pthread_mutex_t) {
 MutexWrapper::~MutexWrapper() {
   pthread_mutex_destroy(mutex_);
   delete mutex_;
+}
+
+bool MutexWrapper::HoldForFork(const timespec& deadline) const {
+  return pthread_mutex_timedlock(mutex_, &deadline) == 0;
+}
+
+void MutexWrapper::ReleaseInParent() const { pthread_mutex_unlock(mutex_); }
+
+void MutexWrapper::RenewInChild(unsigned int timesHeld) const {
+  MakeMutex();
+  while (timesHeld-- > 0) pthread_mutex_lock(mutex_);
 }
 
 }  // namespace LibKelUtilities

@@ -1,5 +1,7 @@
 #include "LibKelUtilities/ThreadWrapper.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -38,6 +40,7 @@ struct ThreadWrapper::Run {
   void* argument;
   std::string name;
   pthread_t thread{};
+  const pid_t process = getpid();
   std::mutex mutex;
   std::condition_variable ended;
   bool hasEnded = false;
@@ -75,13 +78,20 @@ struct ThreadWrapper::Run {
 ThreadWrapper::ThreadWrapper() = default;
 
 ThreadWrapper::~ThreadWrapper() {
-  if (run_ != nullptr) pthread_detach(run_->thread);
+  if (run_ != nullptr && !WasLeftInParent()) pthread_detach(run_->thread);
+}
+
+/// Whether the thread was left behind in the parent of a forked process; it is forgotten then.
+bool ThreadWrapper::WasLeftInParent() {
+  if (run_->process == getpid()) return false;
+  run_.reset();
+  return true;
 }
 
 int ThreadWrapper::StartThread(ThreadFunction function, void* argument,
                                const pthread_attr_t* attributes, const char* name, bool detached) {
   constexpr std::size_t kNameLimit = 15;
-  if (run_ != nullptr) return EBUSY;
+  if (run_ != nullptr && !WasLeftInParent()) return EBUSY;
   const auto run = std::make_shared<Run>();
   run->function = function;
   run->argument = argument;
@@ -101,7 +111,7 @@ int ThreadWrapper::StartThread(ThreadFunction function, void* argument,
 }
 
 int ThreadWrapper::FinishThread(int milliseconds) {
-  if (run_ == nullptr) return 0;
+  if (run_ == nullptr || WasLeftInParent()) return 0;
   if (pthread_equal(run_->thread, pthread_self()) != 0) return EDEADLK;
   if (!run_->WaitForEnd(milliseconds)) return ETIMEDOUT;
   pthread_join(run_->thread, nullptr);

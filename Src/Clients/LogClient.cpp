@@ -39,3 +39,7 @@ bool LogClient::SetLayout(LogLayout* layout) {
   layout_ = layout;
   return true;
 }
+
+void LogClient::ContinueInChild(bool wasBusy) {
+  if (wasBusy) initialized_ = false;
+}

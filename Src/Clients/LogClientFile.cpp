@@ -79,3 +79,10 @@ void LogClientFile::ReopenAtNextEvent() noexcept {
     isReopenDue_ = true;
   }
 }
+
+void LogClientFile::ContinueInChild(bool wasBusy) {
+  LogClient::ContinueInChild(wasBusy);
+  if (!wasBusy) return;
+  static_cast<void>(stream_.release());  // Nobody knows what could be destroyed of it.
+  stream_ = std::make_unique<FileStream>();
+}

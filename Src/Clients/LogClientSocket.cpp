@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <new>
 
 #include "Clients/FrameBatch.h"
 #include "Internal/Decimal.h"
@@ -188,4 +189,18 @@ void LogClientSocket::AwaitAnswer() {
   char answer = 0;
   const int count = socket_.Recv(&answer, 1, SocketWrapper::kOwnDescriptor, timeout_);
   if (count >= 0) answeredOnly.IsAnswered();
+}
+
+void LogClientSocket::ContinueInChild(bool wasBusy) {
+  initialized_ = false;
+  // A socket of the child's own takes the place of the connection, which the parent keeps.
+  if (socket_.Open(SocketWrapper::kStream) != 0) socket_.Close();
+  if (wasBusy) {  // Nobody knows what could be destroyed of them.
+    new (&queue_) std::list<LogEvent>;
+    static_cast<void>(batch_.release());
+    batch_ = std::make_unique<FrameBatch>();
+  } else {
+    queue_.clear();
+    batch_->Clear();
+  }
 }

@@ -93,3 +93,11 @@ void LogClientXml::AddText(xmlNode* entry, const char* name, const std::string& 
   const auto addChild = escapesText_ ? xmlNewTextChild : xmlNewChild;
   addChild(entry, nullptr, XmlChars(name), XmlChars(clean.c_str()));
 }
+
+void LogClientXml::ContinueInChild(bool wasBusy) {
+  initialized_ = false;
+  filename_.clear();  // Init() makes nothing of it either.
+  if (!wasBusy) return;
+  document_ = nullptr;  // Nobody knows what could be freed of it.
+  root_ = nullptr;
+}

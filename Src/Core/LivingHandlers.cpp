@@ -1,6 +1,8 @@
 #include "Core/LivingHandlers.h"
 
-#include <mutex>
+#include <pthread.h>
+
+#include <algorithm>
 
 #include "Core/LevelAccess.h"
 #include "LogHandler.h"
@@ -13,26 +15,44 @@ constexpr std::uint64_t kEveryLevel = ~std::uint64_t{0};
 
 // All of this is there before the first handler and after the last one: it is never constructed and
 // never destroyed.
-std::mutex lock;
+pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
 LogHandler* first = nullptr;
 const LogLevelManager* registry = nullptr;
 std::uint64_t registeredLevels = 0;
 
-using Guard = std::lock_guard<std::mutex>;
+// Whether the thread holds the lock because it forks.
+thread_local bool isListHeld = false;
+
+class Guard {
+ public:
+  Guard() { pthread_mutex_lock(&lock); }
+  ~Guard() { pthread_mutex_unlock(&lock); }
+
+  Guard(const Guard&) = delete;
+  Guard& operator=(const Guard&) = delete;
+};
 
 }  // namespace
 
 void LivingHandlers::Enter(LogHandler& handler) noexcept {
-  const Guard guard(lock);
-  handler.previousLiving_ = nullptr;
-  handler.nextLiving_ = first;
-  if (first != nullptr) first->previousLiving_ = &handler;
-  first = &handler;
+  const Guard guard;
+  Link(handler);
   Refresh(handler, handler.active_);
 }
 
 void LivingHandlers::Leave(LogHandler& handler) noexcept {
-  const Guard guard(lock);
+  const Guard guard;
+  Unlink(handler);
+}
+
+void LivingHandlers::Link(LogHandler& handler) {
+  handler.previousLiving_ = nullptr;
+  handler.nextLiving_ = first;
+  if (first != nullptr) first->previousLiving_ = &handler;
+  first = &handler;
+}
+
+void LivingHandlers::Unlink(LogHandler& handler) {
   LogHandler* const previous = handler.previousLiving_;
   LogHandler* const next = handler.nextLiving_;
   (previous == nullptr ? first : previous->nextLiving_) = next;
@@ -40,18 +60,18 @@ void LivingHandlers::Leave(LogHandler& handler) noexcept {
 }
 
 void LivingHandlers::FollowRegistry(const LogLevelManager* levels) noexcept {
-  const Guard guard(lock);
+  const Guard guard;
   registry = levels;
   RefreshAll();
 }
 
 void LivingHandlers::LevelsChanged(const LogLevelManager& levels) noexcept {
-  const Guard guard(lock);
+  const Guard guard;
   if (&levels == registry) RefreshAll();
 }
 
 void LivingHandlers::SetActive(LogHandler& handler, bool active) noexcept {
-  const Guard guard(lock);
+  const Guard guard;
   // The word first: who sees the flag can rely on it.
   Refresh(handler, active);
   handler.active_ = active;
@@ -59,7 +79,7 @@ void LivingHandlers::SetActive(LogHandler& handler, bool active) noexcept {
 
 void LivingHandlers::SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept {
   if (level >= LevelAccess::kCommonLevels) return;
-  const Guard guard(lock);
+  const Guard guard;
   const std::uint64_t bit = std::uint64_t{1} << level;
   handler.disabledCommon_ =
       disabled ? handler.disabledCommon_ | bit : handler.disabledCommon_ & ~bit;
@@ -75,6 +95,51 @@ void LivingHandlers::RefreshAll() {
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
     Refresh(*handler, handler->active_);
   }
+}
+
+bool LivingHandlers::HoldForFork(const timespec& deadline) noexcept {
+  isListHeld = pthread_mutex_timedlock(&lock, &deadline) == 0;
+  if (!isListHeld) return false;
+  LogHandler* notHad = nullptr;
+  for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
+    handler->isHeldForFork_ = handler->HoldForFork(deadline);
+    if (!handler->isHeldForFork_) notHad = handler;
+  }
+  // Next time it comes before those that a thread may be on its way to from it.
+  if (notHad != nullptr) {
+    Unlink(*notHad);
+    Link(*notHad);
+  }
+  return notHad == nullptr;
+}
+
+void LivingHandlers::ReleaseInParent() noexcept {
+  if (!isListHeld) return;
+  for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
+    if (handler->isHeldForFork_) handler->ReleaseInParent();
+    handler->isHeldForFork_ = false;
+  }
+  isListHeld = false;
+  pthread_mutex_unlock(&lock);
+}
+
+void LivingHandlers::RenewInChild() noexcept {
+  for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
+    handler->isHeldForFork_ = isListHeld && handler->isHeldForFork_;
+    handler->ContinueInChild();
+  }
+  isListHeld = false;
+  pthread_mutex_init(&lock, nullptr);
+}
+
+bool LivingHandlers::WasBusyAtFork(const LogHandlerClient& receiver) noexcept {
+  for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
+    const auto& receivers = handler->clients_;
+    const bool isReceiver =
+        std::find(receivers.begin(), receivers.end(), &receiver) != receivers.end();
+    if (isReceiver && !handler->isHeldForFork_) return true;
+  }
+  return false;
 }
 
 }  // namespace Logger::Internal

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <time.h>
+
 class LogHandler;
+class LogHandlerClient;
 class LogLevelManager;
 
 namespace Logger::Internal {
@@ -25,7 +28,19 @@ class LivingHandlers {
   /// A level of any number was switched on or off.
   static void SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept;
 
+  /// Takes the locks of all handlers before a fork, and keeps the list as it is. False when they
+  /// could not all be had up to the deadline (CLOCK_REALTIME): those that could are held then.
+  static bool HoldForFork(const timespec& deadline) noexcept;
+  static void ReleaseInParent() noexcept;  ///< Undoes HoldForFork, whatever it told.
+  /// Makes all handlers usable in the child.
+  static void RenewInChild() noexcept;
+  /// Whether a thread that does not exist in the child may have been in this receiver: the lock of
+  /// a handler that it is attached to could not be had.
+  static bool WasBusyAtFork(const LogHandlerClient& receiver) noexcept;
+
  private:
+  static void Link(LogHandler& handler);
+  static void Unlink(LogHandler& handler);
   static void Refresh(LogHandler& handler, bool active);
   static void RefreshAll();
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
+#include <new>
 
 #include "Core/EventAccess.h"
 #include "Core/LevelAccess.h"
@@ -93,7 +94,8 @@ LogHandler::LogHandler(const logstring& name)
       nextLiving_(nullptr),
       previousLiving_(nullptr),
       event_(EmptyEvent()),
-      distributions_(nullptr) {
+      distributions_(nullptr),
+      isHeldForFork_(false) {
   LivingHandlers::Enter(*this);
   LogHandler::Init();
 }
@@ -195,6 +197,20 @@ bool LogHandler::DropClientsWithin(const timespec& deadline) {
   while (RemoveLogClientAt(0) != nullptr) continue;
   pthread_mutex_unlock(GetMutex());
   return true;
+}
+
+/// Makes the handler usable in a forked child. The forking thread may have been within it, and goes
+/// on there; every other thread that was is gone.
+void LogHandler::ContinueInChild() {
+  if (!isHeldForFork_) {
+    distributions_ = nullptr;
+    new (&event_) LogEvent(EmptyEvent());  // The former one may have been half filled.
+  }
+  unsigned int timesHeld = 0;
+  for (const Distribution* under = distributions_; under != nullptr; under = under->Outer()) {
+    ++timesHeld;
+  }
+  RenewInChild(timesHeld);
 }
 
 bool LogHandler::Publish(const LogEvent& event) {

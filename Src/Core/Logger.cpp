@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 
 #include "Core/LivingHandlers.h"
@@ -185,6 +186,15 @@ std::shared_ptr<LogManager::HandlerEntry> LogManager::FirstBehind(unsigned long 
       std::upper_bound(handlers_.begin(), handlers_.end(), number,
                        [](unsigned long n, const auto& entry) { return n < entry->number; });
   return found == handlers_.end() ? nullptr : *found;
+}
+
+/// The process's manager, unless there is none yet or no more.
+LogManager* LogManager::IfThereIsOne() { return processManager; }
+
+/// Makes the manager usable in a forked child.
+void LogManager::ContinueInChild() {
+  RenewInChild(0);
+  for (const auto& entry : handlers_) new (&entry->visitors) std::shared_mutex;
 }
 
 LogClientManager* LogManager::GetLogClientManager() { return clientManager_; }

@@ -1,5 +1,6 @@
 #include "Internal/TimeText.h"
 
+#include <pthread.h>
 #include <time.h>
 
 #include <cstddef>
@@ -51,8 +52,20 @@ struct LocalSecond {
 // Nothing here needs to be destroyed, so the library can be unloaded while threads go on.
 thread_local LocalSecond lastSecond;
 
+pthread_mutex_t conversionLock = PTHREAD_MUTEX_INITIALIZER;
+
+class ConversionGuard {
+ public:
+  ConversionGuard() { pthread_mutex_lock(&conversionLock); }
+  ~ConversionGuard() { pthread_mutex_unlock(&conversionLock); }
+
+  ConversionGuard(const ConversionGuard&) = delete;
+  ConversionGuard& operator=(const ConversionGuard&) = delete;
+};
+
 /// Converts and formats. Apart from the way of most events, to keep that short.
 [[gnu::cold]] void Convert(LocalSecond& last, long seconds, time_t now) {
+  const ConversionGuard guard;
   const Zone before = Zone::Current();
   last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
   last.dateTimeLength = last.isConvertible ? strftime(last.dateTime, sizeof last.dateTime,
@@ -87,6 +100,7 @@ std::string_view DateTimeText(long seconds) {
 logstring DateText(long seconds) {
   const LocalSecond& second = LocalTime(seconds);
   if (second.dateTimeLength > 0) return {second.dateTime, second.dateLength};
+  const ConversionGuard guard;
   char text[kPartSize];  // A year that has no room with the time may have some without.
   return {text, second.isConvertible ? strftime(text, sizeof text, "%Y-%m-%d", &second.local) : 0};
 }
@@ -97,8 +111,17 @@ logstring TimeOfDayText(long seconds) {
     const std::size_t start = second.dateLength + 1;
     return {second.dateTime + start, second.dateTimeLength - start};
   }
+  const ConversionGuard guard;
   char text[kPartSize];
   return {text, second.isConvertible ? strftime(text, sizeof text, "%H:%M:%S", &second.local) : 0};
 }
+
+bool TimeTextLock::HoldForFork(const timespec& deadline) {
+  return pthread_mutex_timedlock(&conversionLock, &deadline) == 0;
+}
+
+void TimeTextLock::ReleaseInParent() { pthread_mutex_unlock(&conversionLock); }
+
+void TimeTextLock::RenewInChild() { pthread_mutex_init(&conversionLock, nullptr); }
 
 }  // namespace Logger::Internal

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <time.h>
+
 #include <string_view>
 
 #include "LogString.h"
@@ -14,5 +16,15 @@ std::string_view DateTimeText(long seconds);
 
 logstring DateText(long seconds);       ///< "%Y-%m-%d", or empty.
 logstring TimeOfDayText(long seconds);  ///< "%H:%M:%S", or empty.
+
+/// The lock under which the texts are made: the C library has one, too, which a fork in the middle
+/// of a conversion would leave locked in the child. For the time of a fork it is held; false when
+/// it cannot be had up to the deadline (CLOCK_REALTIME).
+class TimeTextLock {
+ public:
+  static bool HoldForFork(const timespec& deadline);
+  static void ReleaseInParent();
+  static void RenewInChild();
+};
 
 }  // namespace Logger::Internal

@@ -106,15 +106,33 @@ SocketLogServer::SocketLogServer()
       endedConnections_(0),
       connectionCount_(0),
       eventCount_(0),
-      rejectedFrameCount_(0) {}
+      rejectedFrameCount_(0),
+      process_(getpid()) {}
 
 SocketLogServer::~SocketLogServer() {
   static_cast<void>(Stop());
   AwaitEnd();
 }
 
+/// Lets go, in a forked child, of what a running server has: its threads and its peers are the
+/// parent's. Nothing is shut down, which the parent would notice.
+void SocketLogServer::LeaveToParent() {
+  if (process_ == getpid()) return;
+  process_ = getpid();
+  for (const auto& [thread, data] : connections_) {
+    delete thread;
+    delete data;
+  }
+  connections_.clear();
+  endedConnections_ = 0;
+  isRunning_ = false;
+  isTakingConnections_ = false;
+  if (Open(kStream) != 0) Close();
+}
+
 bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int port,
                             int stampThreadId) {
+  LeaveToParent();
   if (!IsValid() || isRunning_ || target == nullptr) return false;
   // Of a former run; a target that still keeps it keeps this one from starting.
   if (waitingThread_.FinishThread(kWaitForWaitingThread) != 0) return false;
@@ -137,6 +155,7 @@ bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int p
 }
 
 bool SocketLogServer::Stop() {
+  LeaveToParent();
   if (!isRunning_.exchange(false)) return true;
   const bool isWoken = WakeWaitingThread();
   if (!isWoken) Shutdown();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <time.h>
 
 #include "LibKelUtilities/Export.h"
 
@@ -35,12 +36,22 @@ class KELUTILITIES_EXPORT MutexWrapper {
   MutexWrapper(const MutexWrapper&) = delete;
   MutexWrapper& operator=(const MutexWrapper&) = delete;
 
+  /// For handlers of pthread_atfork(): takes the mutex before the fork, so that what it guards is
+  /// whole on both sides. False when it could not be had up to the deadline (CLOCK_REALTIME).
+  bool HoldForFork(const timespec& deadline) const;
+  void ReleaseInParent() const;  ///< Undoes HoldForFork.
+  /// Makes the mutex anew in the child, where it cannot be released: whoever held it does not exist
+  /// there, or has another id. The calling thread holds it as many times as given.
+  void RenewInChild(unsigned int timesHeld) const;
+
  protected:
   /// The mutex to hand to a ThreadGuard; valid as long as this object.
   pthread_mutex_t* GetMutex() const { return mutex_; }
 
  private:
   pthread_mutex_t* mutex_;  // Owned. By pointer, so that const operations can lock it.
+
+  void MakeMutex() const;
 };
 
 }  // namespace LibKelUtilities

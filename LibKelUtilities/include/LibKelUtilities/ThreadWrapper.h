@@ -45,6 +45,8 @@ class KELUTILITIES_EXPORT ThreadWrapper {
   struct Run;
   std::shared_ptr<Run>
       run_;  // Shared with the running thread; null when there is none to wait for.
+
+  bool WasLeftInParent();
 };
 
 }  // namespace LibKelUtilities
