@@ -76,22 +76,25 @@ bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
   const CancellationHold hold;  // libxml2 cannot be left in the middle of a save.
   const XmlSilence silence;
+  // Before the document is touched: without memory for a text there is no half an entry.
+  const std::string level = WithoutForbiddenCharacters(event.GetLogLevelName());
+  const std::string date = WithoutForbiddenCharacters(event.GetDate());
+  const std::string time = WithoutForbiddenCharacters(event.GetTime());
+  const std::string log = WithoutForbiddenCharacters(event.GetLogMessage());
   xmlNode* const entry = xmlNewChild(root_, nullptr, XmlChars("entry"), nullptr);
   if (entry == nullptr) return true;  // As with a save that fails, nobody is told.
-  xmlNewProp(entry, XmlChars("level"),
-             XmlChars(WithoutForbiddenCharacters(event.GetLogLevelName()).c_str()));
-  AddText(entry, "date", event.GetDate());
-  AddText(entry, "time", event.GetTime());
-  AddText(entry, "log", event.GetLogMessage());
+  xmlNewProp(entry, XmlChars("level"), XmlChars(level.c_str()));
+  AddText(entry, "date", date);
+  AddText(entry, "time", time);
+  AddText(entry, "log", log);
   file_->SaveWith(*document_, *entry);
   return true;
 }
 
 void LogClientXml::AddText(xmlNode* entry, const char* name, const std::string& text) {
-  const std::string clean = WithoutForbiddenCharacters(text);
   // The first form reads an ampersand as the start of an entity reference, on purpose.
   const auto addChild = escapesText_ ? xmlNewTextChild : xmlNewChild;
-  addChild(entry, nullptr, XmlChars(name), XmlChars(clean.c_str()));
+  addChild(entry, nullptr, XmlChars(name), XmlChars(text.c_str()));
 }
 
 void LogClientXml::ContinueInChild(bool wasBusy) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace Logger::Internal {
 
@@ -35,18 +36,23 @@ struct CloseBuffer {
 };
 using OutputBuffer = std::unique_ptr<xmlOutputBuffer, CloseBuffer>;
 
-/// The entry as it stands in the saved document, with what follows the last one.
-std::string TextOfLast(xmlDoc& document, xmlNode& entry) {
-  const OutputBuffer buffer(xmlAllocOutputBuffer(nullptr));
-  if (buffer == nullptr) return "";
+/// The entry as it stands in the saved document, with what follows the last one. Null when there is
+/// no memory for it.
+OutputBuffer TextOfLast(xmlDoc& document, xmlNode& entry) {
+  OutputBuffer buffer(xmlAllocOutputBuffer(nullptr));
+  if (buffer == nullptr) return nullptr;
   // As in a save of the whole document: attributes would get character references without it.
   const xmlChar* const formerEncoding = document.encoding;
   document.encoding = reinterpret_cast<const xmlChar*>(kEncoding);
   xmlNodeDumpOutput(buffer.get(), &document, &entry, 0, 0, kEncoding);
   document.encoding = formerEncoding;
-  std::string text(reinterpret_cast<const char*>(xmlOutputBufferGetContent(buffer.get())),
-                   xmlOutputBufferGetSize(buffer.get()));
-  return text.append(kEnd);
+  xmlOutputBufferWrite(buffer.get(), static_cast<int>(kEnd.size()), kEnd.data());
+  return buffer->error == 0 ? std::move(buffer) : nullptr;
+}
+
+std::string_view ContentOf(xmlOutputBuffer& buffer) {
+  return {reinterpret_cast<const char*>(xmlOutputBufferGetContent(&buffer)),
+          xmlOutputBufferGetSize(&buffer)};
 }
 
 /// Whether all of the text was written at the place, with one call.
@@ -91,10 +97,10 @@ bool XmlLogFile::IsAsWritten() const {
 
 /// Writes the entry and the end over the former end. When that fails, the file is left as it was.
 bool XmlLogFile::WriteEntry(xmlDoc& document, xmlNode& entry) {
-  const std::string text = TextOfLast(document, entry);
+  const OutputBuffer text = TextOfLast(document, entry);
+  if (text == nullptr) return false;
   const off_t end = written_.st_size - static_cast<off_t>(kEnd.size());
-  if (text.empty()) return false;
-  if (!WriteAt(descriptor_.Get(), text, end)) {
+  if (!WriteAt(descriptor_.Get(), ContentOf(*text), end)) {
     // Nobody is told; what cannot be put back now is written anew with the next event.
     static_cast<void>(WriteAt(descriptor_.Get(), kEnd, end));
     static_cast<void>(ftruncate(descriptor_.Get(), written_.st_size) == 0);
