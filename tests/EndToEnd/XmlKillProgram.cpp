@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "EndToEnd/XmlKillMessages.h"
+#include "EndToEnd/KillMessages.h"
 #include "LogClientXml.h"
 #include "LogLevelManager.h"
 #include "Logger.h"

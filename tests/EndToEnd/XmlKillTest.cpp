@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "EndToEnd/XmlKillMessages.h"
+#include "EndToEnd/KillMessages.h"
 #include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/XmlEntries.h"
