@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <future>
@@ -10,6 +11,7 @@
 #include <thread>
 
 #include "Support/Files.h"
+#include "Support/SignalState.h"
 #include "Support/TemporaryFolder.h"
 
 namespace {
@@ -83,6 +85,21 @@ TEST(UnloadTest, LeavesNothingBehindInAThreadThatLoggedAndGoesOn) {
   EXPECT_FALSE(IsMapped("liblogger.so"));
   unloaded.set_value();
   thread.join();  // What the thread has kept is not looked for in the library that has gone.
+}
+
+TEST(UnloadTest, LeavesSignalsAsTheyWereAllTheTime) {
+  const TemporaryFolder folder;
+  const std::string actions = SignalActions();
+  const auto masks = BlockedSignalsOfThreads();
+  {
+    const Module module;
+    EXPECT_EQ(actions, SignalActions());
+    ASSERT_TRUE(module.LogThroughEveryKind(folder.Path()));
+    EXPECT_EQ(actions, SignalActions());
+  }
+
+  EXPECT_EQ(actions, SignalActions());
+  EXPECT_EQ(masks.at(getpid()), BlockedSignalsOfThreads().at(getpid()));
 }
 
 TEST(UnloadTest, CanBeLoadedAgain) {
