@@ -8,7 +8,12 @@
 ///
 /// The size is tested after each write, so the event that crosses the limit is the last one in the
 /// backup. A file that cannot be moved is reported on standard error, and logging goes on in it; no
-/// other failure is reported. Two clients on one file would move each other's files.
+/// other failure is reported. Every event tries again, and each time the backups move up all the
+/// same: after as many events as there are backups, none is left. Two clients on one file would
+/// move each other's files.
+///
+/// A process that dies loses no event that was published, whatever it was at; when it dies while it
+/// moves the files, the next rollover removes one backup more than usual.
 class LOGGER_EXPORT LogClientRollingFile : public LogClientFile {
  public:
   /// Appends to `filename`. `maxFileSize` is in bytes. With `maxBackup` of 0 or less there are no

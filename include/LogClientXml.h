@@ -20,9 +20,10 @@ class XmlLogFile;
 /// The file holds a complete document after every event. The document also stays in memory, and
 /// grows with every event for the life of the client: it suits logs of moderate length. When the
 /// client is destroyed it writes the document a last time, indented, also when there was no event.
-/// Whatever cannot be saved is not reported; it is there again with the next save that works. The
-/// layout is not used. In a forked child the client is not initialised and never writes: the file
-/// is its parent's.
+/// Whatever cannot be saved is not reported; it is there again with the next save that works. An
+/// entry for which there is no room leaves the file as it was; the indented document, which is
+/// longer, is cut where the room ends. In a forked child the client is not initialised and never
+/// writes: the file is its parent's. The layout is not used.
 ///
 /// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
 /// default the message is XML character data: an ampersand in it starts an entity reference, and a
