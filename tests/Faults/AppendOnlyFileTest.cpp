@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ using Texts = std::vector<std::string>;
 class AppendOnly {
  public:
   enum class Kind { Marked, Imitated };
+  friend void PrintTo(Kind kind, std::ostream* out) {
+    *out << (kind == Kind::Marked ? "Marked" : "Imitated");
+  }
 
   AppendOnly(Kind kind, const TemporaryFolder& folder, const std::string& file) : file_(file) {
     isMarked_ = kind == Kind::Marked && Mark(FS_APPEND_FL);

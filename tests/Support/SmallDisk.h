@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "Support/FileCalls.h"
@@ -20,6 +21,9 @@
 class SmallDisk {
  public:
   enum class Kind { Mounted, Imitated };
+  friend void PrintTo(Kind kind, std::ostream* out) {
+    *out << (kind == Kind::Mounted ? "Mounted" : "Imitated");
+  }
 
   SmallDisk(Kind kind, std::size_t pages) : room_(pages * kPage) {
     isMounted_ = kind == Kind::Mounted && Mount();
