@@ -66,16 +66,20 @@ TEST_P(FullDiskTest, TakesOfAFileWhatFitsAndNothingMore) {
   EXPECT_TRUE(expected.substr(0, kRoom) == Content(disk_.Path("app.log")));
 }
 
-TEST_P(FullDiskTest, KeepsAFileClientSilentAlsoWhenThereIsRoomAgain) {
+TEST_P(FullDiskTest, KeepsAFileClientSilentUntilItIsToldToOpenItsFileAgain) {
   WriteFile(disk_.Path("other"), std::string(kRoom, 'x'));
   LogClientFile client(disk_.Path("app.log"), true);
+  client.SetLayout("LogLayoutMessage");
   ClientAmongOthers among(client);
   EXPECT_EQ((Answers{true, false}), among.LogAll({"lost", "lost"}));
 
   std::filesystem::remove(disk_.Path("other"));
-
   EXPECT_EQ((Answers{false, false}), among.LogAll({"lost", "lost"}));
   EXPECT_EQ("", Content(disk_.Path("app.log")));
+
+  client.ReopenAtNextEvent();
+  EXPECT_EQ((Answers{true, true}), among.LogAll({"one", "two"}));
+  EXPECT_EQ("one\ntwo\n", Content(disk_.Path("app.log")));
 }
 
 TEST_P(FullDiskTest, IsNeverReachedByARollingClientWhoseBackupsFit) {
