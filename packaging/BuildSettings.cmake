@@ -35,6 +35,9 @@ if(LOGGER_SANITIZE)
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${LOGGER_SANITIZE})
 endif()
+if(LOGGER_BUILD_FUZZERS)  # Tells libFuzzer which ways an input takes.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # A shared library with our version, whose exports are those of its version script.
 function(logger_shared_library target versionScript)
