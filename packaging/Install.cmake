@@ -16,6 +16,8 @@ install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_I
 
 install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
+install(FILES share/liblogger/wireshark/liblogger.lua
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/wireshark)
 
 configure_file(packaging/loggerctl-serve.service.in loggerctl-serve.service @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service

@@ -94,6 +94,12 @@ class PlainConnection {
     EXPECT_FALSE(count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) << "nothing came";
     return bytes;
   }
+  /// What comes next, as much as there is. Empty when the peer has closed.
+  std::string ReceiveSome() {
+    std::array<char, 4096> piece{};
+    const ssize_t count = recv(descriptor_, piece.data(), piece.size(), 0);
+    return std::string(piece.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
   /// What has arrived and not been received.
   std::string Waiting() const {
     std::array<char, 4096> piece{};
