@@ -16,6 +16,8 @@ install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_I
 
 install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
+install(FILES share/liblogger/lnav/liblogger.json
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/lnav)
 install(FILES share/liblogger/wireshark/liblogger.lua
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/wireshark)
 
