@@ -18,6 +18,8 @@ install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
 install(FILES share/liblogger/lnav/liblogger.json
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/lnav)
+install(FILES share/liblogger/logrotate/loggerctl-serve
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/logrotate)
 install(FILES share/liblogger/wireshark/liblogger.lua
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/wireshark)
 

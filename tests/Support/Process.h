@@ -27,6 +27,7 @@ class RunningProgram {
   /// The next line that it prints on standard output, without the line feed. Empty when it ended.
   std::string ReadLine();
   void Signal(int signal) const;
+  pid_t Id() const { return child_; }
   /// Waits until it has ended. The output is what was not read of it as lines.
   ProcessResult Wait();
 

@@ -17,6 +17,7 @@ class ServingProgram {
   /// The line that tells the address and the port.
   const std::string& Greeting() const { return greeting_; }
   int Port() const { return std::atoi(greeting_.substr(greeting_.rfind(' ') + 1).c_str()); }
+  pid_t Id() const { return program_.Id(); }
 
   void Signal(int signal) const { program_.Signal(signal); }
   ProcessResult Stop(int signal = SIGTERM) {
