@@ -6,27 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "Support/FencedBlocks.h"
 #include "Support/Files.h"
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 const std::string kProject = PROJECT_FOLDER;
-
-/// The fenced blocks of the page, whatever their language.
-Words Blocks() {
-  Words blocks;
-  std::string* block = nullptr;
-  for (const std::string& line : Lines(kProject + "/docs/operations.md")) {
-    if (line.rfind("```", 0) == 0) {
-      block = block == nullptr ? &blocks.emplace_back() : nullptr;
-    } else if (block != nullptr) {
-      *block += line + "\n";
-    }
-  }
-  return blocks;
-}
 
 bool IsInAnInstalledFile(const std::string& block) {
   for (const char* const folder : {"/examples", "/share/liblogger"}) {
@@ -40,10 +25,12 @@ bool IsInAnInstalledFile(const std::string& block) {
 }
 
 TEST(OperationsTest, ShowsExamplesAndInstalledFiles) {
-  const Words blocks = Blocks();
+  const std::vector<FencedBlock> blocks = FencedBlocks(kProject + "/docs/operations.md");
 
   ASSERT_EQ(3U, blocks.size());
-  for (const std::string& block : blocks) EXPECT_TRUE(IsInAnInstalledFile(block)) << block;
+  for (const FencedBlock& block : blocks) {
+    EXPECT_TRUE(IsInAnInstalledFile(block.text)) << block.text;
+  }
 }
 
 }  // namespace
