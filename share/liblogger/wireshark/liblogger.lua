@@ -197,7 +197,7 @@ function Segment:has(size)
   if missing <= 0 then return true end
   if self.pinfo.can_desegment > 0 then
     self.pinfo.desegment_offset = self.place
-    -- More will be asked for behind an integer, which only goes well with whole segments.
+    -- Behind an integer a second request follows, which is lost behind one for a number of bytes.
     self.pinfo.desegment_len = size > kFrameHeader and missing or DESEGMENT_ONE_MORE_SEGMENT
   else
     self:take(self:left())
