@@ -19,5 +19,5 @@ check() { # library, SONAME, the names that may leave it as a pattern
 }
 
 special='(typeinfo|typeinfo name|vtable) for |non-virtual thunk to '
-check liblogger.so liblogger.so.1 "LIBLOGGER_1\$|($special)?Log[A-Z][A-Za-z]*(::|\$)|($special)?Logger::|($special)?SocketLogServer(::|\$)|(IntToBuf|BufToInt)[(]"
+check liblogger.so liblogger.so.1 "LIBLOGGER_1\$|($special)?Log[A-Z][A-Za-z]*(::|\$)|($special)?Logger::|SocketLogServer::|($special)SocketLogServer\$|(IntToBuf|BufToInt)[(]"
 check libKelUtilities.so libKelUtilities.so.1 "LIBKELUTILITIES_1\$|($special)?LibKelUtilities::"
