@@ -1,4 +1,5 @@
-# What `cmake --install` puts where, and what finds it again.
+# What `cmake --install` puts where, and what finds it again. Each component is a Debian package of its
+# own, see DebianPackages.cmake.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,37 +9,53 @@ set(LOGGER_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/liblogger)
 set_target_properties(logger PROPERTIES EXPORT_NAME liblogger)
 install(TARGETS logger KelUtilities
   EXPORT libloggerTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS loggerctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+
+install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR}
+  COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_INCLUDE_DIR}
-  FILES_MATCHING PATTERN "*.h")
+  COMPONENT development FILES_MATCHING PATTERN "*.h")
 
-install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger)
-install(FILES share/liblogger/lnav/liblogger.json
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/lnav)
-install(FILES share/liblogger/logrotate/loggerctl-serve
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/logrotate)
-install(FILES share/liblogger/wireshark/liblogger.lua
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger/wireshark)
-
-configure_file(packaging/loggerctl-serve.service.in loggerctl-serve.service @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service
-  DESTINATION lib/systemd/system)
-
-install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR})
+install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR}
+  COMPONENT development)
 configure_package_config_file(packaging/libloggerConfig.cmake.in libloggerConfig.cmake
   INSTALL_DESTINATION ${LOGGER_PACKAGE_DIR})
 write_basic_package_version_file(libloggerConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/libloggerConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/libloggerConfigVersion.cmake
-  DESTINATION ${LOGGER_PACKAGE_DIR})
+  DESTINATION ${LOGGER_PACKAGE_DIR} COMPONENT development)
 
 # Relative to the .pc file itself, so that an installed tree can be moved.
 file(RELATIVE_PATH LOGGER_PC_PREFIX
   /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(packaging/liblogger.pc.in liblogger.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/liblogger.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+install(TARGETS loggerctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger COMPONENT tools)
+install(DIRECTORY share/liblogger/lnav share/liblogger/logrotate share/liblogger/wireshark
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger COMPONENT tools)
+if(EXISTS ${PROJECT_SOURCE_DIR}/tools/completion/loggerctl.bash)
+  install(FILES tools/completion/loggerctl.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME loggerctl
+    COMPONENT tools)
+endif()
+foreach(section 1 5 7)  # Written by hand, or made by the build.
+  install(DIRECTORY docs/man/ ${CMAKE_CURRENT_BINARY_DIR}/docs/man/
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section}
+    COMPONENT tools OPTIONAL FILES_MATCHING PATTERN "*.${section}")
+endforeach()
+configure_file(packaging/loggerctl-serve.service.in loggerctl-serve.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service
+  DESTINATION lib/systemd/system COMPONENT tools)
+
+# In the same folders as here, which the links between them lead to.
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  PATTERN man EXCLUDE
+  PATTERN "*.json" EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  PATTERN CMakeLists.txt EXCLUDE)

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Builds and runs a program outside the project against the installed package:
-# consumer.sh WORK cmake|pkg-config COMPILER
+# Builds and runs a program outside the project against what is installed below a prefix, or for the
+# whole system when that is empty: consumer.sh PREFIX BUILD-FOLDER cmake|pkg-config COMPILER
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-prefix=$1/prefix
-way=$2
-compiler=$3
-build=$1/consumer-$way-$compiler
+prefix=$1
+build=$2
+way=$3
+compiler=$4
 
 rm -rf "$build"
 mkdir "$build"
@@ -14,17 +14,15 @@ cd "$build"
 case "$way" in
   cmake)
     cmake -S "$here/consumer" -B . -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-      -DCMAKE_PREFIX_PATH="$prefix"
+      ${prefix:+-DCMAKE_PREFIX_PATH="$prefix"}
     cmake --build .
     ;;
   pkg-config)
-    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name liblogger.pc)")
-    export PKG_CONFIG_PATH
+    [ -z "$prefix" ] || export PKG_CONFIG_PATH="$prefix/lib/pkgconfig"
     # The flags are words, to be split.
     # shellcheck disable=SC2046
     "$compiler" -std=c++11 -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" -o consumer $(pkg-config --cflags --libs liblogger)
-    LD_LIBRARY_PATH=$(pkg-config --variable=libdir liblogger)
-    export LD_LIBRARY_PATH
+    [ -z "$prefix" ] || export LD_LIBRARY_PATH="$prefix/lib"
     ;;
   *) exit 2 ;;
 esac

@@ -2,6 +2,6 @@
 # The installed unit of the log server, as the service manager reads it: unit.sh WORK
 set -euo pipefail
 unit=$1/prefix/lib/systemd/system/loggerctl-serve.service
-said=$(systemd-analyze verify "$unit" 2>&1)
+said=$(systemd-analyze verify --man=no "$unit" 2>&1)
 [ -z "$said" ] || { echo "$said" >&2; exit 1; }
 grep -q '^ExecReload=.* -HUP \$MAINPID$' "$unit" || { echo "the unit does not reload" >&2; exit 1; }
