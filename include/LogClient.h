@@ -56,11 +56,6 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
   LogLayout* layout_;  // Owned; may be null.
   bool initialized_;
 
-  /// Called in a forked child for every client that was there, before the fork returns. When
-  /// `wasBusy`, a thread that does not exist there may just have been in the client, and left it in
-  /// any state: it is to be not initialised then. That is all that this one does.
-  virtual void ContinueInChild(bool wasBusy);
-
  private:
   friend class Logger::Internal::ForkGuard;
 };

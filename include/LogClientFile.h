@@ -9,7 +9,8 @@
 namespace Logger {
 namespace Internal {
 class FileStream;
-}
+class ForkGuard;
+}  // namespace Internal
 }  // namespace Logger
 
 /// Writes events to a text file. When Publish returns, the whole event has been handed to the
@@ -50,10 +51,11 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   std::string filename_;
   bool append_;
 
-  void ContinueInChild(bool wasBusy) override;
-
  private:
+  friend class Logger::Internal::ForkGuard;
+
   std::atomic<bool> isReopenDue_;
 
   void Reopen();
+  void ContinueInChild(bool wasBusy);
 };

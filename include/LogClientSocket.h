@@ -11,7 +11,8 @@
 namespace Logger {
 namespace Internal {
 class FrameBatch;
-}
+class ForkGuard;
+}  // namespace Internal
 }  // namespace Logger
 
 /// Sends events to a SocketLogServer in another process, over one TCP connection. Registered as
@@ -63,6 +64,8 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   bool SendToServer(bool wait);
 
  private:
+  friend class Logger::Internal::ForkGuard;
+
   enum class Sent { Everything, NotEvenAHeader, PartOfARecord };
 
   std::list<LogEvent> queue_;               // Not sent yet, oldest first.
@@ -80,5 +83,5 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   bool ExchangeVersions();
   Sent SendBatch(std::size_t& failedFrame);
   void AwaitAnswer();
-  void ContinueInChild(bool wasBusy) override;
+  void ContinueInChild(bool wasBusy);
 };

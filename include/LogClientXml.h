@@ -10,8 +10,9 @@ struct _xmlNode;
 
 namespace Logger {
 namespace Internal {
+class ForkGuard;
 class XmlLogFile;
-}
+}  // namespace Internal
 }  // namespace Logger
 
 /// Writes events as entries of an XML document, which a stylesheet turns into a readable page.
@@ -46,12 +47,14 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   bool Publish(const LogEvent& event) override;
 
  private:
+  friend class Logger::Internal::ForkGuard;
+
   std::string filename_;
   _xmlDoc* document_;  // Owned.
   _xmlNode* root_;     // The document's.
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
 
-  void ContinueInChild(bool wasBusy) override;
+  void ContinueInChild(bool wasBusy);
   void AddText(_xmlNode* entry, const char* name, const std::string& text);
 };

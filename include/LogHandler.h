@@ -139,9 +139,10 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   LogHandler* previousLiving_;
   LogEvent event_;  // The one under way, filled again for each. Guarded by the lock, like the next.
   mutable Distribution*
-      distributions_;   // Under way on the thread that holds the lock, innermost first.
-  bool isHeldForFork_;  // By a thread that forks. Guarded by LivingHandlers.
+      distributions_;  // Under way on the thread that holds the lock, innermost first.
+  bool isHeld_;        // By LivingHandlers, which guards it.
 
+  static bool IsRegistered(unsigned int level);
   bool IsDisabled(unsigned int level) const;
   bool IsDistributing(const LogEvent& event) const;
   bool LogArguments(unsigned int level, const SourcePosition& position, const char* format,
@@ -152,6 +153,6 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool LogVerbatim(unsigned int level, const SourcePosition& position, const char* text);
   bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
                    std::size_t length);
-  bool DropClientsWithin(const timespec& deadline);
+  void DropReceivers();
   void ContinueInChild();
 };

@@ -19,14 +19,17 @@ namespace Logger {
 
 namespace Internal {
 class ForkGuard;
-}
+class ProcessManager;
+}  // namespace Internal
 
 /// Owns what the process shares: the handlers, the live clients, the levels and the two factories.
 ///
-/// There is one per process, made while the library is loaded: GetLogManager(). It ends at process
-/// exit or when the library is unloaded. It then deletes all clients, which closes their files, and
-/// all handlers it made; what the application logs before that moment, also from atexit handlers
-/// and static destructors, is written.
+/// There is one per process, made while the library is loaded: GetLogManager(). It ends the logging
+/// at process exit, or when the library is unloaded: every handler rejects every level from then
+/// on, and all clients are deleted, which closes their files. What the application logs before that
+/// moment, also from atexit handlers and static destructors, is written; whoever logs later, such
+/// as a thread that goes on while the process exits, finds the handlers still there, and gets
+/// false. Unloading deletes them too.
 ///
 /// A manager that an application makes besides has handlers and registries of its own; its handlers
 /// must not be deleted while it lives, and follow the levels of the process's manager.
@@ -36,8 +39,9 @@ class ForkGuard;
 class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
  public:
   LogManager();
-  /// Makes every handler reject every level, and deletes the clients, then the handlers, then the
-  /// rest. When a thread is stuck in a client for more than a second, all of it is left as it is.
+  /// Deletes the clients, then the handlers, then the rest. The process's own makes every handler
+  /// reject every level first; when a thread is stuck in a client for more than a second, all of it
+  /// is left as it is.
   virtual ~LogManager();
 
   /// Makes a new handler "default" and new, empty registries in place of the present ones, which
@@ -66,6 +70,8 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
 
  private:
   friend class Internal::ForkGuard;
+  friend class Internal::ProcessManager;
+  friend class ::LogHandler;
 
   struct HandlerEntry;
   struct Abandoned;
@@ -88,7 +94,7 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   template <typename Visit>
   void VisitHandlers(Visit visit);
   void KeepAbandoned();
-  bool DropAllClients();
+  bool EndLogging();
   void ContinueInChild();
 
   static LogManager* IfThereIsOne();

@@ -39,7 +39,3 @@ bool LogClient::SetLayout(LogLayout* layout) {
   layout_ = layout;
   return true;
 }
-
-void LogClient::ContinueInChild(bool wasBusy) {
-  if (wasBusy) initialized_ = false;
-}

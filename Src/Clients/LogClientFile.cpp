@@ -81,7 +81,6 @@ void LogClientFile::ReopenAtNextEvent() noexcept {
 }
 
 void LogClientFile::ContinueInChild(bool wasBusy) {
-  LogClient::ContinueInChild(wasBusy);
   if (!wasBusy) return;
   static_cast<void>(stream_.release());  // Nobody knows what could be destroyed of it.
   stream_ = std::make_unique<FileStream>();

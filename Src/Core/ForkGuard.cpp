@@ -4,9 +4,13 @@
 #include <sched.h>
 
 #include "Core/LivingHandlers.h"
+#include "Internal/Patience.h"
 #include "Internal/TimeText.h"
 #include "LogClient.h"
+#include "LogClientFile.h"
 #include "LogClientManager.h"
+#include "LogClientSocket.h"
+#include "LogClientXml.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 
@@ -14,43 +18,11 @@ using LibKelUtilities::MutexWrapper;
 
 namespace Logger::Internal {
 
-namespace {
-
-constexpr long kSecond = 1'000'000'000;  // Nanoseconds.
-constexpr long kPatience = kSecond;
-constexpr long kPatienceOfAnAttempt = kSecond / 500;
-
-timespec FromNowOn(long nanoseconds) {
-  timespec moment;
-  clock_gettime(CLOCK_REALTIME, &moment);
-  moment.tv_nsec += nanoseconds;
-  moment.tv_sec += moment.tv_nsec / kSecond;
-  moment.tv_nsec %= kSecond;
-  return moment;
-}
-
-/// Counts by the clock that nobody sets.
-class Patience {
- public:
-  Patience() { clock_gettime(CLOCK_MONOTONIC, &start_); }
-
-  bool IsOver() const {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return (now.tv_sec - start_.tv_sec) * kSecond + now.tv_nsec - start_.tv_nsec >= kPatience;
-  }
-
- private:
-  timespec start_;
-};
-
-}  // namespace
-
 thread_local ForkGuard::Holds ForkGuard::holds_;
 
 void ForkGuard::Prepare() noexcept {
   const Patience patience;
-  while (!HoldAll(FromNowOn(kPatienceOfAnAttempt)) && !patience.IsOver()) {
+  while (!HoldAll(patience.EndOfAnAttempt()) && !patience.IsOver()) {
     ContinueInParent();
     sched_yield();
   }
@@ -58,7 +30,7 @@ void ForkGuard::Prepare() noexcept {
 
 /// Handlers first: a thread in a handler may want the others, hardly ever the other way round.
 bool ForkGuard::HoldAll(const timespec& deadline) {
-  const bool areHandlersHeld = LivingHandlers::HoldForFork(deadline);
+  const bool areHandlersHeld = LivingHandlers::HoldAll(deadline);
   const bool areManagersHeld = HoldManagers(deadline);
   holds_.isTimeTextHeld = TimeTextLock::HoldForFork(deadline);
   return areHandlersHeld && areManagersHeld && holds_.isTimeTextHeld;
@@ -89,7 +61,7 @@ void ForkGuard::ContinueInParent() noexcept {
     if (hold.isHeld) hold.mutex->ReleaseInParent();
     hold = {};
   }
-  LivingHandlers::ReleaseInParent();
+  LivingHandlers::ReleaseAll();
 }
 
 void ForkGuard::ContinueInChild() noexcept {
@@ -107,8 +79,16 @@ void ForkGuard::ContinueClients() {
   LogManager* const manager = LogManager::IfThereIsOne();
   if (manager == nullptr) return;
   for (LogClient* client : manager->GetLogClientManager()->clients_) {
-    client->ContinueInChild(LivingHandlers::WasBusyAtFork(*client));
+    ContinueClient(*client, LivingHandlers::WasBusyAtFork(*client));
   }
+}
+
+/// A client that was busy may be in any state: a thread that does not exist here was in it.
+void ForkGuard::ContinueClient(LogClient& client, bool wasBusy) {
+  if (wasBusy) client.initialized_ = false;
+  if (auto* const file = dynamic_cast<LogClientFile*>(&client)) file->ContinueInChild(wasBusy);
+  if (auto* const log = dynamic_cast<LogClientXml*>(&client)) log->ContinueInChild(wasBusy);
+  if (auto* const peer = dynamic_cast<LogClientSocket*>(&client)) peer->ContinueInChild(wasBusy);
 }
 
 namespace {

@@ -4,6 +4,8 @@
 
 #include <array>
 
+class LogClient;
+
 namespace LibKelUtilities {
 class MutexWrapper;
 }
@@ -38,6 +40,7 @@ class ForkGuard {
   static bool HoldAll(const timespec& deadline);
   static bool HoldManagers(const timespec& deadline);
   static void ContinueClients();
+  static void ContinueClient(LogClient& client, bool wasBusy);
 };
 
 }  // namespace Logger::Internal

@@ -1,10 +1,12 @@
 #include "Core/LivingHandlers.h"
 
 #include <pthread.h>
+#include <sched.h>
 
 #include <algorithm>
 
 #include "Core/LevelAccess.h"
+#include "Internal/Patience.h"
 #include "LogHandler.h"
 
 namespace Logger::Internal {
@@ -20,7 +22,7 @@ LogHandler* first = nullptr;
 const LogLevelManager* registry = nullptr;
 std::uint64_t registeredLevels = 0;
 
-// Whether the thread holds the lock because it forks.
+// Whether the thread holds the lock, and those of handlers, for longer.
 thread_local bool isListHeld = false;
 
 class Guard {
@@ -97,13 +99,13 @@ void LivingHandlers::RefreshAll() {
   }
 }
 
-bool LivingHandlers::HoldForFork(const timespec& deadline) noexcept {
+bool LivingHandlers::HoldAll(const timespec& deadline) noexcept {
   isListHeld = pthread_mutex_timedlock(&lock, &deadline) == 0;
   if (!isListHeld) return false;
   LogHandler* notHad = nullptr;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    handler->isHeldForFork_ = handler->HoldForFork(deadline);
-    if (!handler->isHeldForFork_) notHad = handler;
+    handler->isHeld_ = handler->HoldForFork(deadline);
+    if (!handler->isHeld_) notHad = handler;
   }
   // Next time it comes before those that a thread may be on its way to from it.
   if (notHad != nullptr) {
@@ -113,19 +115,35 @@ bool LivingHandlers::HoldForFork(const timespec& deadline) noexcept {
   return notHad == nullptr;
 }
 
-void LivingHandlers::ReleaseInParent() noexcept {
+void LivingHandlers::ReleaseAll() noexcept {
   if (!isListHeld) return;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    if (handler->isHeldForFork_) handler->ReleaseInParent();
-    handler->isHeldForFork_ = false;
+    if (handler->isHeld_) handler->ReleaseInParent();
+    handler->isHeld_ = false;
   }
   isListHeld = false;
   pthread_mutex_unlock(&lock);
 }
 
+bool LivingHandlers::DropAllReceivers() noexcept {
+  const Patience patience;
+  bool areAllHeld = HoldAll(patience.EndOfAnAttempt());
+  while (!areAllHeld && !patience.IsOver()) {
+    ReleaseAll();
+    sched_yield();
+    areAllHeld = HoldAll(patience.EndOfAnAttempt());
+  }
+  for (LogHandler* handler = first; isListHeld && handler != nullptr;
+       handler = handler->nextLiving_) {
+    if (handler->isHeld_) handler->DropReceivers();
+  }
+  ReleaseAll();
+  return areAllHeld;
+}
+
 void LivingHandlers::RenewInChild() noexcept {
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    handler->isHeldForFork_ = isListHeld && handler->isHeldForFork_;
+    handler->isHeld_ = isListHeld && handler->isHeld_;
     handler->ContinueInChild();
   }
   isListHeld = false;
@@ -137,7 +155,7 @@ bool LivingHandlers::WasBusyAtFork(const LogHandlerClient& receiver) noexcept {
     const auto& receivers = handler->clients_;
     const bool isReceiver =
         std::find(receivers.begin(), receivers.end(), &receiver) != receivers.end();
-    if (isReceiver && !handler->isHeldForFork_) return true;
+    if (isReceiver && !handler->isHeld_) return true;
   }
   return false;
 }

@@ -28,11 +28,15 @@ class LivingHandlers {
   /// A level of any number was switched on or off.
   static void SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept;
 
-  /// Takes the locks of all handlers before a fork, and keeps the list as it is. False when they
-  /// could not all be had up to the deadline (CLOCK_REALTIME): those that could are held then.
-  static bool HoldForFork(const timespec& deadline) noexcept;
-  static void ReleaseInParent() noexcept;  ///< Undoes HoldForFork, whatever it told.
-  /// Makes all handlers usable in the child.
+  /// Takes the locks of all handlers, and keeps the list as it is. False when they could not all be
+  /// had up to the deadline (CLOCK_REALTIME): those that could are held then.
+  static bool HoldAll(const timespec& deadline) noexcept;
+  static void ReleaseAll() noexcept;  ///< Undoes HoldAll, whatever it told.
+  /// Detaches all receivers from all handlers. False when a thread that is busy with a handler does
+  /// not come to an end: its receivers stay.
+  static bool DropAllReceivers() noexcept;
+
+  /// Makes all handlers usable in a forked child, after HoldAll.
   static void RenewInChild() noexcept;
   /// Whether a thread that does not exist in the child may have been in this receiver: the lock of
   /// a handler that it is attached to could not be had.

@@ -32,11 +32,6 @@ constexpr Contract kAddLogClient{"logClient", "Src/LogHandler", 216,
 constexpr Contract kRemoveLogClient{"logClient", "Src/LogHandler", 285,
                                     "void LogHandler::RemoveLogClient(LogHandlerClient*)"};
 
-bool IsRegistered(unsigned int level) {
-  LogLevelManager* levels = Logger::GetLogLevelManager();
-  return levels != nullptr && levels->ExistLogLevel(level);
-}
-
 LogEvent EmptyEvent() { return LogEvent(0, "", "", "", 0, timeval(), 0); }
 
 }  // namespace
@@ -95,7 +90,7 @@ LogHandler::LogHandler(const logstring& name)
       previousLiving_(nullptr),
       event_(EmptyEvent()),
       distributions_(nullptr),
-      isHeldForFork_(false) {
+      isHeld_(false) {
   LivingHandlers::Enter(*this);
   LogHandler::Init();
 }
@@ -121,6 +116,12 @@ logstring LogHandler::GetName() const { return name_; }
 void LogHandler::SetLogHandlerActive(bool active) { LivingHandlers::SetActive(*this, active); }
 
 bool LogHandler::GetLogHandlerActive() const { return active_; }
+
+/// No level is registered once the process's manager has ended the logging.
+bool LogHandler::IsRegistered(unsigned int level) {
+  Logger::LogManager* const manager = Logger::LogManager::IfThereIsOne();
+  return manager != nullptr && manager->GetLogLevelManager()->ExistLogLevel(level);
+}
 
 void LogHandler::SetLogLevel(unsigned int level, bool enable) {
   if (!IsRegistered(level)) return;
@@ -192,17 +193,14 @@ LogHandlerClient* LogHandler::RemoveLogClientAt(unsigned int index) {
   return removed;
 }
 
-bool LogHandler::DropClientsWithin(const timespec& deadline) {
-  if (pthread_mutex_timedlock(GetMutex(), &deadline) != 0) return false;
+void LogHandler::DropReceivers() {
   while (RemoveLogClientAt(0) != nullptr) continue;
-  pthread_mutex_unlock(GetMutex());
-  return true;
 }
 
 /// Makes the handler usable in a forked child. The forking thread may have been within it, and goes
 /// on there; every other thread that was is gone.
 void LogHandler::ContinueInChild() {
-  if (!isHeldForFork_) {
+  if (!isHeld_) {
     distributions_ = nullptr;
     new (&event_) LogEvent(EmptyEvent());  // The former one may have been half filled.
   }

@@ -6,6 +6,7 @@
 #include <shared_mutex>
 
 #include "Core/LivingHandlers.h"
+#include "Internal/LibraryEnd.h"
 #include "Internal/Require.h"
 #include "LogClientFactory.h"
 #include "LogClientManager.h"
@@ -16,6 +17,7 @@
 namespace Logger {
 
 using Internal::Contract;
+using Internal::IsLibraryUnloaded;
 using Internal::LivingHandlers;
 using Internal::Require;
 
@@ -63,13 +65,7 @@ LogManager::LogManager()
 }
 
 LogManager::~LogManager() {
-  if (processManager == this) {
-    LivingHandlers::FollowRegistry(nullptr);  // Every handler rejects every level from here on.
-    processManager = nullptr;
-  }
-  if (!DropAllClients()) return;
-  clientManager_.load()->Clear();
-  delete clientManager_.exchange(nullptr);
+  if (!EndLogging()) return;
 
   // Off the list first: a handler's destructor tells the process's manager only, whichever made it.
   HandlerEntries entries;
@@ -79,23 +75,25 @@ LogManager::~LogManager() {
   }
   for (const auto& entry : entries) delete entry->handler;
 
+  delete clientManager_.exchange(nullptr);
   delete levelManager_.exchange(nullptr);
   delete clientFactory_.exchange(nullptr);
   delete layoutFactory_.exchange(nullptr);
 }
 
-/// Detaches all clients from all handlers. False when a thread that is busy with a handler does not
-/// come to an end: what it uses must stay as it is then, for what is left of the process's life.
-bool LogManager::DropAllClients() {
-  constexpr int kSecondsOfPatience = 1;
-  timespec deadline;
-  clock_gettime(CLOCK_REALTIME, &deadline);
-  deadline.tv_sec += kSecondsOfPatience;
-  bool allDropped = true;
-  VisitHandlers([&](LogHandler& handler) {
-    if (!handler.DropClientsWithin(deadline)) allDropped = false;
-  });
-  return allDropped;
+/// Makes every handler reject every level, detaches all receivers, and deletes the clients. False
+/// when a thread that is busy with a handler does not come to an end: what it uses must stay as it
+/// is then, for what is left of the process's life.
+bool LogManager::EndLogging() {
+  if (processManager == this) {
+    LivingHandlers::FollowRegistry(nullptr);
+    processManager = nullptr;
+    if (!LivingHandlers::DropAllReceivers()) return false;
+  } else {
+    VisitHandlers([](LogHandler& handler) { handler.DropReceivers(); });
+  }
+  clientManager_.load()->Clear();
+  return true;
 }
 
 void LogManager::Init() {
@@ -205,23 +203,42 @@ LogClientFactory* LogManager::GetLogClientFactory() { return clientFactory_; }
 
 LogLayoutFactory* LogManager::GetLogLayoutFactory() { return layoutFactory_; }
 
-namespace {
+namespace Internal {
 
 /// The manager together with what makes it the process's own.
-struct ProcessManager {
-  LogManager manager;
-
-  ProcessManager() {
-    processManager = &manager;
-    LivingHandlers::FollowRegistry(manager.GetLogLevelManager());
+///
+/// While the process exits, other threads may still log, and look handlers up: then the manager
+/// ends the logging, and stays with its handlers where it is. Only when the library is unloaded,
+/// and nobody can be in it any more, is it destroyed.
+class ProcessManager {
+ public:
+  ProcessManager() : manager_(new (place_) LogManager) {
+    processManager = manager_;
+    LivingHandlers::FollowRegistry(manager_->GetLogLevelManager());
   }
+  ~ProcessManager() {
+    if (IsLibraryUnloaded()) {
+      manager_->~LogManager();
+    } else {
+      static_cast<void>(manager_->EndLogging());
+    }
+  }
+
+  ProcessManager(const ProcessManager&) = delete;
+  ProcessManager& operator=(const ProcessManager&) = delete;
+
+  LogManager* Get() const { return manager_; }
+
+ private:
+  alignas(LogManager) unsigned char place_[sizeof(LogManager)];
+  LogManager* const manager_;
 };
 
-}  // namespace
+}  // namespace Internal
 
 LogManager* GetLogManager() {
-  static ProcessManager instance;
-  return &instance.manager;
+  static Internal::ProcessManager instance;
+  return instance.Get();
 }
 
 LogHandler* GetDefaultLogHandler() { return GetLogManager()->GetDefault(); }

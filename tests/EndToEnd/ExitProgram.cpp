@@ -1,8 +1,15 @@
-// Logs to the file named by its argument from main and from all that runs after it. With a second
-// argument, a thread of the program is stuck in a client meanwhile.
+// Logs to the file named by its argument from main and from all that runs after it. The second
+// argument says what happens besides:
+//
+//   stuck     a thread is stuck in a client
+//   return    threads go on logging while main returns
+//   worker    they do so while one of them calls exit
+//   quick     they do so while main calls quick_exit
 
+#include <atomic>
 #include <cstdlib>
 #include <future>
+#include <string>
 #include <thread>
 
 #include "LogClient.h"
@@ -44,17 +51,48 @@ void LetAThreadGetStuck() {
   isIn.wait();
 }
 
+/// Logs for ever, by a handler that it keeps and by one that it looks up.
+[[noreturn]] void GoOnLogging(std::atomic<int>& started, int thread) {
+  LogHandler* const kept = Logger::GetDefaultLogHandler();
+  for (int number = 0;; ++number) {
+    LogHandler* const handler =
+        number % 2 == 0 ? kept : Logger::GetLogHandler("of thread " + std::to_string(thread));
+    handler->Log(number % 3 == 0 ? 70 : 1, "thread %d %d", thread, number);
+    if (number == 10) ++started;
+  }
+}
+
+/// Every handler's events come to the default handler.
+void LetThreadsGoOnLogging() {
+  constexpr int kThreads = 4;
+  static std::atomic<int> started{0};
+  for (int thread = 0; thread < kThreads; ++thread) {
+    Logger::GetLogHandler("of thread " + std::to_string(thread))
+        ->AddLogClient(Logger::GetDefaultLogHandler());
+    std::thread([thread] { GoOnLogging(started, thread); }).detach();
+  }
+  while (started < kThreads) std::this_thread::yield();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) return 2;
   Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
+  Logger::GetLogLevelManager()->AddLogLevel(70, "DETAIL");
   auto* const client = new LogClientFile(argv[1], true);
   client->SetLayout("LogLayoutMessage");
   Logger::GetDefaultLogHandler()->AddLogClient(client);
   std::atexit([] { LogText("atexit, registered first"); });
   UseLocalStatic();
   std::atexit([] { LogText("atexit, registered last"); });
-  if (argc > 2) LetAThreadGetStuck();
+  const std::string mode = argc > 2 ? argv[2] : "";
+  if (mode == "stuck") LetAThreadGetStuck();
+  if (mode == "return" || mode == "worker" || mode == "quick") LetThreadsGoOnLogging();
   LogText("main");
+  if (mode == "quick") std::quick_exit(0);
+  if (mode == "worker") {
+    std::thread([] { std::exit(0); }).detach();
+    std::promise<void>().get_future().wait();
+  }
 }

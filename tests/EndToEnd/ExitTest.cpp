@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "Support/Files.h"
 #include "Support/Process.h"
@@ -35,5 +39,43 @@ TEST(ExitTest, EndsAlsoWhenAThreadIsStuckInAClient) {
   EXPECT_EQ("", result.errors);
   EXPECT_EQ("destructor of a static object", Lines(folder.Path("exit.log")).back());
 }
+
+/// How often a program ends while its threads log: many times more in the long run.
+int Runs() {
+  const char* const wanted = std::getenv("LOGGER_TEST_EXITS");
+  return wanted == nullptr ? 20 : std::atoi(wanted);
+}
+
+/// Fails unless the file has what each of the four threads logged up to some moment, line by line.
+void ExpectBeginningOfEachThread(const std::vector<std::string>& lines) {
+  std::map<std::string, int> next;
+  for (const std::string& line : lines) {
+    if (line.rfind("thread ", 0) != 0) continue;
+    const std::size_t space = line.rfind(' ');
+    ASSERT_EQ(std::to_string(next[line.substr(0, space)]++), line.substr(space + 1)) << line;
+  }
+  EXPECT_EQ(4U, next.size());
+}
+
+class ExitWithThreadsTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(ExitWithThreadsTest, WritesAllUpToTheEndOfTheLogging) {
+  const TemporaryFolder folder;
+  for (int run = 0; run < Runs(); ++run) {
+    SCOPED_TRACE(run);
+    const std::string file = folder.Path("exit" + std::to_string(run) + ".log");
+
+    const ProcessResult result = RunProgram({EXIT_PROGRAM, file, GetParam()});
+
+    ASSERT_EQ(0, result.exitCode) << "signal " << result.signal;
+    ASSERT_EQ("", result.errors);
+    ExpectBeginningOfEachThread(Lines(file));
+    std::filesystem::remove(file);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(WhileTheyLog, ExitWithThreadsTest,
+                         testing::Values("return", "worker", "quick"),
+                         [](const auto& way) { return way.param; });
 
 }  // namespace
