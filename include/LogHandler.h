@@ -146,7 +146,7 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool IsDisabled(unsigned int level) const;
   bool IsDistributing(const LogEvent& event) const;
   bool LogArguments(unsigned int level, const SourcePosition& position, const char* format,
-                    va_list arguments);
+                    va_list arguments) LOGGER_PRINTF_FORMAT(4, 0);
   void DistributeUnderLock(const LogEvent& event) const;
   void Fill(LogEvent& event, unsigned int level, const SourcePosition& position, const char* text,
             std::size_t length) const;

@@ -492,7 +492,7 @@ TEST_F(LogClientXmlTest, WritesEverythingWhenTheFileWasCut) {
   LogClientXml client(file_, "");
   client.Publish(EventWith("0"));
 
-  for (const std::size_t length : {0, 1, 2}) {
+  for (const std::size_t length : {0U, 1U, 2U}) {
     std::filesystem::resize_file(file_, length == 2 ? Content(file_).size() - 1 : length);
     client.Publish(EventWith(messages[length + 1]));
   }

@@ -37,7 +37,8 @@ class XmlMessages {
   std::string text;  ///< All messages, one behind the other.
 
  private:
-  static void Collect(void* context, const char* format, ...) {
+  __attribute__((format(printf, 2, 3))) static void Collect(void* context, const char* format,
+                                                            ...) {
     std::array<char, 2000> message{};
     va_list arguments;
     va_start(arguments, format);
