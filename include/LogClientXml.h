@@ -43,7 +43,8 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   void Init(const std::string& xslfilename);
 
   /// Adds an entry with the event's level name, date, time and message, and saves the document.
-  /// False when the client is not initialised.
+  /// False when the client is not initialised. An event for whose entry there is no memory is
+  /// dropped.
   bool Publish(const LogEvent& event) override;
 
  private:

@@ -69,7 +69,7 @@ void LogClientXml::Init(const std::string& xslfilename) {
   root_ = xmlNewNode(nullptr, XmlChars("apitestlog"));
   if (root_ == nullptr) return;
   xmlDocSetRootElement(document_, root_);
-  initialized_ = true;
+  initialized_ = !silence.RanOutOfMemory();
 }
 
 bool LogClientXml::Publish(const LogEvent& event) {
@@ -87,6 +87,11 @@ bool LogClientXml::Publish(const LogEvent& event) {
   AddText(entry, "date", date);
   AddText(entry, "time", time);
   AddText(entry, "log", log);
+  if (silence.RanOutOfMemory()) {  // An entry that lacks a part is none.
+    xmlUnlinkNode(entry);
+    xmlFreeNode(entry);
+    return true;
+  }
   file_->SaveWith(*document_, *entry);
   return true;
 }

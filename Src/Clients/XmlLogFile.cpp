@@ -47,7 +47,9 @@ OutputBuffer TextOfLast(xmlDoc& document, xmlNode& entry) {
   xmlNodeDumpOutput(buffer.get(), &document, &entry, 0, 0, kEncoding);
   document.encoding = formerEncoding;
   xmlOutputBufferWrite(buffer.get(), static_cast<int>(kEnd.size()), kEnd.data());
-  return buffer->error == 0 ? std::move(buffer) : nullptr;
+  // A buffer for which memory ran out has no error of its own, but no content.
+  const bool isWhole = buffer->error == 0 && xmlOutputBufferGetContent(buffer.get()) != nullptr;
+  return isWhole ? std::move(buffer) : nullptr;
 }
 
 std::string_view ContentOf(xmlOutputBuffer& buffer) {

@@ -18,9 +18,12 @@ XmlSilence::XmlSilence()
       genericContext_(xmlGenericErrorContext),
       structuredHandler_(xmlStructuredError),
       structuredContext_(xmlStructuredErrorContext),
-      lastError_() {
+      lastError_(),
+      ranOutOfMemory_(false) {
   xmlSetGenericErrorFunc(nullptr, Ignore);
-  xmlSetStructuredErrorFunc(nullptr, nullptr);
+  xmlSetStructuredErrorFunc(&ranOutOfMemory_, [](void* ranOutOfMemory, auto* error) {
+    if (error->code == XML_ERR_NO_MEMORY) *static_cast<bool*>(ranOutOfMemory) = true;
+  });
 #if LIBXML_VERSION < 21200    // Later releases let nobody put an error back.
   lastError_ = xmlLastError;  // With the texts that it owns.
   xmlLastError = xmlError{};

@@ -15,12 +15,17 @@ class XmlSilence {
   XmlSilence(const XmlSilence&) = delete;
   XmlSilence& operator=(const XmlSilence&) = delete;
 
+  /// Whether libxml2 got no memory for something meanwhile. It then leaves out a part of what it
+  /// makes, with no other sign in most of its results.
+  bool RanOutOfMemory() const { return ranOutOfMemory_; }
+
  private:
   xmlGenericErrorFunc genericHandler_;
   void* genericContext_;
   xmlStructuredErrorFunc structuredHandler_;
   void* structuredContext_;
   xmlError lastError_;
+  bool ranOutOfMemory_;
 };
 
 }  // namespace Logger::Internal
