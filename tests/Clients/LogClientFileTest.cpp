@@ -41,6 +41,25 @@ TEST_F(LogClientFileTest, WritesStandardLines) {
   EXPECT_EQ("2024-03-05T14:07:09 |ERROR| disk full\n", Content(file_));
 }
 
+TEST_F(LogClientFileTest, WritesTheLineOfEachLayout) {
+  SetTimeZone("UTC0");
+  Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
+  LogClientFile client(file_, true);
+
+  for (const char* layout :
+       {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
+    EXPECT_TRUE(client.SetLayout(layout));
+    EXPECT_TRUE(client.Publish(EventWith("disk full")));
+  }
+
+  EXPECT_EQ(
+      "disk full\n"
+      "ERROR - disk full\n"
+      "2024-03-05T14:07:09 |ERROR| disk full\n"
+      "2024-03-05T14:07:09 |ERROR| file.cpp 42 disk full\n",
+      Content(file_));
+}
+
 TEST_F(LogClientFileTest, HasEveryEventOnDiskWhenPublishReturns) {
   LogClientFile client(file_, true);
   client.SetLayout("LogLayoutMessage");

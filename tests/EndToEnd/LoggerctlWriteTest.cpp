@@ -7,6 +7,7 @@
 #include "Support/Process.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/Timeless.h"
+#include "Support/XmlConfiguration.h"
 
 namespace {
 
@@ -474,6 +475,31 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationThatSwitchesLoggingOff) {
 
   ExpectUnusable("loggerctl: " + config + ": logging is switched off there (logging = false)\n",
                  RunProgram(Command(config) + Words{"--level", "1", "text"}));
+}
+
+TEST_F(LoggerctlWriteTest, NamesTheLineOfAnXmlConfigurationThatDoesNotFitTheSchema) {
+  const std::string config =
+      File("odd.xml", "<configlogger>\n<logging enable=\"true\"/>\n<nonsense/>\n</configlogger>\n");
+
+  // The first line is libxml2's.
+  ExpectUnusable(config +
+                     ":3: element nonsense: Schemas validity error : Element 'nonsense': "
+                     "This element is not expected. Expected is ( loglevel ).\n"
+                     "loggerctl: " +
+                     config +
+                     ": line 3: Element 'nonsense': "
+                     "This element is not expected. Expected is ( loglevel ).\n",
+                 RunProgram(Command(config) + Words{"--level", "1", "text"}));
+}
+
+TEST_F(LoggerctlWriteTest, DoesNotUseAnXmlConfigurationThatSwitchesLoggingOff) {
+  XmlConfiguration off;
+  off.logging = "<logging enable=\"false\"/>\n";
+  const std::string config = File("off.xml", off.Text());
+
+  ExpectUnusable(
+      "loggerctl: " + config + ": logging is switched off there, or this is no configuration\n",
+      RunProgram(Command(config) + Words{"--level", "1", "text"}));
 }
 
 TEST_F(LoggerctlWriteTest, NeedsAConfiguration) {
