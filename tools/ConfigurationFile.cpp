@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include "LogConfiguratorIni.h"
 #include "LogConfiguratorXml.h"
@@ -21,7 +22,9 @@ void RequireReadable(const std::string& fileName) {
     throw UsageError(fileName + ": is a directory");
   }
   errno = 0;
-  if (!std::ifstream(fileName).is_open()) throw UsageError(fileName + ": " + std::strerror(errno));
+  if (!std::ifstream(fileName).is_open()) {
+    throw UsageError(fileName + ": " + std::generic_category().message(errno));
+  }
 }
 
 /// Whether the file is an XML document: it begins with a markup character, behind blanks and the

@@ -10,6 +10,7 @@
 
 namespace {
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the tree of handlers, and once for each.
 bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
   if (!visited.insert(&handler).second) return false;
   for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {

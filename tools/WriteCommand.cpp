@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "CommandLine.h"
@@ -144,7 +145,7 @@ void WriteStandardInput(LineWriter& writer) {
   const int error = errno;
   free(buffer);
   if (ferror(stdin) != 0) {
-    throw UsageError(std::string("standard input cannot be read: ") + std::strerror(error));
+    throw UsageError("standard input cannot be read: " + std::generic_category().message(error));
   }
 }
 

@@ -207,6 +207,7 @@ bool LogConfiguratorXml::BuildLogTree() {
   return true;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): libxml2 takes no document that is more than 256 deep.
 bool LogConfiguratorXml::AddSubHandler(void* node, LogHandler* parent) {
   if (node == nullptr || parent == nullptr) return false;
   for (xmlNode* const child : ChildrenNamed("loghandler", static_cast<xmlNode*>(node))) {

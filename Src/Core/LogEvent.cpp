@@ -67,7 +67,7 @@ logstring LogEvent::GetFullFileName() const { return fileName_; }
 
 logstring LogEvent::GetFileName() const {
   // Without a backslash the position is the largest there is, and the one behind it is 0.
-  return fileName_.substr(fileName_.find_last_of("\\") + 1);
+  return fileName_.substr(fileName_.find_last_of('\\') + 1);
 }
 
 int LogEvent::GetLine() const { return line_; }

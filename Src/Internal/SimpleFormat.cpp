@@ -59,6 +59,7 @@ struct Arguments {
 template <typename Signed, typename Unsigned>
 bool ConvertNumber(char conversion, Arguments& arguments, Writer& out) {
   switch (conversion) {
+    // NOLINTNEXTLINE(bugprone-branch-clone): each reads an argument of its own type.
     case 'd':
     case 'i':
       return out.Decimal(va_arg(arguments.list, Signed));
