@@ -6,6 +6,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <iomanip>
+#include <locale>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -372,6 +374,34 @@ TEST_F(LogClientFileTest, WritesNumbersWithoutTheGroupsOfTheGlobalLocale) {
   client.Publish(LogEvent(99, "m", "handler", "a.cpp", 1234567, timeval{1709647629, 42}, 7));
 
   EXPECT_EQ("2024-03-05T14:07:09 || a.cpp 1234567 m\n", Content(file_));
+}
+
+TEST_F(LogClientFileTest, WritesNumbersAsALayoutSetTheStreamTo) {
+  SetTimeZone("UTC0");
+  LogClientFile client(file_, true);
+  client.SetLayout(new FunctionLayout([](std::ostream& out, const LogEvent&) {
+    const GroupedNumbers grouped;
+    out.imbue(std::locale());
+  }));
+  client.Publish(EventWith("none"));
+  client.SetLayout("LogLayoutExtended");
+
+  client.Publish(LogEvent(99, "m", "handler", "a.cpp", 1234567, timeval{1709647629, 42}, 7));
+
+  EXPECT_EQ("2024-03-05T14:07:09 || a.cpp 1,234,567 m\n", Content(file_));
+}
+
+TEST_F(LogClientFileTest, FillsTheWidthThatALayoutLeft) {
+  LogClientFile client(file_, true);
+  client.SetLayout(
+      new FunctionLayout([](std::ostream& out, const LogEvent&) { out << std::setw(6); }));
+  client.Publish(EventWith("none"));
+  client.SetLayout("LogLayoutMessage");
+
+  client.Publish(EventWith("m"));
+  client.Publish(EventWith("m"));
+
+  EXPECT_EQ("     m\nm\n", Content(file_));
 }
 
 TEST_F(LogClientFileTest, FollowsNoChangeOfTheGlobalLocale) {

@@ -809,6 +809,18 @@ TEST_F(LogConfiguratorXmlTest, AttachesTheHandlersOfAnElementWhenAsked) {
   EXPECT_EQ((std::vector<LogHandlerClient*>{b}), Receivers("a"));
 }
 
+TEST_F(LogConfiguratorXmlTest, AttachesNothingWithoutAnElementOrAHandler) {
+  const ParsedText element("<any><loghandler name='a'/></any>");
+  Logger::GetLogHandler("a");
+  LogHandler parent("parent");
+  LogConfiguratorXml configurator;
+
+  EXPECT_FALSE(configurator.AddSubHandler(nullptr, &parent));
+  EXPECT_FALSE(configurator.AddSubHandler(element.Root(), nullptr));
+
+  EXPECT_EQ(0U, parent.GetLogClientCount());
+}
+
 TEST_F(LogConfiguratorXmlTest, StopsAtAChildWithoutAName) {
   const ParsedText element("<any><loghandler name='a'/><loghandler/><loghandler name='b'/></any>");
   LogHandler* const a = Logger::GetLogHandler("a");

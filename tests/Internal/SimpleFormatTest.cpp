@@ -55,8 +55,9 @@ TEST(SimpleFormatTest, FormatsWhatMostMessagesConsistOf) {
 }
 
 TEST(SimpleFormatTest, LeavesEverythingElseToPrintf) {
-  for (const char* const format : {"%5d", "%-d", "%+d", "% d", "%05d", "%.3d", "%#x", "%'d", "%*d",
-                                   "%hd", "%hhd", "%jd", "%td", "%X", "%o", "%1$d", "%", "%l"}) {
+  for (const char* const format :
+       {"%5d", "%-d", "%+d", "% d", "%05d", "%.3d", "%#x", "%'d",  "%*d", "%hd", "%hhd",
+        "%jd", "%td", "%X",  "%o",  "%lo",  "%llo", "%zo", "%1$d", "%",   "%l"}) {
     char buffer[100];
     std::size_t length = 0;
     const auto isSimple = [&](const char* text, ...) {
