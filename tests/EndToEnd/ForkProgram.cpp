@@ -92,7 +92,9 @@ int main(int argc, char** argv) {
   std::array<long, kThreads> logged{};
   std::vector<std::thread> threads;
   for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] { LogUntil(isOver, *top, thread, logged[thread]); });
+    threads.emplace_back([&, thread, count = &logged[static_cast<std::size_t>(thread)]] {
+      LogUntil(isOver, *top, thread, *count);
+    });
   }
   int failed = 0;
   for (int i = 0; i < forks; ++i) {
