@@ -60,6 +60,7 @@ class PlainConnection {
   }
 
   bool IsOpen() const { return descriptor_ >= 0; }
+  int Descriptor() const { return descriptor_; }
 
   void Send(const std::string& bytes) {
     EXPECT_EQ(static_cast<ssize_t>(bytes.size()),
