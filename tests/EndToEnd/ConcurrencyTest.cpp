@@ -15,6 +15,7 @@
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
+#include "Support/Disturbance.h"
 #include "Support/Files.h"
 #include "Support/RecordingClient.h"
 #include "Support/TemporaryFolder.h"
@@ -23,26 +24,6 @@ namespace {
 
 constexpr int kLoggers = 4;
 constexpr int kEvents = 1000;
-
-/// Does something again and again, on a thread of its own, until it is stopped.
-class Disturbance {
- public:
-  template <typename Action>
-  explicit Disturbance(Action action)
-      : thread_([this, action] {
-          for (unsigned int round = 0; !isOver_; ++round) action(round);
-        }) {}
-  ~Disturbance() {
-    isOver_ = true;
-    thread_.join();
-  }
-  Disturbance(const Disturbance&) = delete;
-  Disturbance& operator=(const Disturbance&) = delete;
-
- private:
-  std::atomic<bool> isOver_{false};
-  std::thread thread_;
-};
 
 /// Logs "<thread> <number>" from several threads, numbered upward in each.
 void LogFromManyThreads(LogHandler* handler) {
