@@ -313,7 +313,8 @@ TEST_F(StressTest, AccountsForEveryEventWhileLevelsHandlersClientsAndLayoutsChan
   }
 
   ExpectEachEventWhereItBelongs();
-  EXPECT_EQ(InChangingLayouts(always_[4].Events()), Content(folder_.Path("changing")));
+  // Not as equal texts: to find the differences of so long ones takes for ever.
+  EXPECT_TRUE(InChangingLayouts(always_[4].Events()) == Content(folder_.Path("changing")));
   files.ExpectAll(Sequence(always_[2]));
   const Sequence atReceivers(always_[3]);
   for (const Messages& messages : ofReceivers) atReceivers.ExpectWithoutGap(messages);
