@@ -282,15 +282,27 @@ TEST_F(LostMessageTest, MayHoldACharacterThatCannotBeConverted) {
   EXPECT_EQ(1, record.freed);
 }
 
+// The declaration's promise of a checked format would be in the way of these.
+bool (LogHandler::*const kLog)(unsigned int, const char*, ...) = &LogHandler::Log;
+
 TEST_F(LostMessageTest, MayHaveNoFormat) {
-  // The declaration's promise of a checked format would be in the way.
-  bool (LogHandler::*const log)(unsigned int, const char*, ...) = &LogHandler::Log;
   const BufferRecord record;
 
-  EXPECT_TRUE((handler_.*log)(1, nullptr));
+  EXPECT_TRUE((handler_.*kLog)(1, nullptr));
 
   EXPECT_EQ(kUpToOneGibibyte, record.sizes);
   EXPECT_EQ(1, record.freed);
+}
+
+TEST_F(LostMessageTest, MayHaveAFormatThatPrintfRefuses) {
+  for (const std::string format : {"100%", "a %2147483648d", "a %99999999999999999999d"}) {
+    const BufferRecord record;
+
+    EXPECT_TRUE((handler_.*kLog)(1, format.c_str(), 7));
+
+    EXPECT_EQ(kUpToOneGibibyte, record.sizes) << format;
+    EXPECT_EQ(1, record.freed) << format;
+  }
 }
 
 TEST_F(LostMessageTest, DoesNotKeepTheNextFromBeingLogged) {
