@@ -33,7 +33,7 @@ typedef std::vector<std::string> Messages;
 
 constexpr int kThreads = 16;
 constexpr int kDepth = 5;
-constexpr int kEvents = 200;            // Of each thread, at least.
+constexpr int kEvents = 500;            // Of each thread, at least.
 constexpr unsigned int kRounds = 10;    // Of each change, at least.
 constexpr unsigned int kSteady = 1;     // A level that stays on,
 constexpr unsigned int kSwitched = 64;  // and one that is switched.
@@ -87,6 +87,7 @@ class StressTest : public testing::Test {
         const bool isAccepted =
             handlers_[depth]->Log(level, "%d %d", thread, static_cast<int>(number));
         logged.push_back({depth, level, isAccepted});
+        std::this_thread::yield();  // Else those who change something wait long for the locks.
       }
     });
     isLogging_ = false;
