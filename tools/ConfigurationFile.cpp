@@ -27,17 +27,6 @@ void RequireReadable(const std::string& fileName) {
   }
 }
 
-/// Whether the file is an XML document: it begins with a markup character, behind blanks and the
-/// marks that encodings begin with. A properties file cannot begin like that and mean anything.
-bool IsXml(const std::string& fileName) {
-  std::ifstream file(fileName, std::ios::binary);
-  for (char character; file.get(character);) {
-    if (character == '<') return true;
-    if (std::strchr(" \t\r\n\xEF\xBB\xBF\xFE\xFF", character) == nullptr) return false;
-  }
-  return false;
-}
-
 /// The first line that is longer than a properties file may have; 0 when there is none.
 int FindOverlongLine(const std::string& fileName) {
   constexpr std::size_t kLongestLine = 511;
@@ -77,9 +66,18 @@ void ConfigureFromXml(const std::string& fileName) {
 
 }  // namespace
 
+bool BeginsLikeXml(std::istream& content) {
+  for (char character; content.get(character);) {
+    if (character == '<') return true;
+    if (std::strchr(" \t\r\n\xEF\xBB\xBF\xFE\xFF", character) == nullptr) return false;
+  }
+  return false;
+}
+
 void ConfigureFrom(const std::string& fileName) {
   RequireReadable(fileName);
-  if (IsXml(fileName)) {
+  std::ifstream file(fileName, std::ios::binary);
+  if (BeginsLikeXml(file)) {
     ConfigureFromXml(fileName);
   } else {
     ConfigureFromIni(fileName);

@@ -2,6 +2,7 @@
 #include <exception>
 #include <iostream>
 
+#include "CheckCommand.h"
 #include "CommandLine.h"
 #include "ServeCommand.h"
 #include "WriteCommand.h"
@@ -16,6 +17,7 @@ int Run(int argc, char** argv) {
   int exitCode = EXIT_SUCCESS;
   AddWriteCommand(program, exitCode);
   AddServeCommand(program, exitCode);
+  AddCheckCommand(program, exitCode);
   try {
     program.parse(MarkedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {

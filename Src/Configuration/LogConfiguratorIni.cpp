@@ -5,6 +5,7 @@
 
 #include "Configuration/ConfigurationSteps.h"
 #include "Internal/Decimal.h"
+#include "Internal/SplitList.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -12,24 +13,8 @@
 using Logger::Internal::AttachNewClient;
 using Logger::Internal::ParseDecimal;
 using Logger::Internal::RunConfigurationSteps;
+using Logger::Internal::SplitList;
 using Logger::Internal::UnknownLayout;
-
-namespace {
-
-/// The pieces of a value between single blanks. Two blanks in a row have an empty piece between
-/// them, which counts; an empty value has no pieces.
-std::vector<logstring> SplitList(const logstring& value) {
-  std::vector<logstring> items;
-  if (value.empty()) return items;
-  std::size_t start = 0;
-  for (std::size_t blank; (blank = value.find(' ', start)) != logstring::npos; start = blank + 1) {
-    items.push_back(value.substr(start, blank - start));
-  }
-  items.push_back(value.substr(start));
-  return items;
-}
-
-}  // namespace
 
 LogConfiguratorIni::LogConfiguratorIni() = default;
 

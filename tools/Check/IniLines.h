@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Check/Finding.h"
+
+/// A pair of a properties file, read as LogProperties reads it.
+struct IniEntry {
+  std::string key;
+  std::string value;
+  int line;
+};
+
+/// The pairs of a properties file in their order, repeated keys included. What a line has that the
+/// library does not take as it looks is told.
+std::vector<IniEntry> ReadIniLines(const std::string& content, Findings& findings);

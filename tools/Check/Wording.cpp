@@ -1,0 +1,88 @@
+#include "Check/Wording.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <numeric>
+
+namespace {
+
+bool IsControl(char character) {
+  constexpr unsigned char kFirstPrintable = 0x20;
+  constexpr unsigned char kDelete = 0x7f;
+  const auto byte = static_cast<unsigned char>(character);
+  return byte < kFirstPrintable || byte == kDelete;
+}
+
+std::string Escaped(char character) {
+  std::array<char, 5> text{};
+  std::snprintf(text.data(), text.size(), "\\x%02x", static_cast<unsigned char>(character));
+  return text.data();
+}
+
+std::string LowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char character) {
+    return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+  });
+  return text;
+}
+
+/// How many letters have to be put in, taken out or replaced to make one word of the other.
+std::size_t EditDistance(const std::string& from, const std::string& to) {
+  std::vector<std::size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), 0U);
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j < to.size(); ++j) {
+      const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+std::string Quoted(const std::string& text) {
+  constexpr std::size_t kLongest = 120;
+  std::string quoted = "'";
+  for (const char character : text.substr(0, kLongest)) {
+    if (IsControl(character)) {
+      quoted += Escaped(character);
+    } else {
+      quoted += character;
+    }
+  }
+  return quoted + (text.size() > kLongest ? "...'" : "'");
+}
+
+std::string Nearest(const std::string& word, const std::vector<std::string>& candidates) {
+  constexpr std::size_t kLongestWord = 600;  // No key or name is longer; the table stays small.
+  const std::string wanted = LowerCase(Trimmed(word)).substr(0, kLongestWord);
+  // A third of the letters may be wrong, and one in any case.
+  std::size_t smallest = std::max<std::size_t>(1, wanted.size() / 3) + 1;
+  std::string nearest;
+  for (const std::string& candidate : candidates) {
+    if (candidate == word || candidate.empty()) continue;
+    const std::size_t distance = EditDistance(wanted, LowerCase(candidate));
+    if (distance >= smallest || distance >= candidate.size()) continue;
+    smallest = distance;
+    nearest = candidate;
+  }
+  return nearest;
+}
+
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates) {
+  const std::string nearest = Nearest(word, candidates);
+  return nearest.empty() ? "" : "did you mean " + Quoted(nearest) + "?";
+}
+
+std::string Trimmed(const std::string& text) {
+  constexpr const char* kBlanks = " \t\r\n\v\f";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) return "";
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}

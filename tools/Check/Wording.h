@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// A text of the file within quotes, on one line and harmless to a terminal: control characters are
+/// written as \x1b and the like, and a long text is cut.
+std::string Quoted(const std::string& text);
+
+/// The candidate that is most like the word, by the number of letters to change; empty when none is
+/// alike. One that differs in nothing but case, or blanks around it, is the most alike.
+std::string Nearest(const std::string& word, const std::vector<std::string>& candidates);
+
+/// "did you mean 'x'?" for the nearest candidate, or an empty text.
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);
+
+std::string Trimmed(const std::string& text);

@@ -1,0 +1,275 @@
+#include "Check/XmlConfiguration.h"
+
+#include <libxml/parser.h>
+#include <libxml/xmlschemas.h>
+
+#include <limits>
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "Check/Wording.h"
+#include "KnownKeys.h"
+#include "LogConfiguratorXml.h"
+
+namespace {
+
+template <typename Type, void (*Free)(Type*)>
+struct Release {
+  void operator()(Type* object) const { Free(object); }
+};
+template <typename Type, void (*Free)(Type*)>
+using Owned = std::unique_ptr<Type, Release<Type, Free>>;
+
+using Document = Owned<xmlDoc, xmlFreeDoc>;
+using Parser = Owned<xmlParserCtxt, xmlFreeParserCtxt>;
+using SchemaParser = Owned<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt>;
+using Schema = Owned<xmlSchema, xmlSchemaFree>;
+using SchemaValidator = Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>;
+
+const xmlChar* XmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+const char* Chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+std::string OneLine(const char* message) {
+  std::string line = Trimmed(message == nullptr ? "" : message);
+  for (char& character : line) {
+    if (character == '\n') character = ' ';
+  }
+  return line;
+}
+
+/// Notes where the document has a document type, in the parser's private place, and stops there.
+void StopAtDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  auto* const parser = static_cast<xmlParserCtxt*>(context);
+  *static_cast<int*>(parser->_private) = parser->input->line;
+  xmlStopParser(parser);
+}
+
+Document Parse(const std::string& content, Findings& findings) {
+  if (content.size() > std::numeric_limits<int>::max()) {
+    findings.Error(0, "the document is too large");
+    return nullptr;
+  }
+  const Parser parser(xmlNewParserCtxt());
+  if (parser == nullptr) return nullptr;
+  int documentTypeLine = 0;
+  parser->_private = &documentTypeLine;
+  parser->sax->internalSubset = StopAtDocumentType;
+  Document document(xmlCtxtReadMemory(
+      parser.get(), content.data(), static_cast<int>(content.size()), nullptr, nullptr,
+      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_BIG_LINES));
+  if (documentTypeLine > 0) {
+    findings.Error(documentTypeLine,
+                   "a document type is refused: a configuration is data, and entities can read "
+                   "other files",
+                   "remove it, and write the values themselves");
+    return nullptr;
+  }
+  if (document == nullptr) {
+    const xmlError& error = parser->lastError;
+    findings.Error(error.line, OneLine(error.message) + "; nothing is configured");
+  }
+  return document;
+}
+
+// The schema.
+
+int LineOf(const xmlNode* node) { return static_cast<int>(xmlGetLineNo(node)); }
+
+std::vector<std::string> ElementNames() {
+  std::vector<std::string> names{"configlogger", "logclient", "logtree", "defaultloghandler"};
+  for (const KnownAttribute& attribute : KnownAttributes()) names.push_back(attribute.element);
+  return names;
+}
+
+std::vector<std::string> AttributesOf(const std::string& element) {
+  std::vector<std::string> names;
+  for (const KnownAttribute& attribute : KnownAttributes()) {
+    if (attribute.element == element) names.push_back(attribute.name);
+  }
+  return names;
+}
+
+/// What the misspelt name that a message is about may have meant.
+std::string SuggestionFor(const xmlError& error, const std::string& message) {
+  const auto* const node = static_cast<const xmlNode*>(error.node);
+  if (node == nullptr) return "";
+  if (node->type == XML_ATTRIBUTE_NODE) {
+    return message.find("not allowed") == std::string::npos || node->parent == nullptr
+               ? ""
+               : DidYouMean(Chars(node->name), AttributesOf(Chars(node->parent->name)));
+  }
+  const bool isUnexpected = message.find("not expected") != std::string::npos ||
+                            message.find("No matching global") != std::string::npos;
+  const std::vector<std::string> known = ElementNames();
+  const std::string name = Chars(node->name);
+  for (const std::string& one : known) {
+    if (one == name) return "";
+  }
+  return isUnexpected ? DidYouMean(name, known) : "";
+}
+
+/// What the schema says of one attribute comes in two messages, of which the first is the reason.
+struct SchemaMessages {
+  Findings& findings;
+  int lastLine = 0;
+  bool wasFacet = false;
+};
+
+void CollectMessage(void* context, xmlError* error) {
+  auto& messages = *static_cast<SchemaMessages*>(context);
+  const auto* const node = static_cast<const xmlNode*>(error->node);
+  const int line = node != nullptr && node->type == XML_ELEMENT_NODE ? LineOf(node) : error->line;
+  const std::string message = OneLine(error->message);
+  const bool isFacet = message.find("[facet ") != std::string::npos;
+  const bool isRepetition = messages.wasFacet && messages.lastLine == line && !isFacet;
+  messages.wasFacet = isFacet;
+  messages.lastLine = line;
+  if (isRepetition) return;
+  messages.findings.Error(line, message, SuggestionFor(*error, message));
+}
+
+/// Whether the document is valid. Each message of the schema is an error with its line.
+bool IsValid(xmlDoc* document, Findings& findings) {
+  logstring text;
+  LogConfiguratorXml().CreateSchemaBuf(text);
+  const SchemaParser parser(xmlSchemaNewMemParserCtxt(text.data(), static_cast<int>(text.size())));
+  const Schema schema(xmlSchemaParse(parser.get()));
+  const SchemaValidator validator(xmlSchemaNewValidCtxt(schema.get()));
+  if (validator == nullptr) return false;
+  SchemaMessages messages{findings};
+  xmlSchemaSetValidStructuredErrors(validator.get(), CollectMessage, &messages);
+  return xmlSchemaValidateDoc(validator.get(), document) == 0;
+}
+
+// The elements of a valid document.
+
+std::vector<xmlNode*> ChildrenOf(const xmlNode* element, const char* name) {
+  std::vector<xmlNode*> children;
+  for (xmlNode* node = element->children; node != nullptr; node = node->next) {
+    if (node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, XmlChars(name)) != 0) {
+      children.push_back(node);
+    }
+  }
+  return children;
+}
+
+Word Attribute(const xmlNode* element, const char* name) {
+  xmlChar* const text = xmlGetProp(const_cast<xmlNode*>(element), XmlChars(name));
+  if (text == nullptr) return {};
+  const Word word{Chars(text), LineOf(element)};
+  xmlFree(text);
+  return word;
+}
+
+/// The attribute of the first child of this name.
+Word ChildAttribute(const xmlNode* element, const char* child, const char* name) {
+  const std::vector<xmlNode*> children = ChildrenOf(element, child);
+  return children.empty() ? Word{} : Attribute(children.front(), name);
+}
+
+class XmlReader {
+ public:
+  XmlReader(const xmlNode* root, Findings& findings) : root_(root), findings_(findings) {}
+
+  Configuration Read() {
+    configuration_.form = Configuration::Form::Xml;
+    configuration_.logging = ChildAttribute(root_, "logging", "enable");
+    for (const xmlNode* const level : ChildrenOf(root_, "loglevel")) {
+      configuration_.levels.push_back({Attribute(level, "id"), Attribute(level, "name")});
+    }
+    for (const xmlNode* const handler : ChildrenOf(root_, "loghandler")) ReadHandler(handler);
+    for (const xmlNode* const ignored : ChildrenOf(root_, "defaultloghandler")) {
+      findings_.Error(LineOf(ignored), "'defaultloghandler' has no effect",
+                      "write <loghandler name=\"default\"> with the switches in it");
+    }
+    for (const xmlNode* const client : ChildrenOf(root_, "logclient")) ReadClient(client);
+    for (const xmlNode* const tree : ChildrenOf(root_, "logtree")) {
+      for (const xmlNode* const top : ChildrenOf(tree, "loghandler")) ReadTop(top);
+    }
+    return std::move(configuration_);
+  }
+
+ private:
+  const xmlNode* const root_;
+  Findings& findings_;
+  Configuration configuration_;
+
+  void ReadHandler(const xmlNode* element) {
+    const Word name = Attribute(element, "name");
+    configuration_.handlers.push_back(name);
+    for (const xmlNode* const one : ChildrenOf(element, "handlerloglevel")) {
+      configuration_.switches.push_back(
+          {name.text, Attribute(one, "level"), Attribute(one, "enable")});
+    }
+    for (const xmlNode* const nested : ChildrenOf(element, "loghandler")) {
+      findings_.Error(LineOf(nested),
+                      "handler " + Quoted(Attribute(nested, "name").text) +
+                          " is ignored here: handlers are nested within 'logtree' only",
+                      "make it beside this one, and nest it in 'logtree'");
+    }
+  }
+
+  void ReadClient(const xmlNode* element) {
+    Client client;
+    client.title = "the client";
+    client.line = LineOf(element);
+    client.type = ChildAttribute(element, "type", "type");
+    client.handler = ChildAttribute(element, "clientloghandler", "handlername");
+    client.layout = ChildAttribute(element, "layout", "layout");
+    for (const xmlNode* const one : ChildrenOf(element, "parameter")) {
+      client.parameters.push_back({Attribute(one, "name"), Attribute(one, "value")});
+    }
+    configuration_.clients.push_back(client);
+  }
+
+  void ReadTop(const xmlNode* element) {
+    const Word name = Attribute(element, "name");
+    CheckNoSwitches(element);
+    if (configuration_.HasHandler(name.text)) return ReadChildren(element, name.text);
+    ReportUnknown(name);
+  }
+
+  void ReadChildren(const xmlNode* element, const std::string& parent) {
+    for (const xmlNode* const child : ChildrenOf(element, "loghandler")) {
+      const Word name = Attribute(child, "name");
+      CheckNoSwitches(child);
+      if (configuration_.HasHandler(name.text)) {
+        configuration_.attachments.push_back({parent, name});
+        ReadChildren(child, name.text);
+      } else {
+        ReportUnknown(name);
+      }
+    }
+  }
+
+  void ReportUnknown(const Word& handler) {
+    const std::string nearest = DidYouMean(handler.text, configuration_.HandlerNames());
+    findings_.Error(handler.line,
+                    "handler " + Quoted(handler.text) +
+                        " does not exist, and is left out of the tree with all below it",
+                    nearest.empty() ? "make it with a 'loghandler' before the clients" : nearest);
+  }
+
+  void CheckNoSwitches(const xmlNode* element) {
+    for (const xmlNode* const one : ChildrenOf(element, "handlerloglevel")) {
+      findings_.Error(LineOf(one), "'handlerloglevel' is ignored within 'logtree'",
+                      "write it where the handler is made");
+    }
+  }
+};
+
+}  // namespace
+
+std::optional<Configuration> ReadXmlConfiguration(const std::string& content, Findings& findings) {
+  const Document document = Parse(content, findings);
+  if (document == nullptr || !IsValid(document.get(), findings)) return std::nullopt;
+  const xmlNode* const root = xmlDocGetRootElement(document.get());
+  if (xmlStrEqual(root->name, XmlChars("configlogger")) == 0) {
+    findings.Error(LineOf(root),
+                   "the document is a " + Quoted(Chars(root->name)) + ": nothing is configured",
+                   "put it into 'configlogger'");
+    return std::nullopt;
+  }
+  return XmlReader(root, findings).Read();
+}

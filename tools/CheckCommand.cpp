@@ -1,0 +1,107 @@
+#include "CheckCommand.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Check/CheckFile.h"
+#include "Check/FindingPrinter.h"
+#include "CommandLine.h"
+#include "Terminal.h"
+#include "UsageError.h"
+
+namespace {
+
+constexpr int kUnusable = 2;
+
+struct CheckCommandOptions {
+  std::string form;
+  bool isStrict = false;
+  bool withMachine = false;
+  bool asJson = false;
+  std::vector<std::string> kinds;
+  std::vector<std::string> layouts;
+  std::vector<std::string> files;
+  CLI::Option* fileNames = nullptr;
+  CLI::Option* kindNames = nullptr;
+  CLI::Option* layoutNames = nullptr;
+};
+
+CheckOptions WhatToCheck(const CheckCommandOptions& options) {
+  CheckOptions check;
+  if (options.form == "ini") check.form = Configuration::Form::Ini;
+  if (options.form == "xml") check.form = Configuration::Form::Xml;
+  check.withMachine = options.withMachine;
+  check.own = {WordsOf(*options.kindNames), WordsOf(*options.layoutNames)};
+  return check;
+}
+
+int ExitCode(const std::vector<CheckedFile>& files, bool isStrict) {
+  int exitCode = EXIT_SUCCESS;
+  for (const CheckedFile& file : files) {
+    if (!file.isReadable) return kUnusable;
+    const bool fails = file.Has(Severity::Error) || (isStrict && file.Has(Severity::Warning));
+    if (fails) exitCode = EXIT_FAILURE;
+  }
+  return exitCode;
+}
+
+int RunCheck(const CheckCommandOptions& options) {
+  const CheckOptions check = WhatToCheck(options);
+  std::vector<CheckedFile> files;
+  for (const std::string& name : WordsOf(*options.fileNames)) {
+    files.push_back(CheckFile(name, check));
+    if (options.asJson) continue;
+    const CheckedFile& file = files.back();
+    const bool isOutput = file.isReadable;
+    PrintText(file, isOutput ? HasColors(stdout) : HasColors(stderr),
+              isOutput ? std::cout : std::cerr);
+  }
+  if (options.asJson) PrintJson(files, std::cout);
+  if (!std::cout.flush()) throw UsageError("standard output could not be written");
+  return ExitCode(files, options.isStrict);
+}
+
+}  // namespace
+
+void AddCheckCommand(CLI::App& program, int& exitCode) {
+  CLI::App* const command = program.add_subcommand(
+      "check", "Tell what the library would skip, ignore or misread in configuration files");
+  const auto options = std::make_shared<CheckCommandOptions>();
+  command
+      ->add_option("--format", options->form,
+                   "Take the files for properties files or XML documents; without it their content "
+                   "tells")
+      ->type_name("FORM")
+      ->check(CLI::IsMember({"ini", "xml"}));
+  command->add_flag("--strict", options->isStrict, "Let warnings count as errors");
+  command->add_flag("--system", options->withMachine,
+                    "Look on this machine, as this user, whether the log files can be written");
+  command->add_flag("--json", options->asJson, "Print an array of JSON objects");
+  options->kindNames =
+      command
+          ->add_option("--kind", options->kinds, "A kind of client that the application registers")
+          ->type_name("NAME")
+          ->expected(1)
+          ->take_all();
+  options->layoutNames =
+      command->add_option("--layout", options->layouts, "A layout that the application registers")
+          ->type_name("NAME")
+          ->expected(1)
+          ->take_all();
+  options->fileNames =
+      command->add_option("FILE", options->files, "Configuration (properties or XML) to check")
+          ->required();
+  options->fileNames->type_name("");
+  command->footer(
+      "Prints one line for each finding: FILE:LINE: error|warning: text; suggestion. An error is\n"
+      "what the library would skip, ignore or read differently from what it looks like; a warning\n"
+      "what works but is seldom meant. A file without findings prints nothing. Nothing is written\n"
+      "or connected to.\n\n"
+      "Exit code: 0 there are no errors; 1 there are (with --strict also for warnings); 2 a file\n"
+      "cannot be read, or the command line cannot be used.");
+  command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
+}

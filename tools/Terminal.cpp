@@ -1,0 +1,20 @@
+#include "Terminal.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+std::string Environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+}  // namespace
+
+bool HasColors(std::FILE* stream) {
+  return isatty(fileno(stream)) == 1 && Environment("NO_COLOR").empty() &&
+         Environment("TERM") != "dumb";
+}
