@@ -38,10 +38,9 @@ install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger COMPONENT tools)
 install(DIRECTORY share/liblogger/lnav share/liblogger/logrotate share/liblogger/wireshark
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger COMPONENT tools)
-if(EXISTS ${PROJECT_SOURCE_DIR}/tools/completion/loggerctl.bash)
-  install(FILES tools/completion/loggerctl.bash
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME loggerctl
-    COMPONENT tools)
+if(NOT LOGGER_SANITIZE)
+  install(FILES ${PROJECT_BINARY_DIR}/tools/loggerctl.bash RENAME loggerctl
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 endif()
 foreach(section 1 5 7)  # Written by hand, or made by the build.
   install(DIRECTORY docs/man/ ${CMAKE_CURRENT_BINARY_DIR}/docs/man/

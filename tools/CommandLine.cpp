@@ -52,3 +52,11 @@ std::vector<std::string> WordsOf(const CLI::Option& option) {
   std::for_each(words.begin(), words.end(), RemoveMark);
   return words;
 }
+
+std::vector<std::string> CommandNames(const CLI::App& program) {
+  std::vector<std::string> names;
+  for (const CLI::App* const command : program.get_subcommands(nullptr)) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}

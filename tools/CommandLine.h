@@ -21,3 +21,5 @@ void AddHandlerOption(CLI::App& command, std::string& handlerName, const std::st
 
 /// The words given for an option that takes any number of them.
 std::vector<std::string> WordsOf(const CLI::Option& option);
+
+std::vector<std::string> CommandNames(const CLI::App& program);

@@ -1,29 +1,59 @@
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
+#include "Check/Wording.h"
 #include "CheckCommand.h"
 #include "CommandLine.h"
+#include "CompletionCommand.h"
+#include "KeysCommand.h"
 #include "ServeCommand.h"
+#include "UsageError.h"
 #include "WriteCommand.h"
 
 namespace {
 
 constexpr int kUnusable = 2;
 
-int Run(int argc, char** argv) {
-  CLI::App program("Command-line companion of the liblogger logging library", "loggerctl");
-  program.require_subcommand(1);
-  int exitCode = EXIT_SUCCESS;
+void AddCommands(CLI::App& program, int& exitCode) {
   AddWriteCommand(program, exitCode);
   AddServeCommand(program, exitCode);
   AddCheckCommand(program, exitCode);
+  AddKeysCommand(program, exitCode);
+  AddCompletionCommand(program, exitCode);
+}
+
+/// The first word, when it is neither an option nor a command.
+std::string UnknownCommand(const CLI::App& program, int argc, char** argv) {
+  const std::string word = argc > 1 ? argv[1] : "-";
+  const std::vector<std::string> known = CommandNames(program);
+  const bool isKnown = std::find(known.begin(), known.end(), word) != known.end();
+  return isKnown || word.empty() || word.front() == '-' ? "" : word;
+}
+
+int Run(int argc, char** argv) {
+  CLI::App program("Command-line companion of the liblogger logging library", "loggerctl");
+  program.require_subcommand(1);
+  program.set_version_flag("--version", "loggerctl " LOGGER_VERSION, "Print the version and exit");
+  program.footer("loggerctl COMMAND --help tells about each command.");
+  int exitCode = EXIT_SUCCESS;
+  AddCommands(program, exitCode);
+  const std::string unknown = UnknownCommand(program, argc, argv);
+  if (!unknown.empty()) {
+    const std::string nearest = DidYouMean(unknown, CommandNames(program));
+    throw UsageError("there is no command " + Quoted(unknown) + "; " +
+                     (nearest.empty() ? "see loggerctl --help" : nearest));
+  }
   try {
     program.parse(MarkedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {
     const bool isRequest = error.get_exit_code() == 0;  // Such as --help.
     if (isRequest) return program.exit(error);
-    std::cerr << "loggerctl: " << error.what() << "; see loggerctl --help\n";
+    const std::string command = argc > 1 && argv[1][0] != '-' ? std::string(" ") + argv[1] : "";
+    std::cerr << "loggerctl: " << error.what() << "; see loggerctl" << command << " --help\n";
     return kUnusable;
   }
   return exitCode;

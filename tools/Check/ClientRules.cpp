@@ -78,6 +78,6 @@ void CheckClients(const Configuration& configuration, const OwnNames& own, Findi
     CheckLayout(configuration, client, own, findings);
   }
   if (configuration.clients.empty()) {
-    findings.Warning(0, "there are no clients: nothing is written", "name some in 'logclient'");
+    findings.Warning(1, "there are no clients: nothing is written", "name some in 'logclient'");
   }
 }

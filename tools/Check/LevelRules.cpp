@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -43,11 +44,54 @@ void CheckSpelling(const Word& number, Findings& findings) {
                    "write " + plain);
 }
 
+/// False when the number is that of a former level.
+bool CheckIsNew(const Word& number, std::map<unsigned int, std::string>& registered,
+                Findings& findings) {
+  const auto [former, isNew] = registered.insert({LevelNumber(number.text), number.text});
+  if (isNew) return true;
+  const bool isSameText = former->second == number.text;
+  findings.Error(
+      number.line,
+      "level " + Quoted(number.text) +
+          (isSameText ? " is given twice" : " is the same as " + Quoted(former->second)) +
+          "; only the first one counts",
+      "remove one of the two");
+  return false;
+}
+
 std::string NameOf(const Level& level) {
   return level.name.IsGiven() ? level.name.text : level.number.text;
 }
 
-void CheckSwitch(const LevelSwitch& one, Findings& findings) {
+/// False when the switch does nothing.
+bool CheckSwitchedLevel(const LevelSwitch& one, const std::set<unsigned int>& registered,
+                        Findings& findings) {
+  const std::string title = "level " + Quoted(one.level.text);
+  const NumberReading reading = ReadNumber(one.level.text);
+  if (reading.form != NumberReading::Form::Plain) {
+    findings.Error(one.level.line, title + " " + DescribeReading(reading),
+                   "levels are numbers from 0 to 2147483647");
+  }
+  if (registered.count(LevelNumber(one.level.text)) > 0) return true;
+  findings.Error(one.level.line, title + " is not registered: the switch does nothing",
+                 "register the level, or remove the switch");
+  return false;
+}
+
+/// What a handler's switches come to.
+struct HandlerSwitches {
+  std::map<unsigned int, bool> isOn;
+  int lastLine = 0;
+
+  bool AreOff(const std::set<unsigned int>& levels) const {
+    return std::all_of(levels.begin(), levels.end(), [&](unsigned int level) {
+      const auto found = isOn.find(level);
+      return found != isOn.end() && !found->second;
+    });
+  }
+};
+
+void CheckWord(const LevelSwitch& one, Findings& findings) {
   const std::string& word = one.enable.text;
   if (word == "true" || word == "false") return;
   const std::string text = Quoted(word) + " switches level " + one.level.text + " off on handler " +
@@ -72,8 +116,9 @@ void CheckLogging(const Configuration& configuration, Findings& findings) {
   }
   const std::string text =
       Quoted(logging.text) + " leaves logging on: only 'false' switches it off";
-  if (LookOf(logging.text) == Look::Off)
-    findings.Error(logging.line, text, "did you mean 'false'?");
+  if (LookOf(logging.text) == Look::Off) {
+    return findings.Error(logging.line, text, "did you mean 'false'?");
+  }
   if (LookOf(logging.text) == Look::Unclear) {
     findings.Warning(logging.line, text, "write 'true' or 'false'");
   }
@@ -81,30 +126,20 @@ void CheckLogging(const Configuration& configuration, Findings& findings) {
 
 void CheckLevels(const Configuration& configuration, Findings& findings) {
   const bool isIni = configuration.form == Configuration::Form::Ini;
-  std::map<unsigned int, Word> registered;
+  std::map<unsigned int, std::string> registered;
   std::map<std::string, std::string> named;
   for (const Level& level : configuration.levels) {
     if (!CheckNumber(level.number, !isIni, findings)) continue;
     if (isIni) CheckSpelling(level.number, findings);
-    const auto [first, isNew] = registered.insert({LevelNumber(level.number.text), level.number});
-    if (!isNew) {
-      findings.Error(level.number.line,
-                     "level " + Quoted(level.number.text) +
-                         (first->second.text == level.number.text
-                              ? " is given twice"
-                              : " is the same as " + Quoted(first->second.text)) +
-                         "; only the first one counts",
-                     "remove one of the two");
-      continue;
-    }
-    const auto [bearer, isNewName] = named.insert({NameOf(level), level.number.text});
-    if (isNewName) continue;
-    findings.Warning(level.name.line > 0 ? level.name.line : level.number.line,
+    if (!CheckIsNew(level.number, registered, findings)) continue;
+    const auto [bearer, isNew] = named.insert({NameOf(level), level.number.text});
+    if (isNew) continue;
+    findings.Warning(std::max(level.name.line, level.number.line),
                      "levels " + Quoted(bearer->second) + " and " + Quoted(level.number.text) +
                          " have the same name " + Quoted(NameOf(level)));
   }
   if (configuration.levels.empty()) {
-    findings.Warning(0,
+    findings.Warning(1,
                      "no levels are registered: nothing is logged unless the application "
                      "registers some",
                      "list their numbers in 'loglevel'");
@@ -113,41 +148,24 @@ void CheckLevels(const Configuration& configuration, Findings& findings) {
 
 void CheckSwitches(const Configuration& configuration, Findings& findings) {
   const std::set<unsigned int> registered = configuration.RegisteredLevels();
-  std::map<std::pair<std::string, unsigned int>, bool> switches;
-  std::map<std::string, std::size_t> switchedOff;
+  std::map<std::string, HandlerSwitches> handlers;
   for (const LevelSwitch& one : configuration.switches) {
-    const NumberReading reading = ReadNumber(one.level.text);
+    if (!CheckSwitchedLevel(one, registered, findings)) continue;
+    CheckWord(one, findings);
+    HandlerSwitches& switches = handlers[one.handler];
     const unsigned int level = LevelNumber(one.level.text);
-    if (reading.form != NumberReading::Form::Plain) {
-      findings.Error(one.level.line,
-                     "level " + Quoted(one.level.text) + " " + DescribeReading(reading),
-                     "levels are numbers from 0 to 2147483647");
-    }
-    if (registered.count(level) == 0) {
-      findings.Error(
-          one.level.line,
-          "level " + Quoted(one.level.text) + " is not registered: the switch does nothing",
-          "register the level, or remove the switch");
-      continue;
-    }
-    CheckSwitch(one, findings);
-    const auto [former, isNew] = switches.insert({{one.handler, level}, true});
-    if (!isNew) {
+    if (switches.isOn.count(level) > 0) {
       findings.Error(one.level.line,
                      "level " + Quoted(one.level.text) + " is switched again on handler " +
                          Quoted(one.handler) + "; the last switch counts",
                      "remove one of the two");
     }
-    former->second = one.enable.text == "true";
+    switches.isOn[level] = one.enable.text == "true";
+    switches.lastLine = std::max(switches.lastLine, one.enable.line);
   }
-  std::map<std::string, int> lines;
-  for (const LevelSwitch& one : configuration.switches) lines[one.handler] = one.enable.line;
-  for (const auto& [key, isOn] : switches) {
-    if (!isOn) ++switchedOff[key.first];
-  }
-  for (const auto& [handler, count] : switchedOff) {
-    if (count < registered.size()) continue;
-    findings.Warning(lines[handler], "every level is switched off on handler " + Quoted(handler) +
-                                         ", which so logs nothing");
+  for (const auto& [handler, switches] : handlers) {
+    if (!switches.AreOff(registered)) continue;
+    findings.Warning(switches.lastLine, "every level is switched off on handler " +
+                                            Quoted(handler) + ", which so logs nothing");
   }
 }

@@ -28,20 +28,22 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-/// How many letters have to be put in, taken out or replaced to make one word of the other.
+/// How many letters have to be put in, taken out, replaced, or swapped with the next one to make
+/// one word of the other.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), 0U);
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < to.size(); ++j) {
-      const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+  std::vector<std::vector<std::size_t>> rows(from.size() + 1,
+                                             std::vector<std::size_t>(to.size() + 1));
+  std::iota(rows[0].begin(), rows[0].end(), 0U);
+  for (std::size_t i = 1; i <= from.size(); ++i) {
+    rows[i][0] = i;
+    for (std::size_t j = 1; j <= to.size(); ++j) {
+      const std::size_t replaced = rows[i - 1][j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
+      rows[i][j] = std::min({replaced, rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+      const bool isSwap = i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1];
+      if (isSwap) rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
     }
   }
-  return row.back();
+  return rows.back().back();
 }
 
 }  // namespace

@@ -30,18 +30,33 @@ using SchemaValidator = Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>;
 const xmlChar* XmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 const char* Chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
+/// A message of libxml2's on one line, without the point at its end.
 std::string OneLine(const char* message) {
   std::string line = Trimmed(message == nullptr ? "" : message);
+  if (!line.empty() && line.back() == '.') line.pop_back();
   for (char& character : line) {
     if (character == '\n') character = ' ';
   }
   return line;
 }
 
-/// Notes where the document has a document type, in the parser's private place, and stops there.
+/// What is noted while a document is being parsed.
+struct ParserNotes {
+  int documentTypeLine = 0;  ///< 0 when it has no document type.
+  int errorLine = 0;
+  std::string error;  ///< The first one; what follows it are mostly its consequences.
+};
+
+void NoteError(void* context, xmlError* error) {
+  auto& notes = *static_cast<ParserNotes*>(static_cast<xmlParserCtxt*>(context)->_private);
+  if (!notes.error.empty() || error->level == XML_ERR_WARNING) return;
+  notes.errorLine = error->line;
+  notes.error = OneLine(error->message);
+}
+
 void StopAtDocumentType(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
-  *static_cast<int*>(parser->_private) = parser->input->line;
+  static_cast<ParserNotes*>(parser->_private)->documentTypeLine = parser->input->line;
   xmlStopParser(parser);
 }
 
@@ -52,22 +67,23 @@ Document Parse(const std::string& content, Findings& findings) {
   }
   const Parser parser(xmlNewParserCtxt());
   if (parser == nullptr) return nullptr;
-  int documentTypeLine = 0;
-  parser->_private = &documentTypeLine;
+  ParserNotes notes;
+  parser->_private = &notes;
+  parser->sax->serror = NoteError;
   parser->sax->internalSubset = StopAtDocumentType;
   Document document(xmlCtxtReadMemory(
       parser.get(), content.data(), static_cast<int>(content.size()), nullptr, nullptr,
       XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_BIG_LINES));
-  if (documentTypeLine > 0) {
-    findings.Error(documentTypeLine,
+  if (notes.documentTypeLine > 0) {
+    findings.Error(notes.documentTypeLine,
                    "a document type is refused: a configuration is data, and entities can read "
                    "other files",
                    "remove it, and write the values themselves");
     return nullptr;
   }
   if (document == nullptr) {
-    const xmlError& error = parser->lastError;
-    findings.Error(error.line, OneLine(error.message) + "; nothing is configured");
+    findings.Error(notes.errorLine,
+                   notes.error + ": this is no document, and nothing is configured");
   }
   return document;
 }
