@@ -49,7 +49,7 @@ trap 'kill "$server" 2>/dev/null || true' EXIT
 exec 3<server.out
 read -r line <&3
 echo "$line"
-sed "s/PORT/${line##* }/" "$examples/file_survey_remote.ini" >remote.ini
+sed "s/4711/${line##* }/" "$examples/file_survey_remote.ini" >remote.ini
 run "$build/examples/file_survey" remote.ini /usr/include /etc
 kill -TERM "$server"
 read -r line <&3

@@ -26,12 +26,14 @@ void AddCommands(CLI::App& program, int& exitCode) {
   AddCompletionCommand(program, exitCode);
 }
 
-/// The first word, when it is neither an option nor a command.
-std::string UnknownCommand(const CLI::App& program, int argc, char** argv) {
-  const std::string word = argc > 1 ? argv[1] : "-";
-  const std::vector<std::string> known = CommandNames(program);
-  const bool isKnown = std::find(known.begin(), known.end(), word) != known.end();
-  return isKnown || word.empty() || word.front() == '-' ? "" : word;
+/// Ends the program when the first word is no command and no option.
+void RequireKnown(const CLI::App& program, const std::string& word) {
+  std::vector<std::string> known = CommandNames(program);
+  known.insert(known.end(), {"-h", "--help", "--version"});
+  if (std::find(known.begin(), known.end(), word) != known.end()) return;
+  const std::string nearest = DidYouMean(word, known);
+  throw UsageError("there is no " + std::string(word.rfind('-', 0) == 0 ? "option " : "command ") +
+                   Quoted(word) + "; " + (nearest.empty() ? "see loggerctl --help" : nearest));
 }
 
 int Run(int argc, char** argv) {
@@ -41,18 +43,13 @@ int Run(int argc, char** argv) {
   program.footer("loggerctl COMMAND --help tells about each command.");
   int exitCode = EXIT_SUCCESS;
   AddCommands(program, exitCode);
-  const std::string unknown = UnknownCommand(program, argc, argv);
-  if (!unknown.empty()) {
-    const std::string nearest = DidYouMean(unknown, CommandNames(program));
-    throw UsageError("there is no command " + Quoted(unknown) + "; " +
-                     (nearest.empty() ? "see loggerctl --help" : nearest));
-  }
+  if (argc > 1) RequireKnown(program, argv[1]);
   try {
     program.parse(MarkedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {
     const bool isRequest = error.get_exit_code() == 0;  // Such as --help.
     if (isRequest) return program.exit(error);
-    const std::string command = argc > 1 && argv[1][0] != '-' ? std::string(" ") + argv[1] : "";
+    const std::string command = argc > 1 ? " " + std::string(argv[1]) : "";
     std::cerr << "loggerctl: " << error.what() << "; see loggerctl" << command << " --help\n";
     return kUnusable;
   }

@@ -110,10 +110,10 @@ const std::string kSystem =
     "DEBUG - details\n"
     "INFO - started\n"
     "yes no yes yes yes no \n"
-    "app.log: \n"
-    "app.log.1: TIME |INFO| started\n\n"
-    "app.log.2: TIME |WARNING| slow\n\n"
-    "app.log.3: TIME |ERROR| disk 2 full\n\n"
+    "app.log: TIME |ERROR| disk 2 full\nTIME |WARNING| slow\nTIME |INFO| started\n\n"
+    "app.log.1 does not exist\n"
+    "app.log.2 does not exist\n"
+    "app.log.3 does not exist\n"
     "app.log.4 does not exist\n"
     "status 0";
 

@@ -43,7 +43,7 @@ void CheckHandler(const Configuration& configuration, const Client& client, Find
                           "name the handler that it is attached to");
   }
   if (configuration.HasHandler(handler)) return;
-  const bool isList = handler.find(' ') != std::string::npos;
+  const bool isList = Trimmed(handler).find(' ') != std::string::npos;
   const std::string nearest = DidYouMean(handler, configuration.HandlerNames());
   findings.Error(client.handler.line,
                  client.title + " is left out: there is no handler " + Quoted(handler),

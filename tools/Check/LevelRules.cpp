@@ -134,7 +134,7 @@ void CheckLevels(const Configuration& configuration, Findings& findings) {
     if (!CheckIsNew(level.number, registered, findings)) continue;
     const auto [bearer, isNew] = named.insert({NameOf(level), level.number.text});
     if (isNew) continue;
-    findings.Warning(std::max(level.name.line, level.number.line),
+    findings.Warning(level.name.line > 0 ? level.name.line : level.number.line,
                      "levels " + Quoted(bearer->second) + " and " + Quoted(level.number.text) +
                          " have the same name " + Quoted(NameOf(level)));
   }

@@ -1,8 +1,11 @@
 #include "Check/XmlConfiguration.h"
 
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/xmlschemas.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <set>
@@ -60,6 +63,21 @@ void StopAtDocumentType(void* context, const xmlChar*, const xmlChar*, const xml
   xmlStopParser(parser);
 }
 
+/// Notes the line of each element at the element, whose own place for it ends at 65535.
+void NoteLine(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+              int namespaceCount, const xmlChar** namespaces, int attributeCount,
+              int defaultedCount, const xmlChar** attributes) {
+  xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                        defaultedCount, attributes);
+  const auto* const parser = static_cast<xmlParserCtxt*>(context);
+  if (parser->node == nullptr) return;
+  parser->node->_private = reinterpret_cast<void*>(static_cast<std::intptr_t>(parser->input->line));
+}
+
+int LineOf(const xmlNode* element) {
+  return static_cast<int>(reinterpret_cast<std::intptr_t>(element->_private));
+}
+
 Document Parse(const std::string& content, Findings& findings) {
   if (content.size() > std::numeric_limits<int>::max()) {
     findings.Error(0, "the document is too large");
@@ -70,10 +88,11 @@ Document Parse(const std::string& content, Findings& findings) {
   ParserNotes notes;
   parser->_private = &notes;
   parser->sax->serror = NoteError;
+  parser->sax->startElementNs = NoteLine;
   parser->sax->internalSubset = StopAtDocumentType;
-  Document document(xmlCtxtReadMemory(
-      parser.get(), content.data(), static_cast<int>(content.size()), nullptr, nullptr,
-      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET | XML_PARSE_BIG_LINES));
+  Document document(xmlCtxtReadMemory(parser.get(), content.data(),
+                                      static_cast<int>(content.size()), nullptr, nullptr,
+                                      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET));
   if (notes.documentTypeLine > 0) {
     findings.Error(notes.documentTypeLine,
                    "a document type is refused: a configuration is data, and entities can read "
@@ -90,8 +109,6 @@ Document Parse(const std::string& content, Findings& findings) {
 
 // The schema.
 
-int LineOf(const xmlNode* node) { return static_cast<int>(xmlGetLineNo(node)); }
-
 std::vector<std::string> ElementNames() {
   std::vector<std::string> names{"configlogger", "logclient", "logtree", "defaultloghandler"};
   for (const KnownAttribute& attribute : KnownAttributes()) names.push_back(attribute.element);
@@ -106,23 +123,23 @@ std::vector<std::string> AttributesOf(const std::string& element) {
   return names;
 }
 
+/// What is within the first quotes behind `start`; empty when the message does not have it.
+std::string QuotedBehind(const std::string& message, const std::string& start) {
+  const std::size_t found = message.find(start + "'");
+  if (found == std::string::npos) return "";
+  const std::size_t first = found + start.size() + 1;
+  return message.substr(first, message.find('\'', first) - first);
+}
+
 /// What the misspelt name that a message is about may have meant.
-std::string SuggestionFor(const xmlError& error, const std::string& message) {
-  const auto* const node = static_cast<const xmlNode*>(error.node);
-  if (node == nullptr) return "";
-  if (node->type == XML_ATTRIBUTE_NODE) {
-    return message.find("not allowed") == std::string::npos || node->parent == nullptr
-               ? ""
-               : DidYouMean(Chars(node->name), AttributesOf(Chars(node->parent->name)));
+std::string SuggestionFor(const std::string& message) {
+  const std::string element = QuotedBehind(message, "Element ");
+  if (message.find("is not allowed") != std::string::npos) {
+    return DidYouMean(QuotedBehind(message, "The attribute "), AttributesOf(element));
   }
-  const bool isUnexpected = message.find("not expected") != std::string::npos ||
-                            message.find("No matching global") != std::string::npos;
   const std::vector<std::string> known = ElementNames();
-  const std::string name = Chars(node->name);
-  for (const std::string& one : known) {
-    if (one == name) return "";
-  }
-  return isUnexpected ? DidYouMean(name, known) : "";
+  const bool isKnown = std::find(known.begin(), known.end(), element) != known.end();
+  return isKnown ? "" : DidYouMean(element, known);
 }
 
 /// What the schema says of one attribute comes in two messages, of which the first is the reason.
@@ -134,15 +151,16 @@ struct SchemaMessages {
 
 void CollectMessage(void* context, xmlError* error) {
   auto& messages = *static_cast<SchemaMessages*>(context);
-  const auto* const node = static_cast<const xmlNode*>(error->node);
-  const int line = node != nullptr && node->type == XML_ELEMENT_NODE ? LineOf(node) : error->line;
+  const auto* node = static_cast<const xmlNode*>(error->node);
+  if (node != nullptr && node->type == XML_ATTRIBUTE_NODE) node = node->parent;
+  const int line = node == nullptr ? error->line : LineOf(node);
   const std::string message = OneLine(error->message);
   const bool isFacet = message.find("[facet ") != std::string::npos;
   const bool isRepetition = messages.wasFacet && messages.lastLine == line && !isFacet;
   messages.wasFacet = isFacet;
   messages.lastLine = line;
   if (isRepetition) return;
-  messages.findings.Error(line, message, SuggestionFor(*error, message));
+  messages.findings.Error(line, message, SuggestionFor(message));
 }
 
 /// Whether the document is valid. Each message of the schema is an error with its line.

@@ -1,0 +1,168 @@
+// What all commands of loggerctl have in common, and those that only print.
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Support/Process.h"
+
+namespace {
+
+typedef std::vector<std::string> Words;
+
+ProcessResult RunLoggerctl(const Words& words) {
+  Words command{LOGGERCTL};
+  command.insert(command.end(), words.begin(), words.end());
+  return RunProgram(command);
+}
+
+void ExpectUnusable(const std::string& errors, const ProcessResult& result) {
+  EXPECT_EQ(2, result.exitCode);
+  EXPECT_EQ("", result.output);
+  EXPECT_EQ(errors, result.errors);
+}
+
+Words Commands() {
+  Words names;
+  std::istringstream lines(RunLoggerctl({"--help"}).output);
+  bool areCommands = false;
+  for (std::string line; std::getline(lines, line);) {
+    if (areCommands && line.empty()) break;
+    if (areCommands) names.push_back(line.substr(2, line.find(' ', 2) - 2));
+    areCommands = areCommands || line == "Subcommands:";
+  }
+  return names;
+}
+
+TEST(LoggerctlTest, TellsItsVersion) {
+  const ProcessResult result = RunLoggerctl({"--version"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("loggerctl " PROJECT_VERSION "\n", result.output);
+  EXPECT_EQ("", result.errors);
+}
+
+TEST(LoggerctlTest, HelpsWithEachCommand) {
+  const Words commands = Commands();
+  EXPECT_GE(commands.size(), 5U);
+
+  for (const std::string& command : commands) {
+    const ProcessResult result = RunLoggerctl({command, "--help"});
+
+    EXPECT_EQ(0, result.exitCode) << command;
+    EXPECT_EQ("", result.errors) << command;
+    EXPECT_NE(std::string::npos, result.output.find("\nUsage: loggerctl " + command)) << command;
+    EXPECT_NE(std::string::npos, result.output.find("\nExit code: 0 ")) << command;
+  }
+}
+
+TEST(LoggerctlTest, HintsAtWhatItCanDo) {
+  ExpectUnusable("loggerctl: A subcommand is required; see loggerctl --help\n", RunLoggerctl({}));
+  ExpectUnusable("loggerctl: there is no command 'chekc'; did you mean 'check'?\n",
+                 RunLoggerctl({"chekc"}));
+  ExpectUnusable("loggerctl: there is no command 'frobnicate'; see loggerctl --help\n",
+                 RunLoggerctl({"frobnicate", "--help"}));
+  ExpectUnusable("loggerctl: there is no option '--bogus'; see loggerctl --help\n",
+                 RunLoggerctl({"--bogus"}));
+  ExpectUnusable("loggerctl: --config is required; see loggerctl write --help\n",
+                 RunLoggerctl({"write"}));
+  ExpectUnusable("loggerctl: FILE is required; see loggerctl check --help\n",
+                 RunLoggerctl({"check"}));
+  ExpectUnusable("loggerctl: --format: toml not in {ini,xml}; see loggerctl check --help\n",
+                 RunLoggerctl({"check", "--format", "toml", "x"}));
+}
+
+// Keys.
+
+TEST(LoggerctlTest, PrintsTheParametersOfAKind) {
+  const ProcessResult result = RunLoggerctl({"keys", "LogClientRollingFile"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(
+      "LogClientRollingFile: writes to a file that is moved to numbered backups when it has grown "
+      "too large\n"
+      "  filename\n"
+      "      the file, relative to the working directory; its folder is not made\n"
+      "      file name; without it: the client writes nothing\n"
+      "  fileappend\n"
+      "      whether the file keeps what it has when it is opened\n"
+      "      off with \"false\", on with anything else; without it: on\n"
+      "  filesize\n"
+      "      bytes; an event that takes the file past it is its last\n"
+      "      number; without it: 0, which rolls the file at every event\n"
+      "  maxbackup\n"
+      "      how many old files are kept\n"
+      "      number; without it: 0, which keeps none: a full file is emptied\n",
+      result.output);
+  EXPECT_EQ("", result.errors);
+}
+
+TEST(LoggerctlTest, PrintsEverythingThatAConfigurationCanSay) {
+  const std::string all = RunLoggerctl({"keys"}).output;
+
+  for (const char* const part :
+       {"\n  loghandler.H.level.N\n", "\n  handlerloglevel enable\n",
+        "\nLogClientSocket: ", "\n  LogLayoutSimple\n      ERROR - disk full\n"}) {
+    EXPECT_NE(std::string::npos, all.find(part)) << part;
+  }
+}
+
+TEST(LoggerctlTest, PrintsKeysForPrograms) {
+  const ProcessResult result = RunLoggerctl({"keys", "LogClientConsole", "--json"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(
+      "[\n"
+      "  {\n"
+      "    \"name\": \"LogClientConsole\",\n"
+      "    \"meaning\": \"writes to standard output\",\n"
+      "    \"layout\": true,\n"
+      "    \"parameters\": []\n"
+      "  }\n"
+      "]\n",
+      result.output);
+  EXPECT_EQ(0U, RunLoggerctl({"keys", "--json"}).output.find("{\n  \"keys\": ["));
+}
+
+// The shell's completion.
+
+/// What bash would offer at the end of these words.
+std::string Completed(const Words& words) {
+  std::string line;
+  for (const std::string& word : words) line += "'" + word + "' ";
+  const ProcessResult result = RunProgram(
+      {"bash", "-c",
+       "source <(" LOGGERCTL " completion); compopt() { echo \"compopt $*\"; }; COMP_WORDS=(" +
+           line + "); COMP_CWORD=" + std::to_string(words.size() - 1) +
+           "; _loggerctl; echo \"${COMPREPLY[*]}\""});
+  EXPECT_EQ("", result.errors);
+  return result.output;
+}
+
+TEST(LoggerctlTest, CompletesTheCommands) {
+  EXPECT_EQ("check\n", Completed({"loggerctl", "ch"}));
+  EXPECT_EQ("--version\n", Completed({"loggerctl", "--v"}));
+  std::string all;
+  for (const std::string& command : Commands()) all += command + " ";
+  EXPECT_EQ(all + "--help --version\n", Completed({"loggerctl", ""}));
+}
+
+TEST(LoggerctlTest, CompletesTheOptionsOfACommand) {
+  EXPECT_EQ("--strict --system\n", Completed({"loggerctl", "check", "--s"}));
+  EXPECT_EQ("--config\n", Completed({"loggerctl", "write", "--c"}));
+}
+
+TEST(LoggerctlTest, CompletesValues) {
+  EXPECT_EQ("ini xml\n", Completed({"loggerctl", "check", "--format", ""}));
+  EXPECT_EQ("LogClientSocket\n", Completed({"loggerctl", "keys", "LogClientS"}));
+  EXPECT_EQ("\n", Completed({"loggerctl", "serve", "--port", ""}));
+}
+
+TEST(LoggerctlTest, CompletesFileNamesWhereFilesAreNamed) {
+  EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "check", "a"}));
+  EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "write", "--config", "a"}));
+}
+
+}  // namespace
