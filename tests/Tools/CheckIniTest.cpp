@@ -666,6 +666,15 @@ TEST(CheckIniTest, TellsOfAPortOutOfRange) {
       port("http"));
 }
 
+TEST(CheckIniTest, TellsOfATimeoutThatIsNone) {
+  EXPECT_EQ(
+      "it:7: warning: client 'c' waits for its server as long as it takes: its 'timeout' is 0 or "
+      "less; "
+      "give a number of milliseconds, or remove it\n",
+      CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", "::1") +
+                    Parameter(1, "serverport", "1") + Parameter(2, "timeout", "0")));
+}
+
 TEST(CheckIniTest, TellsOfAFileNameThatIsTakenAsItStands) {
   const auto file = [](const std::string& name) {
     return CheckedClient("logclient.c.type = LogClientFile\n" + Parameter(0, "filename", name));

@@ -4,10 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "LogClientFactory.h"
 #include "LogLayout.h"
@@ -17,37 +18,43 @@
 
 namespace {
 
-TEST(KnownKeysTest, HasTheKindsThatTheLibraryHas) {
-  LogClientFactory& factory = *Logger::GetLogManager()->GetLogClientFactory();
+/// What is found in the library's sources in the place of the expression's brackets.
+std::set<std::string> FoundInSources(const std::string& folder, const std::string& expression) {
+  std::set<std::string> found;
+  const std::regex call(expression);
+  for (const auto& file : std::filesystem::directory_iterator(PROJECT_FOLDER "/Src/" + folder)) {
+    const std::string source = Content(file.path().string());
+    for (std::sregex_iterator match(source.begin(), source.end(), call), end; match != end;
+         ++match) {
+      found.insert((*match)[1]);
+    }
+  }
+  return found;
+}
 
-  EXPECT_EQ(5U, KnownKinds().size());
+template <typename Named>
+std::set<std::string> NamesOf(const std::vector<Named>& all) {
+  std::set<std::string> names;
+  for (const Named& one : all) names.insert(one.name);
+  return names;
+}
+
+TEST(KnownKeysTest, HasTheKindsThatTheLibraryHas) {
+  EXPECT_EQ(FoundInSources("Clients", "Register\\(\"(\\w+)\""), NamesOf(KnownKinds()));
+
+  LogClientFactory& factory = *Logger::GetLogManager()->GetLogClientFactory();
   for (const KnownKind& kind : KnownKinds()) {
     EXPECT_TRUE(factory.UnregisterLogClient(kind.name)) << kind.name;
   }
 }
 
 TEST(KnownKeysTest, HasTheLayoutsThatTheLibraryHas) {
-  LogLayoutFactory& factory = *Logger::GetLogManager()->GetLogLayoutFactory();
+  EXPECT_EQ(FoundInSources("Layouts", "Register\\(\"(\\w+)\""), NamesOf(KnownLayouts()));
 
-  EXPECT_EQ(4U, KnownLayouts().size());
+  LogLayoutFactory& factory = *Logger::GetLogManager()->GetLogLayoutFactory();
   for (const KnownLayout& layout : KnownLayouts()) {
     EXPECT_TRUE(factory.UnregisterLogLayout(layout.name)) << layout.name;
   }
-}
-
-/// The literals that the library's sources ask a client's properties for.
-std::set<std::string> ParametersAskedFor() {
-  std::set<std::string> names;
-  for (const char* const kind : {"File", "RollingFile", "Socket", "Xml"}) {
-    const std::string source =
-        Content(std::string(PROJECT_FOLDER "/Src/Clients/LogClient") + kind + ".cpp");
-    const std::regex call("GetProperty\\(\"([a-z]+)\"\\)");
-    for (std::sregex_iterator found(source.begin(), source.end(), call), end; found != end;
-         ++found) {
-      names.insert((*found)[1]);
-    }
-  }
-  return names;
 }
 
 TEST(KnownKeysTest, HasTheParametersThatClientsAskFor) {
@@ -56,7 +63,7 @@ TEST(KnownKeysTest, HasTheParametersThatClientsAskFor) {
     for (const KnownParameter& parameter : kind.parameters) known.insert(parameter.name);
   }
 
-  EXPECT_EQ(ParametersAskedFor(), known);
+  EXPECT_EQ(FoundInSources("Clients", "GetProperty\\(\"(\\w+)\"\\)"), known);
 }
 
 TEST(KnownKeysTest, HasTheAttributesOfTheSchema) {

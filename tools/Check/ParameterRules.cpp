@@ -139,6 +139,16 @@ void CheckRolling(const Client& client, Findings& findings) {
   }
 }
 
+void CheckTimeout(const Client& client, Findings& findings) {
+  const Parameter* const timeout = client.Given("timeout");
+  if (timeout == nullptr || ReadNumber(timeout->value.text).value > 0) return;
+  findings.Warning(timeout->value.line,
+                   client.title +
+                       " waits for its server as long as it takes: its 'timeout' is 0 or "
+                       "less",
+                   "give a number of milliseconds, or remove it");
+}
+
 void CheckXmlText(const Client& client, Findings& findings) {
   if (client.Given("escapetext") != nullptr) return;
   findings.Warning(client.line,
@@ -157,6 +167,7 @@ void CheckParameters(const Configuration& configuration, Findings& findings) {
     }
     CheckNeededParameters(*kind, client, findings);
     if (kind->name == "LogClientRollingFile") CheckRolling(client, findings);
+    if (kind->name == "LogClientSocket") CheckTimeout(client, findings);
     if (kind->name == "LogClientXML") CheckXmlText(client, findings);
   }
 }

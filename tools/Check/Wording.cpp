@@ -69,6 +69,8 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& can
   std::string nearest;
   for (const std::string& candidate : candidates) {
     if (candidate == word || candidate.empty()) continue;
+    const std::size_t longer = std::max(wanted.size(), candidate.size());
+    if (longer - std::min(wanted.size(), candidate.size()) >= smallest) continue;
     const std::size_t distance = EditDistance(wanted, LowerCase(candidate));
     if (distance >= smallest || distance >= candidate.size()) continue;
     smallest = distance;
