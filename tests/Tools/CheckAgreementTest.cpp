@@ -265,8 +265,7 @@ class IniAgreementTest : public CheckAgreementTest {
   /// The line with other words in the place of each item of its value; for one item after another.
   static std::vector<Words> Others(const std::string& line) {
     std::vector<Words> others;
-    std::size_t start = line.find('=') + 1;
-    start += line.compare(start, 1, " ") == 0 ? 1 : 0;
+    std::size_t start = line.find_first_not_of(' ', line.find('=') + 1);
     for (std::size_t end = start; end < line.size(); start = end + 1) {
       end = std::min(line.find(' ', start), line.size());
       others.emplace_back();
