@@ -46,6 +46,14 @@ void AddHandlerOption(CLI::App& command, std::string& handlerName, const std::st
       ->capture_default_str();
 }
 
+void AddWordsOption(CLI::App& command, const std::string& option, std::vector<std::string>& words,
+                    const std::string& description) {
+  command.add_option(option, words, description)
+      ->type_name("NAME")
+      ->allow_extra_args(false)
+      ->transform(MarkRemoved());
+}
+
 std::vector<std::string> WordsOf(const CLI::Option& option) {
   // As they were given: in the converted list some words, such as {}, have a meaning of their own.
   std::vector<std::string> words = option.results();

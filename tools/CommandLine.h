@@ -19,6 +19,10 @@ CLI::Validator MarkRemoved();
 void AddConfigurationOption(CLI::App& command, std::string& fileName);
 void AddHandlerOption(CLI::App& command, std::string& handlerName, const std::string& description);
 
+/// Adds an option that may be given any number of times, with one word each.
+void AddWordsOption(CLI::App& command, const std::string& option, std::vector<std::string>& words,
+                    const std::string& description);
+
 /// The words given for an option that takes any number of them.
 std::vector<std::string> WordsOf(const CLI::Option& option);
 

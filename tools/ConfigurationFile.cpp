@@ -38,23 +38,23 @@ int FindOverlongLine(const std::string& fileName) {
   return 0;
 }
 
+[[noreturn]] void ThrowUnreadableIni(const std::string& fileName) {
+  const int overlongLine = FindOverlongLine(fileName);
+  if (overlongLine == 0) throw UsageError(fileName + ": cannot be read");
+  throw UsageError(fileName + ": line " + std::to_string(overlongLine) +
+                   " is longer than 511 bytes");
+}
+
 void ConfigureFromIni(const std::string& fileName) {
   LogConfiguratorIni configurator;
   if (configurator.ReadConfiguration(fileName)) return;
-  const int overlongLine = FindOverlongLine(fileName);
-  if (overlongLine > 0) {
-    throw UsageError(fileName + ": line " + std::to_string(overlongLine) +
-                     " is longer than 511 bytes");
+  if (configurator.IsLoggingEnable() || FindOverlongLine(fileName) > 0) {
+    ThrowUnreadableIni(fileName);
   }
-  throw UsageError(fileName + (configurator.IsLoggingEnable()
-                                   ? ": cannot be read"
-                                   : ": logging is switched off there (logging = false)"));
+  throw UsageError(fileName + ": logging is switched off there (logging = false)");
 }
 
-void ConfigureFromXml(const std::string& fileName) {
-  xmlResetLastError();
-  LogConfiguratorXml configurator;
-  if (configurator.ReadConfiguration(fileName)) return;
+[[noreturn]] void ThrowUnusableXml(const std::string& fileName) {
   const xmlError* const error = xmlGetLastError();
   if (error == nullptr || error->message == nullptr) {
     throw UsageError(fileName + ": logging is switched off there, or this is no configuration");
@@ -62,6 +62,11 @@ void ConfigureFromXml(const std::string& fileName) {
   std::string message = error->message;
   while (!message.empty() && message.back() == '\n') message.pop_back();
   throw UsageError(fileName + ": line " + std::to_string(error->line) + ": " + message);
+}
+
+void ConfigureFromXml(const std::string& fileName) {
+  xmlResetLastError();
+  if (!LogConfiguratorXml().ReadConfiguration(fileName)) ThrowUnusableXml(fileName);
 }
 
 }  // namespace
@@ -74,12 +79,25 @@ bool BeginsLikeXml(std::istream& content) {
   return false;
 }
 
-void ConfigureFrom(const std::string& fileName) {
+ConfigurationForm FormOf(const std::string& fileName) {
   RequireReadable(fileName);
   std::ifstream file(fileName, std::ios::binary);
-  if (BeginsLikeXml(file)) {
+  return BeginsLikeXml(file) ? ConfigurationForm::Xml : ConfigurationForm::Ini;
+}
+
+void ConfigureFrom(const std::string& fileName) {
+  if (FormOf(fileName) == ConfigurationForm::Xml) {
     ConfigureFromXml(fileName);
   } else {
     ConfigureFromIni(fileName);
   }
+}
+
+void LoadIni(const std::string& fileName, LogProperties& properties) {
+  if (!properties.Load(fileName)) ThrowUnreadableIni(fileName);
+}
+
+void ValidateXml(const std::string& fileName) {
+  xmlResetLastError();
+  if (!LogConfiguratorXml().OpenFile(fileName)) ThrowUnusableXml(fileName);
 }

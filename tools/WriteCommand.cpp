@@ -15,6 +15,7 @@
 #include "CommandLine.h"
 #include "ConfigurationFile.h"
 #include "Handlers.h"
+#include "Levels.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -31,19 +32,6 @@ struct WriteOptions {
   std::vector<std::string> words;
   CLI::Option* text = nullptr;
 };
-
-std::vector<unsigned int> RegisteredLevels() {
-  std::vector<unsigned int> levels;
-  unsigned int level = 0;
-  for (int index = 0; Logger::GetLogLevelManager()->GetLogLevel(index, level); ++index) {
-    levels.push_back(level);
-  }
-  return levels;
-}
-
-std::string LevelName(unsigned int level) {
-  return Logger::GetLogLevelManager()->GetLogLevelName(level);
-}
 
 [[noreturn]] void ThrowUnknownLevel(const std::string& level) {
   std::vector<std::string> known;

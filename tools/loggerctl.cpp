@@ -11,6 +11,7 @@
 #include "CompletionCommand.h"
 #include "KeysCommand.h"
 #include "ServeCommand.h"
+#include "ShowCommand.h"
 #include "UsageError.h"
 #include "WriteCommand.h"
 
@@ -22,6 +23,7 @@ void AddCommands(CLI::App& program, int& exitCode) {
   AddWriteCommand(program, exitCode);
   AddServeCommand(program, exitCode);
   AddCheckCommand(program, exitCode);
+  AddShowCommand(program, exitCode);
   AddKeysCommand(program, exitCode);
   AddCompletionCommand(program, exitCode);
 }

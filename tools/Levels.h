@@ -1,0 +1,9 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// The numbers of the process's levels, in the order of their registration.
+std::vector<unsigned int> RegisteredLevels();
+
+std::string LevelName(unsigned int level);

@@ -1,0 +1,108 @@
+#include "Show/ConfiguredSystem.h"
+
+#include <algorithm>
+
+#include "Handlers.h"
+#include "Levels.h"
+#include "LogHandler.h"
+#include "Logger.h"
+#include "Printable.h"
+#include "Show/RecordingClients.h"
+
+namespace {
+
+typedef ConfiguredSystem::Level Level;
+
+std::vector<Level> AskLevels() {
+  std::vector<Level> levels;
+  for (const unsigned int number : RegisteredLevels()) {
+    levels.push_back({number, LevelName(number)});
+  }
+  return levels;
+}
+
+std::vector<Level> AskLevelsOff(LogHandler& handler, const std::vector<Level>& levels) {
+  std::vector<Level> off;
+  for (const Level& level : levels) {
+    if (!handler.GetLogLevel(level.number)) off.push_back(level);
+  }
+  return off;
+}
+
+/// Follows what is attached to what, between all handlers and all clients that were made.
+class Attachments {
+ public:
+  Attachments() {
+    for (const std::string& name : Logger::GetLogManager()->GetLogHandlerNames()) {
+      handlers_.push_back(Logger::GetExistingLogHandler(name));
+    }
+  }
+
+  const std::vector<LogHandler*>& Handlers() const { return handlers_; }
+
+  std::vector<ConfiguredSystem::Receiver> ReceiversOf(LogHandler& handler) const {
+    std::vector<ConfiguredSystem::Receiver> receivers;
+    for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
+      LogHandlerClient* const receiver = handler.GetLogClientAt(index);
+      const bool isClient = receiver->IsLogClient();
+      receivers.push_back(
+          {isClient, isClient ? Find(RecordedClients(), receiver) : Find(handlers_, receiver)});
+    }
+    return receivers;
+  }
+
+ private:
+  std::vector<LogHandler*> handlers_;
+
+  template <typename Pointers>
+  static std::size_t Find(const Pointers& pointers, const LogHandlerClient* receiver) {
+    const auto found = std::find(pointers.begin(), pointers.end(), receiver);
+    return static_cast<std::size_t>(found - pointers.begin());
+  }
+};
+
+void NoteAttachment(ConfiguredSystem& system, const ConfiguredSystem::Handler& handler) {
+  for (const ConfiguredSystem::Receiver& receiver : handler.receivers) {
+    if (!receiver.isClient) continue;
+    system.clients.at(receiver.index).handler = handler.name;
+    system.clients.at(receiver.index).isAttached = true;
+  }
+}
+
+}  // namespace
+
+ConfiguredSystem AskSystem() {
+  ConfiguredSystem system;
+  system.levels = AskLevels();
+  for (const RecordingClient* const client : RecordedClients()) {
+    system.clients.push_back({client, "", false});
+  }
+  const Attachments attachments;
+  for (LogHandler* const handler : attachments.Handlers()) {
+    system.handlers.push_back({handler->GetName(), AskLevelsOff(*handler, system.levels),
+                               attachments.ReceiversOf(*handler)});
+    NoteAttachment(system, system.handlers.back());
+  }
+  return system;
+}
+
+std::string LevelText(const Level& level) {
+  return std::to_string(level.number) + " " + Printable(level.name);
+}
+
+std::string OffText(const ConfiguredSystem::Handler& handler) {
+  std::vector<std::string> texts;
+  for (const Level& level : handler.levelsOff) texts.push_back(LevelText(level));
+  return texts.empty() ? "" : "off: " + Join(texts, ", ");
+}
+
+std::string RemarkOn(const ConfiguredSystem::Client& client) {
+  const ClientKind& kind = client.recording->Kind();
+  const std::string layout = client.recording->LayoutName();
+  if (!client.isAttached) {
+    return std::string("attached to no handler: ") +
+           (layout.empty() ? "its layout is not known" : std::string("it needs ") + kind.needs);
+  }
+  if (!kind.usesLayout) return "";
+  return layout.empty() ? "writes nothing: its layout is not known" : "layout " + Printable(layout);
+}

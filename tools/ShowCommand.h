@@ -1,0 +1,7 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// Adds `loggerctl show` to the program. When it was called, its exit code is stored in
+/// `exitCode`.
+void AddShowCommand(CLI::App& program, int& exitCode);
