@@ -9,6 +9,7 @@
 #include "CheckCommand.h"
 #include "CommandLine.h"
 #include "CompletionCommand.h"
+#include "ConvertCommand.h"
 #include "KeysCommand.h"
 #include "ServeCommand.h"
 #include "ShowCommand.h"
@@ -24,6 +25,7 @@ void AddCommands(CLI::App& program, int& exitCode) {
   AddServeCommand(program, exitCode);
   AddCheckCommand(program, exitCode);
   AddShowCommand(program, exitCode);
+  AddConvertCommand(program, exitCode);
   AddKeysCommand(program, exitCode);
   AddCompletionCommand(program, exitCode);
 }
