@@ -18,7 +18,7 @@ MutexWrapper::~MutexWrapper() {
 }
 
 bool MutexWrapper::HoldForFork(const timespec& deadline) const {
-  return pthread_mutex_timedlock(mutex_, &deadline) == 0;
+  return pthread_mutex_clocklock(mutex_, CLOCK_MONOTONIC, &deadline) == 0;
 }
 
 void MutexWrapper::ReleaseInParent() const { pthread_mutex_unlock(mutex_); }

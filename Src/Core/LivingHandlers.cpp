@@ -100,7 +100,7 @@ void LivingHandlers::RefreshAll() {
 }
 
 bool LivingHandlers::HoldAll(const timespec& deadline) noexcept {
-  isListHeld = pthread_mutex_timedlock(&lock, &deadline) == 0;
+  isListHeld = pthread_mutex_clocklock(&lock, CLOCK_MONOTONIC, &deadline) == 0;
   if (!isListHeld) return false;
   LogHandler* notHad = nullptr;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {

@@ -29,7 +29,7 @@ class LivingHandlers {
   static void SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept;
 
   /// Takes the locks of all handlers, and keeps the list as it is. False when they could not all be
-  /// had up to the deadline (CLOCK_REALTIME): those that could are held then.
+  /// had up to the deadline (CLOCK_MONOTONIC): those that could are held then.
   static bool HoldAll(const timespec& deadline) noexcept;
   static void ReleaseAll() noexcept;  ///< Undoes HoldAll, whatever it told.
   /// Detaches all receivers from all handlers. False when a thread that is busy with a handler does

@@ -20,7 +20,7 @@ bool Patience::IsOver() const {
 
 timespec Patience::EndOfAnAttempt() {
   timespec end;
-  clock_gettime(CLOCK_REALTIME, &end);
+  clock_gettime(CLOCK_MONOTONIC, &end);
   end.tv_nsec += kPatienceOfAnAttempt;
   end.tv_sec += end.tv_nsec / kSecond;
   end.tv_nsec %= kSecond;

@@ -11,11 +11,11 @@ class Patience {
   Patience();
 
   bool IsOver() const;
-  /// The moment, by CLOCK_REALTIME, up to which an attempt that begins now may wait.
+  /// The moment, by CLOCK_MONOTONIC, up to which an attempt that begins now may wait.
   static timespec EndOfAnAttempt();
 
  private:
-  timespec start_;  // By the clock that nobody sets.
+  timespec start_;
 };
 
 }  // namespace Logger::Internal

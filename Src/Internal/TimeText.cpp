@@ -117,7 +117,7 @@ logstring TimeOfDayText(long seconds) {
 }
 
 bool TimeTextLock::HoldForFork(const timespec& deadline) {
-  return pthread_mutex_timedlock(&conversionLock, &deadline) == 0;
+  return pthread_mutex_clocklock(&conversionLock, CLOCK_MONOTONIC, &deadline) == 0;
 }
 
 void TimeTextLock::ReleaseInParent() { pthread_mutex_unlock(&conversionLock); }

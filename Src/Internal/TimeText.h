@@ -19,7 +19,7 @@ logstring TimeOfDayText(long seconds);  ///< "%H:%M:%S", or empty.
 
 /// The lock under which the texts are made: the C library has one, too, which a fork in the middle
 /// of a conversion would leave locked in the child. For the time of a fork it is held; false when
-/// it cannot be had up to the deadline (CLOCK_REALTIME).
+/// it cannot be had up to the deadline (CLOCK_MONOTONIC).
 class TimeTextLock {
  public:
   static bool HoldForFork(const timespec& deadline);

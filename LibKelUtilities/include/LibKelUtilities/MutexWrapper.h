@@ -37,7 +37,7 @@ class KELUTILITIES_EXPORT MutexWrapper {
   MutexWrapper& operator=(const MutexWrapper&) = delete;
 
   /// For handlers of pthread_atfork(): takes the mutex before the fork, so that what it guards is
-  /// whole on both sides. False when it could not be had up to the deadline (CLOCK_REALTIME).
+  /// whole on both sides. False when it could not be had up to the deadline (CLOCK_MONOTONIC).
   bool HoldForFork(const timespec& deadline) const;
   void ReleaseInParent() const;  ///< Undoes HoldForFork.
   /// Makes the mutex anew in the child, where it cannot be released: whoever held it does not exist
