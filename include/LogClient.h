@@ -53,8 +53,8 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
   bool SetLayout(LogLayout* layout);
 
  protected:
-  LogLayout* layout_;  // Owned; may be null.
-  bool initialized_;
+  LogLayout* layout_;  ///< Owned; may be null.
+  bool initialized_;   ///< What IsInitialize() tells; set by the kinds derived from this one.
 
  private:
   friend class Logger::Internal::ForkGuard;

@@ -10,6 +10,7 @@
 class LOGGER_EXPORT LogClientConsole : public LogClient {
  public:
   LogClientConsole();
+  /// The same: no property is read.
   explicit LogClientConsole(const LogProperties& properties);
   ~LogClientConsole() override;
 

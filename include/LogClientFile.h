@@ -47,9 +47,9 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   void ReopenAtNextEvent() noexcept;
 
  protected:
-  std::unique_ptr<Logger::Internal::FileStream> stream_;
-  std::string filename_;
-  bool append_;
+  std::unique_ptr<Logger::Internal::FileStream> stream_;  ///< Never null; open or not.
+  std::string filename_;                                  ///< As it was given.
+  bool append_;  ///< Whether Init() keeps what is in the file.
 
  private:
   friend class Logger::Internal::ForkGuard;

@@ -19,7 +19,7 @@ class LOGGER_EXPORT LogConfiguratorIni {
   /// Copying copies nothing, on purpose: a copy has no properties, and an assigned configurator
   /// keeps its own.
   LogConfiguratorIni(const LogConfiguratorIni& other);
-  LogConfiguratorIni& operator=(const LogConfiguratorIni& other);
+  LogConfiguratorIni& operator=(const LogConfiguratorIni& other);  ///< Copies nothing either.
   virtual ~LogConfiguratorIni();
   void Assign(const LogConfiguratorIni& other);  ///< Does nothing, on purpose.
 

@@ -23,7 +23,7 @@ class LOGGER_EXPORT LogConfiguratorXml {
   /// Copying copies nothing, on purpose: a copy has no document, and an assigned configurator keeps
   /// its own.
   LogConfiguratorXml(const LogConfiguratorXml& other);
-  LogConfiguratorXml& operator=(const LogConfiguratorXml& other);
+  LogConfiguratorXml& operator=(const LogConfiguratorXml& other);  ///< Copies nothing either.
   virtual ~LogConfiguratorXml();
   void Assign(const LogConfiguratorXml& other);  ///< Does nothing, on purpose.
 
@@ -44,9 +44,11 @@ class LOGGER_EXPORT LogConfiguratorXml {
   /// Attaches the handlers of the element's "loghandler" children to `parent`, and theirs to them.
   /// `node` is a libxml2 element. False when a child has no name.
   bool AddSubHandler(void* node, LogHandler* parent);
-  /// Reads an attribute of a libxml2 element, as text or as decimal text. False, with `value`
-  /// untouched, when the element does not have it.
+  /// Reads an attribute of a libxml2 element. False, with `value` untouched, when the element does
+  /// not have it.
   bool GetAttribute(void* node, const logstring& name, logstring& value);
+  /// The same for decimal text: it ends at the first character that is no digit, is 0 without any,
+  /// and stays within the range of an int.
   bool GetAttribute(void* node, const logstring& name, int& value);
   /// Puts the text of the schema into `buffer`, and returns it.
   logstring& CreateSchemaBuf(logstring& buffer);

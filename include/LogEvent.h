@@ -25,17 +25,17 @@ class LOGGER_EXPORT LogEvent {
   /// The record is trusted: its mark is not looked at, and lengths that are not true lead the
   /// reading out of it. A length of 0 or less stands for an empty text.
   explicit LogEvent(char* record);
-  LogEvent(const LogEvent& other);
-  LogEvent& operator=(const LogEvent& other);
+  LogEvent(const LogEvent& other);             ///< Assigns `other`.
+  LogEvent& operator=(const LogEvent& other);  ///< Assigns `other`.
   virtual ~LogEvent();
 
   /// Copies all fields. The copy constructor and the assignment operator go through it.
   void Assign(const LogEvent& other);
 
-  unsigned int GetLogLevel() const;
+  unsigned int GetLogLevel() const;  ///< The level's number.
   /// The name that the process's level registry has for the level now; empty when it has none.
   logstring GetLogLevelName() const;
-  logstring GetLogMessage() const;
+  logstring GetLogMessage() const;  ///< The text, without a layout.
   /// The name of the handler that made the event, whichever handlers passed it on.
   logstring GetLogHandlerName() const;
   /// The source file as the caller gave it.
@@ -43,7 +43,7 @@ class LOGGER_EXPORT LogEvent {
   /// What follows the last backslash of the full name. Only a backslash separates, on purpose: a
   /// name with forward slashes comes whole.
   logstring GetFileName() const;
-  int GetLine() const;
+  int GetLine() const;  ///< The source line; 0 when it is not known.
 
   /// The local time as 2004-03-01T13:05:09 (strftime's "%Y-%m-%dT%H:%M:%S"). A time zone that
   /// tzset() changed shows at once when tzname, timezone or daylight changed with it, and otherwise
@@ -65,6 +65,7 @@ class LOGGER_EXPORT LogEvent {
   /// Throws std::bad_alloc when there is no memory, or when the texts are too long for a record.
   void GetLogStream(char** record, int& length) const;
 
+  /// The kernel's id of the thread that logged, or what a log server put in its place.
   int GetThreadId() const;
   /// Replaces the thread's id, for an event that is not shared yet.
   void SetThreadId(int threadId);

@@ -14,6 +14,7 @@ class LogHandler;
 /// An object may be used any number of times, by one thread at a time if it is ever assigned to.
 class LOGGER_EXPORT LogFormater {
  public:
+  /// Keeps copies of all three, for every call of Log.
   LogFormater(unsigned int level, const logstring& file, int line);
   virtual ~LogFormater();
 

@@ -61,12 +61,12 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
 
   /// Renames the handler, which the manager finds by name from then on. Takes no lock.
   void SetName(const logstring& name);
-  logstring GetName() const;
+  logstring GetName() const;  ///< A copy. Takes no lock either.
 
   /// The master switch: an inactive handler rejects every event. Does not wait for the handler's
   /// lock.
   void SetLogHandlerActive(bool active);
-  bool GetLogHandlerActive() const;
+  bool GetLogHandlerActive() const;  ///< Whether the master switch is on.
 
   /// Switches one registered level on or off for this handler; any other level is ignored. When it
   /// returns, no event of a level that is off is published any more.
@@ -89,7 +89,7 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   /// Detaches a receiver, which is not deleted; one that is not attached is ignored. It must not be
   /// null: the process ends.
   void RemoveLogClient(LogHandlerClient* logClient);
-  unsigned int GetLogClientCount() const;
+  unsigned int GetLogClientCount() const;  ///< How many receivers are attached here.
   /// The receiver at a position of the order of attachment, or null past the end.
   LogHandlerClient* GetLogClientAt(unsigned int index);
   /// Detaches and returns the receiver at a position, or returns null past the end.
@@ -107,13 +107,16 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   /// empty.
   bool DebugLog(unsigned int level, const logstring& file, int line, const char* format, ...)
       LOGGER_PRINTF_FORMAT(5, 6);
+  /// The same without a copy of the file's name.
   bool DebugLog(unsigned int level, const char* file, int line, const char* format, ...)
       LOGGER_PRINTF_FORMAT(5, 6);
 
   /// As Log, with a text that is taken as it stands, percent signs included. A null text logs
   /// nothing, with the same result.
   bool LogForce(unsigned int level, const char* text);
+  /// As LogForce, with the source position.
   bool DebugLogForce(unsigned int level, const logstring& file, int line, const char* text);
+  /// The same. A null file name reads as empty.
   bool DebugLogForce(unsigned int level, const char* file, int line, const char* text);
 
  private:

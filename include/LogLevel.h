@@ -15,15 +15,15 @@ class LOGGER_EXPORT LogLevel {
  public:
   /// Any 32-bit number is a level; the name may be empty.
   LogLevel(unsigned int level, const logstring& name);
-  LogLevel(const LogLevel& other);
-  LogLevel& operator=(const LogLevel& other);
+  LogLevel(const LogLevel& other);             ///< Assigns `other`.
+  LogLevel& operator=(const LogLevel& other);  ///< Assigns `other`.
   virtual ~LogLevel();
 
   /// Copies both fields. The copy constructor and the assignment operator go through it.
   void Assign(const LogLevel& other);
 
-  unsigned int GetLogLevel() const;
-  logstring GetLogLevelName() const;
+  unsigned int GetLogLevel() const;   ///< The number.
+  logstring GetLogLevelName() const;  ///< A copy of the name.
 
  private:
   friend struct Logger::Internal::LevelAccess;

@@ -29,7 +29,7 @@ class LOGGER_EXPORT LogLevelManager : public LibKelUtilities::MutexWrapper {
   /// keeps its name. Throws std::bad_alloc when there is no memory, with the registry as it was.
   bool AddLogLevel(unsigned int level, const logstring& name);
 
-  bool ExistLogLevel(unsigned int level);
+  bool ExistLogLevel(unsigned int level);  ///< Whether the number is registered.
 
   /// The level's name; empty when the number is not registered.
   logstring GetLogLevelName(unsigned int level);

@@ -19,7 +19,7 @@ class LOGGER_EXPORT LogProperties {
   LogProperties();
   /// Copying copies no entries, on purpose: a copy is empty, and an assigned set keeps its own.
   LogProperties(const LogProperties& other);
-  LogProperties& operator=(const LogProperties& other);
+  LogProperties& operator=(const LogProperties& other);  ///< Copies nothing either.
   virtual ~LogProperties();
   void Assign(const LogProperties& other);  ///< Does nothing, on purpose.
 

@@ -63,10 +63,11 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   /// handler's destructor. A null handler ends the process.
   void RemoveLogHandler(LogHandler* lh);
 
-  LogClientManager* GetLogClientManager();
-  LogLevelManager* GetLogLevelManager();
-  LogClientFactory* GetLogClientFactory();
-  LogLayoutFactory* GetLogLayoutFactory();
+  // The manager's own, never null, and replaced by Init() only.
+  LogClientManager* GetLogClientManager();  ///< The clients that live.
+  LogLevelManager* GetLogLevelManager();    ///< The levels, which all handlers share.
+  LogClientFactory* GetLogClientFactory();  ///< The kinds of clients, by name.
+  LogLayoutFactory* GetLogLayoutFactory();  ///< The layouts, by name.
 
  private:
   friend class Internal::ForkGuard;
@@ -103,10 +104,15 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
 /// The process's one manager.
 LOGGER_EXPORT LogManager* GetLogManager();
 
-/// Short cuts to the manager's operations of the same names; the first gives the handler "default".
+// Short cuts to operations of the process's manager.
+
+/// As LogManager::GetDefault: the handler "default".
 LOGGER_EXPORT LogHandler* GetDefaultLogHandler();
+/// As LogManager::GetLogHandler: the handler of this name, made if there is none.
 LOGGER_EXPORT LogHandler* GetLogHandler(const logstring& name);
+/// As LogManager::GetExistingLogHandler: the handler of this name, or null.
 LOGGER_EXPORT LogHandler* GetExistingLogHandler(const logstring& name);
+/// As LogManager::GetLogLevelManager: the registry of the process's levels.
 LOGGER_EXPORT LogLevelManager* GetLogLevelManager();
 
 }  // namespace Logger

@@ -19,6 +19,7 @@ class KELUTILITIES_EXPORT MutexWrapper {
   /// also when an exception or a thread's cancellation ends the scope.
   class ThreadGuard {
    public:
+    /// Takes a mutex of a MutexWrapper, which must outlive the guard.
     explicit ThreadGuard(pthread_mutex_t* mutex) : mutex_(mutex) { pthread_mutex_lock(mutex_); }
     ~ThreadGuard() { pthread_mutex_unlock(mutex_); }
 

@@ -16,6 +16,7 @@ namespace LibKelUtilities {
 /// goes on by itself, and everything it uses must stay alive.
 class KELUTILITIES_EXPORT ThreadWrapper {
  public:
+  /// What a thread runs. Its result is not kept.
   typedef void* (*ThreadFunction)(void* argument);
 
   ThreadWrapper();
