@@ -52,7 +52,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service
   DESTINATION lib/systemd/system COMPONENT tools)
 
 # In the same folders as here, which the links between them lead to.
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   PATTERN man EXCLUDE
   PATTERN Doxyfile EXCLUDE
