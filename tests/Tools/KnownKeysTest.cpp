@@ -89,11 +89,22 @@ TEST(KnownKeysTest, HasTheAttributesOfTheSchema) {
   EXPECT_EQ(inSchema, known);
 }
 
-TEST(KnownKeysTest, HasTheKeysOfTheGuide) {
-  const std::string guide = Content(PROJECT_FOLDER "/README.md");
-  for (const KnownKey& key : KnownKeys()) {
-    EXPECT_NE(std::string::npos, guide.find("`" + key.name + "`")) << key.name;
+TEST(KnownKeysTest, StandsWholeInTheGuide) {
+  const std::string guide = Content(PROJECT_FOLDER "/docs/configuration.md");
+  const auto isTold = [&guide](const std::string& name) {
+    return guide.find("`" + name + "`") != std::string::npos;
+  };
+
+  for (const KnownKey& key : KnownKeys()) EXPECT_TRUE(isTold(key.name)) << key.name;
+  for (const KnownAttribute& attribute : KnownAttributes()) {
+    EXPECT_TRUE(isTold(attribute.element)) << attribute.element;
+    EXPECT_TRUE(isTold(attribute.name)) << attribute.name;
   }
+  for (const KnownKind& kind : KnownKinds()) {
+    EXPECT_TRUE(isTold(kind.name)) << kind.name;
+    for (const KnownParameter& one : kind.parameters) EXPECT_TRUE(isTold(one.name)) << one.name;
+  }
+  for (const KnownLayout& layout : KnownLayouts()) EXPECT_TRUE(isTold(layout.name)) << layout.name;
 }
 
 }  // namespace
