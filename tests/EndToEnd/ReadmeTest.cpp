@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Support/FencedBlocks.h"
 #include "Support/Files.h"
 #include "Support/Process.h"
 #include "Support/Timeless.h"
@@ -16,12 +17,9 @@ const std::string kProject = PROJECT_FOLDER;
 
 /// The fenced blocks of the README in the given language.
 std::vector<std::string> Blocks(const std::string& language) {
-  const std::string readme = Content(kProject + "/README.md");
-  const std::string opening = "```" + language + "\n";
   std::vector<std::string> blocks;
-  for (std::size_t start = 0; (start = readme.find(opening, start)) != std::string::npos;) {
-    start += opening.size();
-    blocks.push_back(readme.substr(start, readme.find("```", start) - start));
+  for (const FencedBlock& block : FencedBlocks(kProject + "/README.md")) {
+    if (block.language == language) blocks.push_back(block.text);
   }
   return blocks;
 }

@@ -79,7 +79,7 @@ done
 mkdir "$root/debian"
 : >"$root/debian/control"
 dpkg-deb -R "$packages"/liblogger1_*.deb "$root/debian/liblogger1"
-asked=$(cd "$root" && dpkg-shlibdeps -Sdebian/liblogger1 -O consumer-cmake/consumer)
+asked=$(cd "$root" && dpkg-shlibdeps -Sdebian/liblogger1 -O consumer-cmake/app)
 [[ $asked = *'liblogger1 (>= 1.0.0)'* ]] ||
   fail "a program's package would not depend on liblogger1"
 

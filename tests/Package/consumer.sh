@@ -21,13 +21,13 @@ case "$way" in
     [ -z "$prefix" ] || export PKG_CONFIG_PATH="$prefix/lib/pkgconfig"
     # The flags are words, to be split.
     # shellcheck disable=SC2046
-    "$compiler" -std=c++11 -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" -o consumer $(pkg-config --cflags --libs liblogger)
+    "$compiler" -std=c++11 -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" -o app $(pkg-config --cflags --libs liblogger)
     [ -z "$prefix" ] || export LD_LIBRARY_PATH="$prefix/lib"
     ;;
   *) exit 2 ;;
 esac
 
-./consumer | sed 's/[^ ]*main.cpp:[0-9][0-9]* \(four\|five\|six\)/main.cpp:LINE \1/' >output
+./app | sed 's/[^ ]*main.cpp:[0-9][0-9]* \(four\|five\|six\)/main.cpp:LINE \1/' >output
 diff - output <<'TXT'
 > default ERROR :0 one has 1
 > default ERROR main.cpp:42 3
