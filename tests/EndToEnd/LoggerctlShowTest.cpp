@@ -434,19 +434,6 @@ TEST_F(LoggerctlShowTest, IsTheSourceOfTheGuidesPicture) {
   }
 }
 
-TEST_F(LoggerctlShowTest, PrintsWhatTheGuideShows) {
-  std::string shown;
-  std::string line;
-  for (const char character : ShowFile(kExamples + "file_survey.ini").output) {
-    line += character;
-    if (character != '\n') continue;
-    shown += (line == "\n" ? "" : "    ") + line;
-    line.clear();
-  }
-
-  EXPECT_NE(std::string::npos, Content(kDocs + "loggerctl.md").find(shown)) << shown;
-}
-
 TEST_F(LoggerctlShowTest, PrintsAGraphOfOddTexts) {
   ExpectShown(
       "digraph system {\n"
