@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CommandLine.h"
@@ -61,7 +61,7 @@ void WriteOut(const std::string& text, const std::string& fileName) {
   errno = 0;
   std::ofstream file(fileName, std::ios::binary | std::ios::trunc);
   file << text << std::flush;
-  if (!file) throw UsageError(fileName + ": " + std::strerror(errno));
+  if (!file) throw UsageError(fileName + ": " + std::generic_category().message(errno));
 }
 
 /// Tells what got lost in the end, also when something else then failed.

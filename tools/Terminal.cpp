@@ -8,6 +8,7 @@
 namespace {
 
 std::string Environment(const char* name) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment.
   const char* const value = std::getenv(name);
   return value == nullptr ? "" : value;
 }

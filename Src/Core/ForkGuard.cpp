@@ -22,7 +22,7 @@ thread_local ForkGuard::Holds ForkGuard::holds_;
 
 void ForkGuard::Prepare() noexcept {
   const Patience patience;
-  while (!HoldAll(patience.EndOfAnAttempt()) && !patience.IsOver()) {
+  while (!HoldAll(Patience::EndOfAnAttempt()) && !patience.IsOver()) {
     ContinueInParent();
     sched_yield();
   }

@@ -127,11 +127,11 @@ void LivingHandlers::ReleaseAll() noexcept {
 
 bool LivingHandlers::DropAllReceivers() noexcept {
   const Patience patience;
-  bool areAllHeld = HoldAll(patience.EndOfAnAttempt());
+  bool areAllHeld = HoldAll(Patience::EndOfAnAttempt());
   while (!areAllHeld && !patience.IsOver()) {
     ReleaseAll();
     sched_yield();
-    areAllHeld = HoldAll(patience.EndOfAnAttempt());
+    areAllHeld = HoldAll(Patience::EndOfAnAttempt());
   }
   for (LogHandler* handler = first; isListHeld && handler != nullptr;
        handler = handler->nextLiving_) {

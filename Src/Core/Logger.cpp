@@ -17,7 +17,6 @@
 namespace Logger {
 
 using Internal::Contract;
-using Internal::IsLibraryUnloaded;
 using Internal::LivingHandlers;
 using Internal::Require;
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <system_error>
 
 #include "Check/IniConfiguration.h"
 #include "Check/IniLines.h"
@@ -18,7 +18,7 @@ namespace {
 std::optional<std::string> ReadWhole(const std::string& fileName, std::string& reason) {
   std::error_code ignored;
   if (std::filesystem::is_directory(fileName, ignored)) {
-    reason = std::strerror(EISDIR);
+    reason = std::generic_category().message(EISDIR);
     return std::nullopt;
   }
   errno = 0;
@@ -26,7 +26,7 @@ std::optional<std::string> ReadWhole(const std::string& fileName, std::string& r
   std::ostringstream content;
   if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) content << file.rdbuf();
   if (file.is_open() && !file.bad()) return content.str();
-  reason = std::strerror(errno);
+  reason = std::generic_category().message(errno);
   return std::nullopt;
 }
 

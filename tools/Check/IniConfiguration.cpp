@@ -67,7 +67,7 @@ class IniReader {
   }
 
   Word Value(const std::string& key) {
-    const Word value = Plain(key);
+    Word value = Plain(key);
     if (value.line > 0 && !value.IsGiven()) {
       findings_.Error(
           value.line,
@@ -127,7 +127,9 @@ class IniReader {
   void ReadSwitches(const std::string& handler) {
     for (const unsigned int level : configuration_.RegisteredLevels()) {
       const std::string number = std::to_string(level);
-      const Word enable = Value("loghandler." + handler + ".level." + number);
+      std::string key = "loghandler.";
+      key.append(handler).append(".level.").append(number);
+      const Word enable = Value(key);
       if (!enable.IsGiven()) continue;
       configuration_.switches.push_back({handler, {number, enable.line}, enable});
     }

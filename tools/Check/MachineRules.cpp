@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "Check/Rules.h"
 #include "Check/Wording.h"
@@ -38,7 +38,7 @@ bool CheckCanBeWritten(const WrittenFile& file, const struct stat* status, Findi
   const std::string folder = FolderOf(file.path);
   struct stat folderStatus {};
   if (stat(folder.c_str(), &folderStatus) != 0) {
-    findings.Error(line, "folder " + Quoted(folder) + ": " + std::strerror(errno),
+    findings.Error(line, "folder " + Quoted(folder) + ": " + std::generic_category().message(errno),
                    "make it before the application starts");
     return false;
   }
@@ -48,8 +48,9 @@ bool CheckCanBeWritten(const WrittenFile& file, const struct stat* status, Findi
   }
   const std::string& written = status == nullptr ? folder : file.path;
   if (IsAllowed(written, status == nullptr ? W_OK | X_OK : W_OK)) return true;
-  findings.Error(line, (status == nullptr ? "folder " : "file ") + Quoted(written) +
-                           " cannot be written by this user: " + std::strerror(errno));
+  findings.Error(line,
+                 (status == nullptr ? "folder " : "file ") + Quoted(written) +
+                     " cannot be written by this user: " + std::generic_category().message(errno));
   return false;
 }
 

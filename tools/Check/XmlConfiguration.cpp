@@ -71,6 +71,7 @@ void NoteLine(void* context, const xmlChar* name, const xmlChar* prefix, const x
                         defaultedCount, attributes);
   const auto* const parser = static_cast<xmlParserCtxt*>(context);
   if (parser->node == nullptr) return;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the one place that an element has for others.
   parser->node->_private = reinterpret_cast<void*>(static_cast<std::intptr_t>(parser->input->line));
 }
 
@@ -191,7 +192,7 @@ std::vector<xmlNode*> ChildrenOf(const xmlNode* element, const char* name) {
 Word Attribute(const xmlNode* element, const char* name) {
   xmlChar* const text = xmlGetProp(const_cast<xmlNode*>(element), XmlChars(name));
   if (text == nullptr) return {};
-  const Word word{Chars(text), LineOf(element)};
+  Word word{Chars(text), LineOf(element)};
   xmlFree(text);
   return word;
 }
@@ -264,6 +265,7 @@ class XmlReader {
     ReportUnknown(name);
   }
 
+  // NOLINTNEXTLINE(misc-no-recursion): libxml2 takes no document that is more than 256 deep.
   void ReadChildren(const xmlNode* element, const std::string& parent) {
     for (const xmlNode* const child : ChildrenOf(element, "loghandler")) {
       const Word name = Attribute(child, "name");

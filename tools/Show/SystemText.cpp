@@ -87,6 +87,7 @@ class Tree {
     DrawHandler(index, "  ");
   }
 
+  // NOLINTNEXTLINE(misc-no-recursion): as deep as the tree of handlers.
   void DrawHandler(std::size_t index, const std::string& indent) {
     const Handler& handler = system_.handlers[index];
     out_ << Printable(handler.name);
@@ -101,6 +102,7 @@ class Tree {
     }
   }
 
+  // NOLINTNEXTLINE(misc-no-recursion): as deep as the tree of handlers.
   void DrawReceivers(const Handler& handler, const std::string& indent) {
     for (const Receiver& receiver : handler.receivers) {
       const bool isLast = &receiver == &handler.receivers.back();
