@@ -1,5 +1,7 @@
 #include "LibKelUtilities/MutexWrapper.h"
 
+#include "LibKelUtilities/LockUntil.h"
+
 namespace LibKelUtilities {
 
 MutexWrapper::MutexWrapper() : mutex_(new pthread_mutex_t) { MakeMutex(); }
@@ -18,7 +20,7 @@ MutexWrapper::~MutexWrapper() {
 }
 
 bool MutexWrapper::HoldForFork(const timespec& deadline) const {
-  return pthread_mutex_clocklock(mutex_, CLOCK_MONOTONIC, &deadline) == 0;
+  return LockUntil(mutex_, deadline);
 }
 
 void MutexWrapper::ReleaseInParent() const { pthread_mutex_unlock(mutex_); }

@@ -7,6 +7,7 @@
 
 #include "Core/LevelAccess.h"
 #include "Internal/Patience.h"
+#include "LibKelUtilities/LockUntil.h"
 #include "LogHandler.h"
 
 namespace Logger::Internal {
@@ -100,7 +101,7 @@ void LivingHandlers::RefreshAll() {
 }
 
 bool LivingHandlers::HoldAll(const timespec& deadline) noexcept {
-  isListHeld = pthread_mutex_clocklock(&lock, CLOCK_MONOTONIC, &deadline) == 0;
+  isListHeld = LibKelUtilities::LockUntil(&lock, deadline);
   if (!isListHeld) return false;
   LogHandler* notHad = nullptr;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {

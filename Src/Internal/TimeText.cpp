@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "LibKelUtilities/Localtime.h"
+#include "LibKelUtilities/LockUntil.h"
 
 namespace Logger::Internal {
 
@@ -117,7 +118,7 @@ logstring TimeOfDayText(long seconds) {
 }
 
 bool TimeTextLock::HoldForFork(const timespec& deadline) {
-  return pthread_mutex_clocklock(&conversionLock, CLOCK_MONOTONIC, &deadline) == 0;
+  return LibKelUtilities::LockUntil(&conversionLock, deadline);
 }
 
 void TimeTextLock::ReleaseInParent() { pthread_mutex_unlock(&conversionLock); }
