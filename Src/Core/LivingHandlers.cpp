@@ -128,18 +128,27 @@ void LivingHandlers::ReleaseAll() noexcept {
 
 bool LivingHandlers::DropAllReceivers() noexcept {
   const Patience patience;
-  bool areAllHeld = HoldAll(Patience::EndOfAnAttempt());
-  while (!areAllHeld && !patience.IsOver()) {
-    ReleaseAll();
+  while (!TryToDropReceivers(Patience::EndOfAnAttempt())) {
+    if (patience.IsOver()) return false;
     sched_yield();
-    areAllHeld = HoldAll(Patience::EndOfAnAttempt());
   }
-  for (LogHandler* handler = first; isListHeld && handler != nullptr;
-       handler = handler->nextLiving_) {
-    if (handler->isHeld_) handler->DropReceivers();
+  return true;
+}
+
+/// One handler after the other, and those whose lock can be had.
+bool LivingHandlers::TryToDropReceivers(const timespec& deadline) {
+  if (!LibKelUtilities::LockUntil(&lock, deadline)) return false;
+  bool areAllDropped = true;
+  for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
+    if (handler->HoldForFork(deadline)) {
+      handler->DropReceivers();
+      handler->ReleaseInParent();
+    } else {
+      areAllDropped = false;
+    }
   }
-  ReleaseAll();
-  return areAllHeld;
+  pthread_mutex_unlock(&lock);
+  return areAllDropped;
 }
 
 void LivingHandlers::RenewInChild() noexcept {

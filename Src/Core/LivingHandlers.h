@@ -43,6 +43,7 @@ class LivingHandlers {
   static bool WasBusyAtFork(const LogHandlerClient& receiver) noexcept;
 
  private:
+  static bool TryToDropReceivers(const timespec& deadline);
   static void Link(LogHandler& handler);
   static void Unlink(LogHandler& handler);
   static void Refresh(LogHandler& handler, bool active);
