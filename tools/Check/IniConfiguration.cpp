@@ -83,9 +83,12 @@ class IniReader {
     std::vector<Word> items;
     bool hasEmptyItem = false;
     for (const std::string& item : SplitList(value.text)) {
-      if (!item.empty()) CheckItem(item, value.line);
-      if (!item.empty()) items.push_back({item, value.line});
-      hasEmptyItem = hasEmptyItem || item.empty();
+      if (item.empty()) {
+        hasEmptyItem = true;
+        continue;
+      }
+      CheckItem(item, value.line);
+      items.push_back({item, value.line});
     }
     if (hasEmptyItem) {
       findings_.Error(value.line,

@@ -55,12 +55,6 @@ class UnreadKeys {
   Findings& findings_;
   std::set<std::string> told_;
 
-  bool IsListed(const std::string& handler) const {
-    const std::vector<Word>& handlers = configuration_.handlers;
-    return std::any_of(handlers.begin(), handlers.end(),
-                       [&](const Word& one) { return one.text == handler; });
-  }
-
   std::vector<std::string> LevelItems() const {
     std::vector<std::string> items;
     for (const Level& level : configuration_.levels) items.push_back(level.number.text);
