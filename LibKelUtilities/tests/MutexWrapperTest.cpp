@@ -5,10 +5,12 @@
 
 #include <cerrno>
 #include <future>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
 
+#include "Support/BlockingCall.h"
 #include "Support/Threads.h"
 
 namespace {
@@ -17,14 +19,25 @@ using LibKelUtilities::MutexWrapper;
 
 class Guarded : public MutexWrapper {
  public:
+  using MutexWrapper::TurnGuard;
   pthread_mutex_t* Mutex() const { return GetMutex(); }
 };
+
+/// A ThreadGuard as it is mostly used: for the object's own mutex.
+class ThreadGuard : public MutexWrapper::ThreadGuard {
+ public:
+  explicit ThreadGuard(const Guarded& guarded) : MutexWrapper::ThreadGuard(guarded.Mutex()) {}
+};
+
+using TurnGuard = Guarded::TurnGuard;
 
 static_assert(std::has_virtual_destructor_v<MutexWrapper>);
 static_assert(!std::is_copy_constructible_v<Guarded>);
 static_assert(!std::is_copy_assignable_v<Guarded>);
 static_assert(!std::is_copy_constructible_v<MutexWrapper::ThreadGuard>);
 static_assert(!std::is_copy_assignable_v<MutexWrapper::ThreadGuard>);
+static_assert(!std::is_copy_constructible_v<TurnGuard>);
+static_assert(!std::is_copy_assignable_v<TurnGuard>);
 
 /// Whether another thread could take the mutex now. It is not taken afterwards.
 bool IsFree(const Guarded& guarded) {
@@ -43,25 +56,32 @@ TEST(MutexWrapperTest, IsFreeWhenNew) {
   EXPECT_TRUE(IsFree(guarded));
 }
 
-TEST(MutexWrapperTest, IsHeldForTheGuardsScope) {
+/// What both guards do.
+template <typename Guard>
+class MutexWrapperGuardTest : public testing::Test {};
+
+using Guards = testing::Types<ThreadGuard, TurnGuard>;
+TYPED_TEST_SUITE(MutexWrapperGuardTest, Guards);
+
+TYPED_TEST(MutexWrapperGuardTest, IsHeldForTheGuardsScope) {
   const Guarded guarded;
 
   {
-    const MutexWrapper::ThreadGuard guard(guarded.Mutex());
+    const TypeParam guard(guarded);
     EXPECT_FALSE(IsFree(guarded));
   }
 
   EXPECT_TRUE(IsFree(guarded));
 }
 
-TEST(MutexWrapperTest, IsReleasedByTheLastOfAThreadsGuards) {
+TYPED_TEST(MutexWrapperGuardTest, IsReleasedByTheLastOfAThreadsGuards) {
   const Guarded guarded;
 
   {
-    const MutexWrapper::ThreadGuard outer(guarded.Mutex());
+    const TypeParam outer(guarded);
     {
-      const MutexWrapper::ThreadGuard middle(guarded.Mutex());
-      const MutexWrapper::ThreadGuard inner(guarded.Mutex());
+      const TypeParam middle(guarded);
+      const TypeParam inner(guarded);
       EXPECT_FALSE(IsFree(guarded));
     }
     EXPECT_FALSE(IsFree(guarded));
@@ -70,11 +90,11 @@ TEST(MutexWrapperTest, IsReleasedByTheLastOfAThreadsGuards) {
   EXPECT_TRUE(IsFree(guarded));
 }
 
-TEST(MutexWrapperTest, GivesEachObjectAMutexOfItsOwn) {
+TYPED_TEST(MutexWrapperGuardTest, GivesEachObjectAMutexOfItsOwn) {
   const Guarded held;
   const Guarded other;
 
-  const MutexWrapper::ThreadGuard guard(held.Mutex());
+  const TypeParam guard(held);
 
   EXPECT_NE(held.Mutex(), other.Mutex());
   EXPECT_FALSE(IsFree(held));
@@ -87,15 +107,15 @@ TEST(MutexWrapperTest, GivesTheSameMutexEachTime) {
   EXPECT_EQ(guarded.Mutex(), guarded.Mutex());
 }
 
-TEST(MutexWrapperTest, LetsOneThreadInAtATime) {
+TYPED_TEST(MutexWrapperGuardTest, LetsOneThreadInAtATime) {
   constexpr int kRounds = 5000;
   const Guarded guarded;
   int count = 0;
 
   RunInThreads(4, [&](int) {
     for (int round = 0; round < kRounds; ++round) {
-      const MutexWrapper::ThreadGuard guard(guarded.Mutex());
-      const MutexWrapper::ThreadGuard again(guarded.Mutex());
+      const TypeParam guard(guarded);
+      const TypeParam again(guarded);
       ++count;
     }
   });
@@ -103,17 +123,17 @@ TEST(MutexWrapperTest, LetsOneThreadInAtATime) {
   EXPECT_EQ(4 * kRounds, count);
 }
 
-TEST(MutexWrapperTest, LetsAWaitingThreadInWhenItIsReleased) {
+TYPED_TEST(MutexWrapperGuardTest, LetsAWaitingThreadInWhenItIsReleased) {
   const Guarded guarded;
   std::promise<void> started;
   bool isReleased = false;
   std::future<bool> sawRelease;
 
   {
-    const MutexWrapper::ThreadGuard guard(guarded.Mutex());
+    const TypeParam guard(guarded);
     sawRelease = std::async(std::launch::async, [&] {
       started.set_value();
-      const MutexWrapper::ThreadGuard waited(guarded.Mutex());
+      const TypeParam waited(guarded);
       return isReleased;
     });
     started.get_future().wait();
@@ -123,12 +143,12 @@ TEST(MutexWrapperTest, LetsAWaitingThreadInWhenItIsReleased) {
   EXPECT_TRUE(sawRelease.get());
 }
 
-TEST(MutexWrapperTest, IsReleasedByAnException) {
+TYPED_TEST(MutexWrapperGuardTest, IsReleasedByAnException) {
   const Guarded guarded;
 
   try {
-    const MutexWrapper::ThreadGuard outer(guarded.Mutex());
-    const MutexWrapper::ThreadGuard inner(guarded.Mutex());
+    const TypeParam outer(guarded);
+    const TypeParam inner(guarded);
     throw std::runtime_error("on the way out");
   } catch (const std::runtime_error&) {
     EXPECT_TRUE(IsFree(guarded));
@@ -143,10 +163,11 @@ struct Holder {
   std::promise<void> holds;
 };
 
+template <typename Guard>
 void* HoldForEver(void* argument) {
   Holder& holder = *static_cast<Holder*>(argument);
-  const MutexWrapper::ThreadGuard outer(holder.guarded.Mutex());
-  const MutexWrapper::ThreadGuard inner(holder.guarded.Mutex());
+  const Guard outer(holder.guarded);
+  const Guard inner(holder.guarded);
   holder.holds.set_value();
   for (;;) {
     pthread_testcancel();
@@ -154,10 +175,10 @@ void* HoldForEver(void* argument) {
   }
 }
 
-TEST(MutexWrapperTest, IsReleasedByTheThreadsCancellation) {
+TYPED_TEST(MutexWrapperGuardTest, IsReleasedByTheThreadsCancellation) {
   Holder holder;
   pthread_t thread{};
-  ASSERT_EQ(0, pthread_create(&thread, nullptr, HoldForEver, &holder));
+  ASSERT_EQ(0, pthread_create(&thread, nullptr, HoldForEver<TypeParam>, &holder));
   holder.holds.get_future().wait();
   EXPECT_FALSE(IsFree(holder.guarded));
 
@@ -167,6 +188,84 @@ TEST(MutexWrapperTest, IsReleasedByTheThreadsCancellation) {
 
   EXPECT_EQ(PTHREAD_CANCELED, result);
   EXPECT_TRUE(IsFree(holder.guarded));
+}
+
+/// Waits for its turn in a thread of its own.
+class Turn : public BlockingCall {
+ public:
+  explicit Turn(const Guarded& guarded)
+      : BlockingCall([&guarded] {
+          const TurnGuard guard(guarded);
+          return 1;
+        }) {
+    Begin();
+  }
+};
+
+TYPED_TEST(MutexWrapperGuardTest, LetsInWhoSleepsForATurn) {
+  const Guarded guarded;
+  std::optional<TypeParam> held(guarded);
+  Turn first(guarded);
+  Turn second(guarded);
+  Turn third(guarded);
+  for (const Turn* turn : {&first, &second, &third}) turn->WaitUntilBlocked();
+
+  held.reset();
+
+  EXPECT_EQ(1, first.Result());
+  EXPECT_EQ(1, second.Result());
+  EXPECT_EQ(1, third.Result());
+  EXPECT_TRUE(IsFree(guarded));
+}
+
+TYPED_TEST(MutexWrapperGuardTest, LetsInWhoWasWokenForNothingAgainAndAgain) {
+  BlockingCall::CatchSignals();
+  const Guarded guarded;
+  std::optional<TypeParam> held(guarded);
+  Turn turn(guarded);
+  for (int i = 0; i < 10; ++i) turn.Interrupt();
+  EXPECT_FALSE(IsFree(guarded));
+
+  held.reset();
+
+  EXPECT_EQ(1, turn.Result());
+  EXPECT_TRUE(IsFree(guarded));
+}
+
+TEST(MutexWrapperTest, LetsTurnsAndThreadGuardsInOneAtATime) {
+  constexpr int kRounds = 5000;
+  const Guarded guarded;
+  int count = 0;
+
+  RunInThreads(6, [&](int index) {
+    for (int round = 0; round < kRounds; ++round) {
+      if (index % 3 == 0) {
+        const ThreadGuard guard(guarded);
+        ++count;
+      } else {
+        const TurnGuard guard(guarded);
+        ++count;
+      }
+    }
+  });
+
+  EXPECT_EQ(6 * kRounds, count);
+}
+
+TEST(MutexWrapperTest, LeavesErrnoToWhoWaits) {
+  const Guarded guarded;
+  std::optional<TurnGuard> held(guarded);
+  BlockingCall turn([&guarded] {
+    errno = 4711;
+    const TurnGuard guard(guarded);
+    return errno;
+  });
+  turn.Begin();
+  turn.WaitUntilBlocked();
+
+  held.reset();
+
+  EXPECT_EQ(4711, turn.Result());
 }
 
 }  // namespace

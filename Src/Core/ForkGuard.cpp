@@ -44,7 +44,7 @@ bool ForkGuard::HoldManagers(const timespec& deadline) {
   auto* hold = holds_.managers.begin();
   bool allHeld = true;
   const auto add = [&](const MutexWrapper* mutex) {
-    *hold = {mutex, mutex->HoldForFork(deadline)};
+    *hold = {mutex, mutex->HoldUntil(deadline)};
     allHeld = allHeld && hold->isHeld;
     ++hold;
   };
@@ -58,7 +58,7 @@ void ForkGuard::ContinueInParent() noexcept {
   if (holds_.isTimeTextHeld) TimeTextLock::ReleaseInParent();
   holds_.isTimeTextHeld = false;
   for (Hold& hold : holds_.managers) {
-    if (hold.isHeld) hold.mutex->ReleaseInParent();
+    if (hold.isHeld) hold.mutex->Release();
     hold = {};
   }
   LivingHandlers::ReleaseAll();

@@ -105,7 +105,7 @@ bool LivingHandlers::HoldAll(const timespec& deadline) noexcept {
   if (!isListHeld) return false;
   LogHandler* notHad = nullptr;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    handler->isHeld_ = handler->HoldForFork(deadline);
+    handler->isHeld_ = handler->HoldUntil(deadline);
     if (!handler->isHeld_) notHad = handler;
   }
   // Next time it comes before those that a thread may be on its way to from it.
@@ -119,7 +119,7 @@ bool LivingHandlers::HoldAll(const timespec& deadline) noexcept {
 void LivingHandlers::ReleaseAll() noexcept {
   if (!isListHeld) return;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    if (handler->isHeld_) handler->ReleaseInParent();
+    if (handler->isHeld_) handler->Release();
     handler->isHeld_ = false;
   }
   isListHeld = false;
@@ -140,9 +140,9 @@ bool LivingHandlers::TryToDropReceivers(const timespec& deadline) {
   if (!LibKelUtilities::LockUntil(&lock, deadline)) return false;
   bool areAllDropped = true;
   for (LogHandler* handler = first; handler != nullptr; handler = handler->nextLiving_) {
-    if (handler->HoldForFork(deadline)) {
+    if (handler->HoldUntil(deadline)) {
       handler->DropReceivers();
-      handler->ReleaseInParent();
+      handler->Release();
     } else {
       areAllDropped = false;
     }

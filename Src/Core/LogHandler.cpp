@@ -125,7 +125,7 @@ bool LogHandler::IsRegistered(unsigned int level) {
 
 void LogHandler::SetLogLevel(unsigned int level, bool enable) {
   if (!IsRegistered(level)) return;
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   const auto found = std::find(disabledLevels_.begin(), disabledLevels_.end(), level);
   const bool isEnabled = found == disabledLevels_.end();
   if (enable == isEnabled) return;
@@ -142,7 +142,7 @@ bool LogHandler::GetLogLevel(unsigned int level) {
 }
 
 bool LogHandler::IsEnabledFor(unsigned int level) const {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   return !IsDisabled(level);
 }
 
@@ -158,7 +158,7 @@ bool LogHandler::HandleLogEvent(unsigned int level) const {
 
 bool LogHandler::AddLogClient(LogHandlerClient* logClient) {
   Require(logClient != nullptr, kAddLogClient);
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   if (std::find(clients_.begin(), clients_.end(), logClient) != clients_.end()) return false;
   clients_.push_back(logClient);
   return true;
@@ -166,24 +166,24 @@ bool LogHandler::AddLogClient(LogHandlerClient* logClient) {
 
 void LogHandler::RemoveLogClient(LogHandlerClient* logClient) {
   Require(logClient != nullptr, kRemoveLogClient);
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   const auto found = std::find(clients_.begin(), clients_.end(), logClient);
   if (found == clients_.end()) return;
   static_cast<void>(RemoveLogClientAt(static_cast<unsigned int>(found - clients_.begin())));
 }
 
 unsigned int LogHandler::GetLogClientCount() const {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   return static_cast<unsigned int>(clients_.size());
 }
 
 LogHandlerClient* LogHandler::GetLogClientAt(unsigned int index) {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   return index < clients_.size() ? clients_[index] : nullptr;
 }
 
 LogHandlerClient* LogHandler::RemoveLogClientAt(unsigned int index) {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   if (index >= clients_.size()) return nullptr;
   LogHandlerClient* const removed = clients_[index];
   clients_.erase(clients_.begin() + index);
@@ -214,14 +214,14 @@ void LogHandler::ContinueInChild() {
 bool LogHandler::Publish(const LogEvent& event) {
   const unsigned int level = event.GetLogLevel();
   if (!HandleLogEvent(level)) return false;
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   if (!HandleLogEvent(level)) return false;  // Switched off while this thread waited.
   DistributeUnderLock(event);
   return true;
 }
 
 void LogHandler::Distribute(const LogEvent& event) const {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   DistributeUnderLock(event);
 }
 
@@ -295,7 +295,7 @@ bool LogHandler::LogArguments(unsigned int level, const SourcePosition& position
 /// Decides for good, under the lock, whether the text becomes an event, and distributes it.
 bool LogHandler::PublishText(unsigned int level, const SourcePosition& position, const char* text,
                              std::size_t length) {
-  const ThreadGuard guard(GetMutex());
+  const TurnGuard guard(*this);
   if (!HandleLogEvent(level)) return false;
   // A receiver that logs through this handler while an event is under way needs an event of its
   // own.

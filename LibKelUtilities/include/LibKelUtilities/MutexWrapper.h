@@ -3,6 +3,8 @@
 #include <pthread.h>
 #include <time.h>
 
+#include <atomic>
+
 #include "LibKelUtilities/Export.h"
 
 namespace LibKelUtilities {
@@ -14,6 +16,8 @@ namespace LibKelUtilities {
 /// own mutex, made with it and destroyed with it, so objects cannot be copied; nobody may hold the
 /// mutex when the object is destroyed.
 class KELUTILITIES_EXPORT MutexWrapper {
+  struct Mutex;
+
  public:
   /// Takes a mutex, waiting for it as long as it takes, and releases it at the end of the scope,
   /// also when an exception or a thread's cancellation ends the scope.
@@ -37,22 +41,59 @@ class KELUTILITIES_EXPORT MutexWrapper {
   MutexWrapper(const MutexWrapper&) = delete;
   MutexWrapper& operator=(const MutexWrapper&) = delete;
 
-  /// For handlers of pthread_atfork(): takes the mutex before the fork, so that what it guards is
-  /// whole on both sides. False when it could not be had up to the deadline (CLOCK_MONOTONIC).
-  bool HoldForFork(const timespec& deadline) const;
-  void ReleaseInParent() const;  ///< Undoes HoldForFork.
-  /// Makes the mutex anew in the child, where it cannot be released: whoever held it does not exist
-  /// there, or has another id. The calling thread holds it as many times as given.
+  /// For who must not wait without end, such as a handler of pthread_atfork(), which takes the
+  /// mutex so that what it guards is whole on both sides of the fork: takes it as LockUntil() does.
+  bool HoldUntil(const timespec& deadline) const;
+  void Release() const { Release(*mutex_); }  ///< Undoes HoldUntil, but not in a forked child.
+  /// Makes the mutex anew in a forked child, where it cannot be released: whoever held it does not
+  /// exist there, or has another id. The calling thread holds it as many times as given.
   void RenewInChild(unsigned int timesHeld) const;
 
  protected:
+  /// Takes the object's own mutex as a ThreadGuard does, and is faster where several threads take
+  /// it again and again, each for a moment. To be woken takes a thread longer than such a moment:
+  /// one that waits therefore looks for some microseconds whether the mutex is free before it goes
+  /// to sleep, and whoever releases the mutex wakes nobody as long as a thread that was woken is
+  /// still on its way. Goes together with ThreadGuards, which wake nobody who sleeps here: such a
+  /// thread looks again by itself after a millisecond.
+  class TurnGuard {
+   public:
+    explicit TurnGuard(const MutexWrapper& owner) : mutex_(owner.mutex_) {
+      if (pthread_mutex_trylock(&mutex_->mutex) != 0) WaitFor(*mutex_);
+    }
+    ~TurnGuard() { Release(*mutex_); }
+
+    TurnGuard(const TurnGuard&) = delete;
+    TurnGuard& operator=(const TurnGuard&) = delete;
+
+   private:
+    Mutex* mutex_;
+  };
+
   /// The mutex to hand to a ThreadGuard; valid as long as this object.
-  pthread_mutex_t* GetMutex() const { return mutex_; }
+  pthread_mutex_t* GetMutex() const { return &mutex_->mutex; }
 
  private:
-  pthread_mutex_t* mutex_;  // Owned. By pointer, so that const operations can lock it.
+  /// The mutex, and who sleeps until it is free.
+  struct alignas(64) Mutex {  // One line of the cache: no more goes from core to core.
+    pthread_mutex_t mutex;
+    std::atomic<unsigned int> sleepers;
+    std::atomic<bool> isOneWaking;
+    std::atomic<unsigned int> timesWoken;  // The word that sleepers sleep on.
+  };
+
+  Mutex* mutex_;  // Owned. By pointer, so that const operations can lock it.
 
   void MakeMutex() const;
+  static void WaitFor(Mutex& mutex);
+  static void WakeOne(Mutex& mutex);
+  static void Release(Mutex& mutex) {
+    pthread_mutex_unlock(&mutex.mutex);
+    if (mutex.sleepers.load(std::memory_order_relaxed) > 0 &&
+        !mutex.isOneWaking.load(std::memory_order_relaxed)) {
+      WakeOne(mutex);
+    }
+  }
 };
 
 }  // namespace LibKelUtilities
