@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <new>
 
-#include "LibKelUtilities/LockUntil.h"
+#include "Deadline.h"
 
 namespace LibKelUtilities {
 
@@ -24,11 +24,12 @@ void Pause() {
 
 /// Takes the mutex if it becomes free within a few microseconds. By measurement: with fewer tries
 /// more threads go to sleep, and with more the processor time grows, but not what is done in it.
-bool TakeSoon(pthread_mutex_t& mutex, int tries) {
+bool TakeSoon(pthread_mutex_t& mutex) {
+  constexpr int kTries = 20;
   constexpr int kPausesBetween = 10;  // Each try takes the mutex' memory from who holds it.
-  for (int i = 0; i < tries; ++i) {
-    for (int j = 0; j < kPausesBetween; ++j) Pause();
+  for (int i = 0; i < kTries; ++i) {
     if (pthread_mutex_trylock(&mutex) == 0) return true;
+    for (int j = 0; j < kPausesBetween; ++j) Pause();
   }
   return false;
 }
@@ -51,27 +52,31 @@ MutexWrapper::~MutexWrapper() {
   delete mutex_;
 }
 
+/// Waits until somebody wakes the thread, for a millisecond at most, and tries to take the mutex.
+/// Mostly it is free when a thread is woken, but not always when that gets to run.
+bool MutexWrapper::TakeAfterSleep(Mutex& mutex) {
+  constexpr timespec kLongestSleep{0, 1'000'000};
+  const unsigned int timesWoken = mutex.timesWoken;
+  if (mutex.sleepers++ == 0) mutex.isOneWaking = false;
+  // Who released it before it was known that somebody sleeps has woken nobody.
+  bool isTaken = pthread_mutex_trylock(&mutex.mutex) == 0;
+  if (!isTaken) {
+    syscall(SYS_futex, &mutex.timesWoken, FUTEX_WAIT_PRIVATE, timesWoken, &kLongestSleep, nullptr,
+            0);
+  }
+  --mutex.sleepers;
+  isTaken = isTaken || TakeSoon(mutex.mutex);
+  mutex.isOneWaking = false;
+  return isTaken;
+}
+
 /// Sleeps so many times at most: then the thread waits in the mutex' own queue, where it is sure to
 /// be woken, at a system call for each release.
 [[gnu::cold]] void MutexWrapper::WaitFor(Mutex& mutex) {
-  constexpr int kTries = 20;
   constexpr int kSleeps = 50;
-  constexpr timespec kLongestSleep{0, 1'000'000};
   const int errnoBefore = errno;
-  bool isTaken = TakeSoon(mutex.mutex, kTries);
-  for (int i = 0; !isTaken && i < kSleeps; ++i) {
-    const unsigned int timesWoken = mutex.timesWoken;
-    if (mutex.sleepers++ == 0) mutex.isOneWaking = false;
-    // Who released it before it was known that somebody sleeps has woken nobody.
-    isTaken = pthread_mutex_trylock(&mutex.mutex) == 0;
-    if (!isTaken) {
-      syscall(SYS_futex, &mutex.timesWoken, FUTEX_WAIT_PRIVATE, timesWoken, &kLongestSleep, nullptr,
-              0);
-    }
-    --mutex.sleepers;
-    isTaken = isTaken || TakeSoon(mutex.mutex, kTries);
-    mutex.isOneWaking = false;
-  }
+  bool isTaken = TakeSoon(mutex.mutex);
+  for (int i = 0; !isTaken && i < kSleeps; ++i) isTaken = TakeAfterSleep(mutex);
   if (!isTaken) pthread_mutex_lock(&mutex.mutex);
   errno = errnoBefore;
 }
@@ -83,7 +88,11 @@ MutexWrapper::~MutexWrapper() {
 }
 
 bool MutexWrapper::HoldUntil(const timespec& deadline) const {
-  return LockUntil(GetMutex(), deadline);
+  const int errnoBefore = errno;
+  bool isTaken = TakeSoon(mutex_->mutex);
+  while (!isTaken && !IsOver(deadline)) isTaken = TakeAfterSleep(*mutex_);
+  errno = errnoBefore;
+  return isTaken;
 }
 
 void MutexWrapper::RenewInChild(unsigned int timesHeld) const {

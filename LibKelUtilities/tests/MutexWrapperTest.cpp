@@ -268,4 +268,47 @@ TEST(MutexWrapperTest, LeavesErrnoToWhoWaits) {
   EXPECT_EQ(4711, turn.Result());
 }
 
+timespec FromNowOn(int seconds) {
+  timespec moment;
+  clock_gettime(CLOCK_MONOTONIC, &moment);
+  moment.tv_sec += seconds;
+  return moment;
+}
+
+TEST(MutexWrapperTest, IsHeldUntilItIsReleased) {
+  const Guarded guarded;
+
+  ASSERT_TRUE(guarded.HoldUntil(FromNowOn(-1)));
+  EXPECT_FALSE(IsFree(guarded));
+
+  guarded.Release();
+  EXPECT_TRUE(IsFree(guarded));
+}
+
+TYPED_TEST(MutexWrapperGuardTest, IsNotWaitedForWhenTheTimeIsOver) {
+  const Guarded guarded;
+  const TypeParam held(guarded);
+
+  EXPECT_FALSE(
+      std::async(std::launch::async, [&] { return guarded.HoldUntil(FromNowOn(-1)); }).get());
+}
+
+TYPED_TEST(MutexWrapperGuardTest, IsWaitedForUpToADeadline) {
+  const Guarded guarded;
+  std::optional<TypeParam> held(guarded);
+  BlockingCall waiting([&] {
+    errno = 4711;
+    const bool isHeld = guarded.HoldUntil(FromNowOn(60));
+    if (isHeld) guarded.Release();
+    return isHeld ? errno : 0;
+  });
+  waiting.Begin();
+  waiting.WaitUntilBlocked();
+
+  held.reset();
+
+  EXPECT_EQ(4711, waiting.Result());
+  EXPECT_TRUE(IsFree(guarded));
+}
+
 }  // namespace

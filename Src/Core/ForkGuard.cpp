@@ -21,8 +21,8 @@ namespace Logger::Internal {
 thread_local ForkGuard::Holds ForkGuard::holds_;
 
 void ForkGuard::Prepare() noexcept {
-  const Patience patience;
-  while (!HoldAll(Patience::EndOfAnAttempt()) && !patience.IsOver()) {
+  Patience patience;
+  while (!HoldAll(patience.EndOfAttempt()) && !patience.IsOver()) {
     ContinueInParent();
     sched_yield();
   }

@@ -127,8 +127,8 @@ void LivingHandlers::ReleaseAll() noexcept {
 }
 
 bool LivingHandlers::DropAllReceivers() noexcept {
-  const Patience patience;
-  while (!TryToDropReceivers(Patience::EndOfAnAttempt())) {
+  Patience patience;
+  while (!TryToDropReceivers(patience.EndOfAttempt())) {
     if (patience.IsOver()) return false;
     sched_yield();
   }

@@ -42,7 +42,8 @@ class KELUTILITIES_EXPORT MutexWrapper {
   MutexWrapper& operator=(const MutexWrapper&) = delete;
 
   /// For who must not wait without end, such as a handler of pthread_atfork(), which takes the
-  /// mutex so that what it guards is whole on both sides of the fork: takes it as LockUntil() does.
+  /// mutex so that what it guards is whole on both sides of the fork. Takes it, unless that takes
+  /// longer than up to the deadline (CLOCK_MONOTONIC): then false.
   bool HoldUntil(const timespec& deadline) const;
   void Release() const { Release(*mutex_); }  ///< Undoes HoldUntil, but not in a forked child.
   /// Makes the mutex anew in a forked child, where it cannot be released: whoever held it does not
@@ -86,6 +87,7 @@ class KELUTILITIES_EXPORT MutexWrapper {
 
   void MakeMutex() const;
   static void WaitFor(Mutex& mutex);
+  static bool TakeAfterSleep(Mutex& mutex);
   static void WakeOne(Mutex& mutex);
   static void Release(Mutex& mutex) {
     pthread_mutex_unlock(&mutex.mutex);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <time.h>
+
+namespace LibKelUtilities {
+
+/// Whether a moment of CLOCK_MONOTONIC, the clock that nobody sets, has come.
+inline bool IsOver(const timespec& deadline) {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec > deadline.tv_sec ||
+         (now.tv_sec == deadline.tv_sec && now.tv_nsec >= deadline.tv_nsec);
+}
+
+}  // namespace LibKelUtilities
