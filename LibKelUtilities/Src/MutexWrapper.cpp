@@ -22,18 +22,6 @@ void Pause() {
 #endif
 }
 
-/// Takes the mutex if it becomes free within a few microseconds. By measurement: with fewer tries
-/// more threads go to sleep, and with more the processor time grows, but not what is done in it.
-bool TakeSoon(pthread_mutex_t& mutex) {
-  constexpr int kTries = 20;
-  constexpr int kPausesBetween = 10;  // Each try takes the mutex' memory from who holds it.
-  for (int i = 0; i < kTries; ++i) {
-    if (pthread_mutex_trylock(&mutex) == 0) return true;
-    for (int j = 0; j < kPausesBetween; ++j) Pause();
-  }
-  return false;
-}
-
 }  // namespace
 
 MutexWrapper::MutexWrapper() : mutex_(new Mutex) { MakeMutex(); }
@@ -52,12 +40,24 @@ MutexWrapper::~MutexWrapper() {
   delete mutex_;
 }
 
-/// Waits until somebody wakes the thread, for a millisecond at most, and tries to take the mutex.
-/// Mostly it is free when a thread is woken, but not always when that gets to run.
-bool MutexWrapper::TakeAfterSleep(Mutex& mutex) {
-  constexpr timespec kLongestSleep{0, 1'000'000};
+/// Takes the mutex if it becomes free within a few microseconds. By measurement: with fewer tries
+/// more threads go to sleep, and with more the processor time grows, but not what is done in it.
+bool MutexWrapper::TakeSoon(Mutex& mutex) {
+  constexpr int kTries = 20;
+  constexpr int kPausesBefore = 10;  // Each try takes the mutex' memory from who holds it.
+  for (int i = 0; i < kTries; ++i) {
+    for (int j = 0; j < kPausesBefore; ++j) Pause();
+    if (pthread_mutex_trylock(&mutex.mutex) == 0) return true;
+  }
+  return false;
+}
+
+/// Sleeps until the thread is woken, but not for long, and tries to take the mutex.
+bool MutexWrapper::TakeAfterSleep(Mutex& mutex, bool isCrowded) {
+  constexpr timespec kLongestSleep{0, 500'000};
   const unsigned int timesWoken = mutex.timesWoken;
-  if (mutex.sleepers++ == 0) mutex.isOneWaking = false;
+  if (!isCrowded) mutex.wakingTurn = mutex.turns.load();
+  ++mutex.sleepers;
   // Who released it before it was known that somebody sleeps has woken nobody.
   bool isTaken = pthread_mutex_trylock(&mutex.mutex) == 0;
   if (!isTaken) {
@@ -65,8 +65,9 @@ bool MutexWrapper::TakeAfterSleep(Mutex& mutex) {
             0);
   }
   --mutex.sleepers;
-  isTaken = isTaken || TakeSoon(mutex.mutex);
-  mutex.isOneWaking = false;
+  isTaken = isTaken || TakeSoon(mutex);
+  // Others may have come to sleep meanwhile: the next one is woken at the end of this turn.
+  if (isTaken && !isCrowded) mutex.wakingTurn = mutex.turns.load();
   return isTaken;
 }
 
@@ -74,23 +75,30 @@ bool MutexWrapper::TakeAfterSleep(Mutex& mutex) {
 /// be woken, at a system call for each release.
 [[gnu::cold]] void MutexWrapper::WaitFor(Mutex& mutex) {
   constexpr int kSleeps = 50;
+  constexpr unsigned int kTurnsOfACrowd = 2;
   const int errnoBefore = errno;
-  bool isTaken = TakeSoon(mutex.mutex);
-  for (int i = 0; !isTaken && i < kSleeps; ++i) isTaken = TakeAfterSleep(mutex);
+  const unsigned int turnsBefore = mutex.turns;
+  bool isTaken = TakeSoon(mutex);
+  const bool isCrowded = mutex.turns - turnsBefore >= kTurnsOfACrowd;
+  for (int i = 0; !isTaken && i < kSleeps; ++i) isTaken = TakeAfterSleep(mutex, isCrowded);
   if (!isTaken) pthread_mutex_lock(&mutex.mutex);
   errno = errnoBefore;
 }
 
-[[gnu::cold]] void MutexWrapper::WakeOne(Mutex& mutex) {
-  if (mutex.isOneWaking.exchange(true)) return;
+/// A system call, for which a crowd that takes turns has not always time.
+[[gnu::cold]] void MutexWrapper::WakeOneIfDue(Mutex& mutex, unsigned int turn) {
+  constexpr unsigned int kTurnsBetween = 128;
+  const bool isDue = static_cast<int>(turn - mutex.wakingTurn) >= 0;
+  if (!isDue) return;
+  mutex.wakingTurn = turn + kTurnsBetween;
   ++mutex.timesWoken;
   syscall(SYS_futex, &mutex.timesWoken, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
 bool MutexWrapper::HoldUntil(const timespec& deadline) const {
   const int errnoBefore = errno;
-  bool isTaken = TakeSoon(mutex_->mutex);
-  while (!isTaken && !IsOver(deadline)) isTaken = TakeAfterSleep(*mutex_);
+  bool isTaken = TakeSoon(*mutex_);
+  while (!isTaken && !IsOver(deadline)) isTaken = TakeAfterSleep(*mutex_, false);
   errno = errnoBefore;
   return isTaken;
 }

@@ -52,11 +52,12 @@ class KELUTILITIES_EXPORT MutexWrapper {
 
  protected:
   /// Takes the object's own mutex as a ThreadGuard does, and is faster where several threads take
-  /// it again and again, each for a moment. To be woken takes a thread longer than such a moment:
-  /// one that waits therefore looks for some microseconds whether the mutex is free before it goes
-  /// to sleep, and whoever releases the mutex wakes nobody as long as a thread that was woken is
-  /// still on its way. Goes together with ThreadGuards, which wake nobody who sleeps here: such a
-  /// thread looks again by itself after a millisecond.
+  /// it again and again, each for a moment. To wake a thread takes longer than such a moment, and
+  /// mostly it comes too late then. A thread that waits therefore looks for some microseconds
+  /// whether the mutex is free before it goes to sleep. Where others keep taking it meanwhile, it
+  /// is woken after so many turns of theirs; else it is woken when the mutex is released. Goes
+  /// together with ThreadGuards, which wake nobody who sleeps here: such a thread looks by itself
+  /// soon.
   class TurnGuard {
    public:
     explicit TurnGuard(const MutexWrapper& owner) : mutex_(owner.mutex_) {
@@ -78,8 +79,9 @@ class KELUTILITIES_EXPORT MutexWrapper {
   /// The mutex, and who sleeps until it is free.
   struct alignas(64) Mutex {  // One line of the cache: no more goes from core to core.
     pthread_mutex_t mutex;
+    std::atomic<unsigned int> turns;  // That have ended.
     std::atomic<unsigned int> sleepers;
-    std::atomic<bool> isOneWaking;
+    std::atomic<unsigned int> wakingTurn;  // At whose end a sleeper is to be woken, or later.
     std::atomic<unsigned int> timesWoken;  // The word that sleepers sleep on.
   };
 
@@ -87,14 +89,14 @@ class KELUTILITIES_EXPORT MutexWrapper {
 
   void MakeMutex() const;
   static void WaitFor(Mutex& mutex);
-  static bool TakeAfterSleep(Mutex& mutex);
-  static void WakeOne(Mutex& mutex);
+  static bool TakeSoon(Mutex& mutex);
+  static bool TakeAfterSleep(Mutex& mutex, bool isCrowded);
+  static void WakeOneIfDue(Mutex& mutex, unsigned int turn);
   static void Release(Mutex& mutex) {
+    const unsigned int turn = mutex.turns.load(std::memory_order_relaxed) + 1;
+    mutex.turns.store(turn, std::memory_order_relaxed);
     pthread_mutex_unlock(&mutex.mutex);
-    if (mutex.sleepers.load(std::memory_order_relaxed) > 0 &&
-        !mutex.isOneWaking.load(std::memory_order_relaxed)) {
-      WakeOne(mutex);
-    }
+    if (mutex.sleepers.load(std::memory_order_relaxed) > 0) WakeOneIfDue(mutex, turn);
   }
 };
 
