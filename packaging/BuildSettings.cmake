@@ -13,9 +13,10 @@ set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2)
-# Nobody replaces our functions one by one: calls between them need no detour.
+# Nobody replaces our functions one by one: calls between them need no detour, and the library's own
+# names no search when it is loaded.
 add_compile_options(-fno-semantic-interposition -fno-plt)
-add_link_options("LINKER:-Bsymbolic-functions" "LINKER:-z,now")
+add_link_options("LINKER:-Bsymbolic" "LINKER:-z,now")
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
 endif()
@@ -39,16 +40,3 @@ endif()
 if(LOGGER_BUILD_FUZZERS)  # Tells libFuzzer which ways an input takes.
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
-
-# A shared library with our version, whose exports are those of its version script.
-function(logger_shared_library target versionScript)
-  set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
-    INSTALL_RPATH "$ORIGIN"
-    LINK_DEPENDS ${versionScript})
-  target_link_options(${target} PRIVATE "LINKER:--version-script=${versionScript}")
-  if(NOT LOGGER_SANITIZE)  # A sanitizer's own symbols come with the program.
-    target_link_options(${target} PRIVATE "LINKER:-z,defs")
-  endif()
-endfunction()

@@ -49,7 +49,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/none/postrm
   ${CMAKE_CURRENT_BINARY_DIR}/debian/symbols)
 logger_describe(LIBRARY "logging library for the processes of a system"
-"This package contains the shared libraries.")
+"This package contains the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liblogger-dev)
 logger_section(DEVELOPMENT libdevel same)
@@ -62,8 +62,7 @@ find them.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME liblogger-tools)
 logger_section(TOOLS utils foreign)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-  ${PROJECT_BINARY_DIR}/LibKelUtilities ${PROJECT_BINARY_DIR}/Src)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/Src)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS xsltproc)
 set(CPACK_COMPONENT_TOOLS_DEPENDS library)
 logger_describe(TOOLS "logging library for the processes of a system - command line tools"

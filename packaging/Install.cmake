@@ -7,7 +7,7 @@ set(LOGGER_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/liblogger)
 set(LOGGER_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/liblogger)
 
 set_target_properties(logger PROPERTIES EXPORT_NAME liblogger)
-install(TARGETS logger KelUtilities
+install(TARGETS logger
   EXPORT libloggerTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 

@@ -84,6 +84,6 @@ asked=$(cd "$root" && dpkg-shlibdeps -Sdebian/liblogger1 -O consumer-cmake/app)
   fail "a program's package would not depend on liblogger1"
 
 inside dpkg --purge liblogger-dev liblogger-doc liblogger-tools liblogger1
-left=$(find "$root/etc" "$root/usr" "$root/var" \( -iname '*liblogger*' -o -name '*KelUtilities*' -o -name 'loggerctl*' \))
+left=$(find "$root/etc" "$root/usr" "$root/var" \( -iname '*liblogger*' -o -name 'loggerctl*' \))
 [ -z "$left" ] || fail "left behind: $left"
 rm -rf "$root"

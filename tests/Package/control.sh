@@ -28,7 +28,6 @@ grep -q "^liblogger1 (= $version), .*libc6 (>= " <<<"$(field liblogger-tools Dep
   { echo "liblogger-tools does not depend on what loggerctl uses" >&2; exit 1; }
 diff - <(dpkg-deb -I liblogger1_*.deb triggers shlibs) <<TXT
 activate-noawait ldconfig
-libKelUtilities 1 liblogger1 (>= $version)
 liblogger 1 liblogger1 (>= $version)
 TXT
 

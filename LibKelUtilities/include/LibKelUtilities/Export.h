@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what leaves libKelUtilities.so; everything else is hidden.
+/// Marks what leaves liblogger.so; everything else is hidden.
 #define KELUTILITIES_EXPORT __attribute__((visibility("default")))
