@@ -1,18 +1,16 @@
 #include "LogClientXml.h"
 
-#include <libxml/parser.h>
-#include <libxml/tree.h>
-#include <libxml/xmlmemory.h>
-
 #include "Clients/XmlLogFile.h"
 #include "Clients/XmlSilence.h"
 #include "Clients/XmlText.h"
 #include "Internal/CancellationHold.h"
+#include "Internal/XmlHandles.h"
 #include "LogEvent.h"
 #include "LogProperties.h"
 
 using Logger::Internal::CancellationHold;
 using Logger::Internal::WithoutForbiddenCharacters;
+using Logger::Internal::XmlChars;
 using Logger::Internal::XmlLogFile;
 using Logger::Internal::XmlSilence;
 
@@ -23,8 +21,6 @@ constexpr int kLibraryVersion = 20901;  // The libxml2 release that this is made
 // The whole first literal is the instruction's name, so that it reads as two attributes.
 constexpr const char* kInstructionName = "xml-stylesheet type=\"text/xsl\"";
 constexpr const char* kContentPrefix = "href=\"";
-
-const xmlChar* XmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
 }  // namespace
 

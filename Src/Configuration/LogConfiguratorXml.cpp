@@ -1,13 +1,9 @@
 #include "LogConfiguratorXml.h"
 
-#include <libxml/parser.h>
-#include <libxml/xmlschemas.h>
-
-#include <memory>
-
 #include "Configuration/ConfigurationSteps.h"
 #include "Configuration/XmlSchema.h"
 #include "Internal/Decimal.h"
+#include "Internal/XmlHandles.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "LogProperties.h"
@@ -18,36 +14,23 @@ using Logger::Internal::kXmlSchema;
 using Logger::Internal::ParseDecimal;
 using Logger::Internal::RunConfigurationSteps;
 using Logger::Internal::UnknownLayout;
+using Logger::Internal::XmlChars;
+using Logger::Internal::XmlOwnText;
+using Logger::Internal::XmlSchema;
+using Logger::Internal::XmlSchemaParser;
+using Logger::Internal::XmlSchemaValidator;
 
 namespace {
 
-template <typename Type, void (*Free)(Type*)>
-struct Release {
-  void operator()(Type* object) const { Free(object); }
-};
-template <typename Type, void (*Free)(Type*)>
-using Owned = std::unique_ptr<Type, Release<Type, Free>>;
-
-using SchemaParser = Owned<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt>;
-using Schema = Owned<xmlSchema, xmlSchemaFree>;
-using SchemaValidator = Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>;
-
 bool IsValid(xmlDoc* document, const logstring& schemaText) {
-  const SchemaParser parser(
+  const XmlSchemaParser parser(
       xmlSchemaNewMemParserCtxt(schemaText.data(), static_cast<int>(schemaText.size())));
   if (parser == nullptr) return false;
-  const Schema schema(xmlSchemaParse(parser.get()));
+  const XmlSchema schema(xmlSchemaParse(parser.get()));
   if (schema == nullptr) return false;
-  const SchemaValidator validator(xmlSchemaNewValidCtxt(schema.get()));
+  const XmlSchemaValidator validator(xmlSchemaNewValidCtxt(schema.get()));
   return validator != nullptr && xmlSchemaValidateDoc(validator.get(), document) == 0;
 }
-
-struct ReleaseText {
-  void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using XmlText = std::unique_ptr<xmlChar, ReleaseText>;
-
-const xmlChar* XmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
 /// The first element of this name among the node and those behind it; null when there is none.
 xmlNode* FirstNamed(const char* name, xmlNode* node) {
@@ -223,7 +206,7 @@ bool LogConfiguratorXml::AddSubHandler(void* node, LogHandler* parent) {
 
 bool LogConfiguratorXml::GetAttribute(void* node, const logstring& name, logstring& value) {
   if (node == nullptr) return false;
-  const XmlText text(xmlGetProp(static_cast<xmlNode*>(node), XmlChars(name.c_str())));
+  const XmlOwnText text(xmlGetProp(static_cast<xmlNode*>(node), XmlChars(name.c_str())));
   if (text == nullptr) return false;
   value = reinterpret_cast<const char*>(text.get());
   return true;

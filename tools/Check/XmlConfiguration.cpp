@@ -1,36 +1,28 @@
 #include "Check/XmlConfiguration.h"
 
 #include <libxml/SAX2.h>
-#include <libxml/parser.h>
-#include <libxml/xmlschemas.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <set>
 #include <vector>
 
 #include "Check/Wording.h"
+#include "Internal/XmlHandles.h"
 #include "KnownKeys.h"
 #include "LogConfiguratorXml.h"
 
+using Logger::Internal::XmlChars;
+using Logger::Internal::XmlDocument;
+using Logger::Internal::XmlOwnText;
+using Logger::Internal::XmlParser;
+using Logger::Internal::XmlSchema;
+using Logger::Internal::XmlSchemaParser;
+using Logger::Internal::XmlSchemaValidator;
+
 namespace {
 
-template <typename Type, void (*Free)(Type*)>
-struct Release {
-  void operator()(Type* object) const { Free(object); }
-};
-template <typename Type, void (*Free)(Type*)>
-using Owned = std::unique_ptr<Type, Release<Type, Free>>;
-
-using Document = Owned<xmlDoc, xmlFreeDoc>;
-using Parser = Owned<xmlParserCtxt, xmlFreeParserCtxt>;
-using SchemaParser = Owned<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt>;
-using Schema = Owned<xmlSchema, xmlSchemaFree>;
-using SchemaValidator = Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>;
-
-const xmlChar* XmlChars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 const char* Chars(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
 /// A message of libxml2's on one line, without the point at its end.
@@ -79,21 +71,21 @@ int LineOf(const xmlNode* element) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(element->_private));
 }
 
-Document Parse(const std::string& content, Findings& findings) {
+XmlDocument Parse(const std::string& content, Findings& findings) {
   if (content.size() > std::numeric_limits<int>::max()) {
     findings.Error(0, "the document is too large");
     return nullptr;
   }
-  const Parser parser(xmlNewParserCtxt());
+  const XmlParser parser(xmlNewParserCtxt());
   if (parser == nullptr) return nullptr;
   ParserNotes notes;
   parser->_private = &notes;
   parser->sax->serror = NoteError;
   parser->sax->startElementNs = NoteLine;
   parser->sax->internalSubset = StopAtDocumentType;
-  Document document(xmlCtxtReadMemory(parser.get(), content.data(),
-                                      static_cast<int>(content.size()), nullptr, nullptr,
-                                      XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET));
+  XmlDocument document(
+      xmlCtxtReadMemory(parser.get(), content.data(), static_cast<int>(content.size()), nullptr,
+                        nullptr, XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET));
   if (notes.documentTypeLine > 0) {
     findings.Error(notes.documentTypeLine,
                    "a document type is refused: a configuration is data, and entities can read "
@@ -168,9 +160,10 @@ void CollectMessage(void* context, xmlError* error) {
 bool IsValid(xmlDoc* document, Findings& findings) {
   logstring text;
   LogConfiguratorXml().CreateSchemaBuf(text);
-  const SchemaParser parser(xmlSchemaNewMemParserCtxt(text.data(), static_cast<int>(text.size())));
-  const Schema schema(xmlSchemaParse(parser.get()));
-  const SchemaValidator validator(xmlSchemaNewValidCtxt(schema.get()));
+  const XmlSchemaParser parser(
+      xmlSchemaNewMemParserCtxt(text.data(), static_cast<int>(text.size())));
+  const XmlSchema schema(xmlSchemaParse(parser.get()));
+  const XmlSchemaValidator validator(xmlSchemaNewValidCtxt(schema.get()));
   if (validator == nullptr) return false;
   SchemaMessages messages{findings};
   xmlSchemaSetValidStructuredErrors(validator.get(), CollectMessage, &messages);
@@ -190,11 +183,9 @@ std::vector<xmlNode*> ChildrenOf(const xmlNode* element, const char* name) {
 }
 
 Word Attribute(const xmlNode* element, const char* name) {
-  xmlChar* const text = xmlGetProp(const_cast<xmlNode*>(element), XmlChars(name));
+  const XmlOwnText text(xmlGetProp(const_cast<xmlNode*>(element), XmlChars(name)));
   if (text == nullptr) return {};
-  Word word{Chars(text), LineOf(element)};
-  xmlFree(text);
-  return word;
+  return {Chars(text.get()), LineOf(element)};
 }
 
 /// The attribute of the first child of this name.
@@ -298,7 +289,7 @@ class XmlReader {
 }  // namespace
 
 std::optional<Configuration> ReadXmlConfiguration(const std::string& content, Findings& findings) {
-  const Document document = Parse(content, findings);
+  const XmlDocument document = Parse(content, findings);
   if (document == nullptr || !IsValid(document.get(), findings)) return std::nullopt;
   const xmlNode* const root = xmlDocGetRootElement(document.get());
   if (xmlStrEqual(root->name, XmlChars("configlogger")) == 0) {

@@ -1,30 +1,26 @@
 // Configurations as XML documents.
 
 #include <libxml/chvalid.h>
-#include <libxml/parser.h>
-#include <libxml/tree.h>
 
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <set>
 
 #include "ConfigurationFile.h"
 #include "Convert/StatedSystem.h"
+#include "Internal/XmlHandles.h"
 #include "LocalEntities.h"
 #include "LogConfiguratorXml.h"
 #include "Printable.h"
 #include "UsageError.h"
 
+using Logger::Internal::XmlDocument;
+using Logger::Internal::XmlOwnText;
+
 namespace {
 
-struct ReleaseDocument {
-  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-};
-using Document = std::unique_ptr<xmlDoc, ReleaseDocument>;
-
 const xmlChar* XmlChars(const std::string& text) {
-  return reinterpret_cast<const xmlChar*>(text.c_str());
+  return Logger::Internal::XmlChars(text.c_str());
 }
 
 std::string NameOf(const xmlNode* node) { return reinterpret_cast<const char*>(node->name); }
@@ -68,7 +64,7 @@ class XmlReader {
   }
 
  private:
-  Document document_;
+  XmlDocument document_;
   Losses& losses_;
   StatedSystem read_;
   LogConfiguratorXml library_;
@@ -209,7 +205,7 @@ class XmlWriter {
  private:
   const StatedSystem& system_;
   Losses& losses_;
-  Document document_;
+  XmlDocument document_;
   xmlNode* root_ = nullptr;
   std::set<std::string> writtenParents_;
 
@@ -343,9 +339,8 @@ class XmlWriter {
     int size = 0;
     xmlDocDumpFormatMemoryEnc(document_.get(), &bytes, &size, "UTF-8", 1);
     if (bytes == nullptr) throw std::bad_alloc();
-    std::string text(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
-    xmlFree(bytes);
-    return text;
+    const XmlOwnText owner(bytes);
+    return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size)};
   }
 };
 
