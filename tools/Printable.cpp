@@ -34,25 +34,48 @@ std::string Escape(char character) {
   return escape.data();
 }
 
+/// What is shown for the character at the position, and how many bytes that has.
+struct Shown {
+  std::string text;
+  std::size_t length;
+  bool isEscape;
+};
+
+Shown ShownAt(const std::string& text, std::size_t position, bool isUtf8) {
+  const char character = text[position];
+  if (IsAscii(character)) {
+    const bool isPrintable = std::isprint(static_cast<unsigned char>(character)) != 0;
+    return {isPrintable ? std::string(1, character) : Escape(character), 1, !isPrintable};
+  }
+  if (!isUtf8) return {Escape(character), 1, true};
+  if (!StartsControlCharacter(text, position)) return {std::string(1, character), 1, false};
+  return {Escape(character) + Escape(text[position + 1]), 2, true};
+}
+
 }  // namespace
+
+std::string Escaped(const std::string& text) {
+  const bool isUtf8 = IsUtf8(text);
+  std::string shown;
+  for (std::size_t position = 0; position < text.size();) {
+    const Shown next = ShownAt(text, position, isUtf8);
+    shown += next.text;
+    position += next.length;
+  }
+  return shown;
+}
 
 std::string Printable(const std::string& text) {
   const bool isUtf8 = IsUtf8(text);
   bool isPlain = !text.empty();
   std::string shown;
-  for (std::size_t position = 0; position < text.size(); ++position) {
+  for (std::size_t position = 0; position < text.size();) {
     const char character = text[position];
-    const bool isHidden = IsAscii(character)
-                              ? std::isprint(static_cast<unsigned char>(character)) == 0
-                              : !isUtf8 || StartsControlCharacter(text, position);
-    isPlain = isPlain && !isHidden && IsPlain(character);
-    if (isHidden) {
-      shown += Escape(character);
-      if (!IsAscii(character) && isUtf8) shown += Escape(text[++position]);
-    } else {
-      if (character == '"' || character == '\\') shown += '\\';
-      shown += character;
-    }
+    const Shown next = ShownAt(text, position, isUtf8);
+    isPlain = isPlain && !next.isEscape && IsPlain(character);
+    if (character == '"' || character == '\\') shown += '\\';
+    shown += next.text;
+    position += next.length;
   }
   return isPlain ? shown : '"' + shown + '"';
 }

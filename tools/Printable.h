@@ -2,6 +2,10 @@
 
 #include <string>
 
+/// A text on one line and harmless to a terminal: what is no printable character stands as an
+/// escape such as \n or \x1b.
+std::string Escaped(const std::string& text);
+
 /// A text as it may be shown in a line on a terminal: as it stands when it is one plain word, else
-/// in double quotes, with what is no printable character as an escape such as \n or \x1b.
+/// in double quotes and escaped.
 std::string Printable(const std::string& text);

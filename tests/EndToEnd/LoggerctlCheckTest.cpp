@@ -144,7 +144,7 @@ TEST_F(LoggerctlCheckTest, PrintsJsonOfBytesThatAreNoText) {
   const ProcessResult result = Check({"--json", "bytes.ini"});
 
   EXPECT_NE(std::string::npos,
-            result.output.find("\"key 'a\xEF\xBF\xBD\\\"\\\\x1b' is read by nothing\""))
+            result.output.find("\"key 'a\\\\xff\\\"\\\\x1b' is read by nothing\""))
       << result.output;
 }
 
@@ -152,6 +152,21 @@ TEST_F(LoggerctlCheckTest, SendsNoControlCharactersToATerminal) {
   WriteFile("bytes.ini", std::string(kGood) + "a\x1B[2J = 1\n");
 
   Expect(1, "bytes.ini:5: error: key 'a\\x1b[2J' is read by nothing\n", "", Check({"bytes.ini"}));
+
+  const std::string csiOfEightBits = "\xC2\x9B";
+  WriteFile("bytes.ini", std::string(kGood) + "a" + csiOfEightBits + "2J = 1\n");
+
+  Expect(1, "bytes.ini:5: error: key 'a\\xc2\\x9b2J' is read by nothing\n", "",
+         Check({"bytes.ini"}));
+}
+
+TEST_F(LoggerctlCheckTest, CutsLongTextsBetweenCharacters) {
+  std::string umlauts;
+  for (int i = 0; i < 100; ++i) umlauts += "\xC3\xA4";
+  WriteFile("long.ini", std::string(kGood) + "a" + umlauts + " = 1\n");
+
+  Expect(1, "long.ini:5: error: key 'a" + umlauts.substr(0, 118) + "...' is read by nothing\n", "",
+         Check({"long.ini"}));
 }
 
 TEST_F(LoggerctlCheckTest, KnowsWhatTheApplicationRegisters) {

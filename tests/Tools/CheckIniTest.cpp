@@ -259,9 +259,9 @@ TEST(CheckIniTest, TellsOfListsWithAnotherSeparator) {
       "levels are numbers from 1 to 2147483647\n",
       Checked("loglevel = 1,2\n" + std::string(kHandlers) + kConsole));
   EXPECT_EQ(
-      "it:1: error: 'a\\x09default' is one item: only single blanks separate a list; separate the "
+      "it:1: error: 'a\\tdefault' is one item: only single blanks separate a list; separate the "
       "items by single blanks\n"
-      "it:1: warning: handler 'a\\x09default' reaches no client: what is logged on it is written "
+      "it:1: warning: handler 'a\\tdefault' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n",
       Checked("loghandler = a\tdefault\nlogclient = con\nlogclient.con.type = LogClientConsole\n"
               "logclient.con.handler = default\n" +

@@ -1,24 +1,21 @@
 #include "Check/Wording.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <cstdio>
 #include <numeric>
+
+#include "Printable.h"
 
 namespace {
 
-bool IsControl(char character) {
-  constexpr unsigned char kFirstPrintable = 0x20;
-  constexpr unsigned char kDelete = 0x7f;
-  const auto byte = static_cast<unsigned char>(character);
-  return byte < kFirstPrintable || byte == kDelete;
-}
-
-std::string Escaped(char character) {
-  std::array<char, 5> text{};
-  std::snprintf(text.data(), text.size(), "\\x%02x", static_cast<unsigned char>(character));
-  return text.data();
+/// Where a text may be cut that is no longer than this then.
+std::size_t CutOf(const std::string& text, std::size_t longest) {
+  std::size_t cut = std::min(text.size(), longest);
+  const auto isWithinCharacter = [&] {
+    return (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80;
+  };
+  while (cut > 0 && cut < text.size() && isWithinCharacter()) --cut;
+  return cut;
 }
 
 std::string LowerCase(std::string text) {
@@ -50,15 +47,8 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
 
 std::string Quoted(const std::string& text) {
   constexpr std::size_t kLongest = 120;
-  std::string quoted = "'";
-  for (const char character : text.substr(0, kLongest)) {
-    if (IsControl(character)) {
-      quoted += Escaped(character);
-    } else {
-      quoted += character;
-    }
-  }
-  return quoted + (text.size() > kLongest ? "...'" : "'");
+  const std::size_t cut = CutOf(text, kLongest);
+  return "'" + Escaped(text.substr(0, cut)) + (cut < text.size() ? "...'" : "'");
 }
 
 std::string Nearest(const std::string& word, const std::vector<std::string>& candidates) {

@@ -3,8 +3,7 @@
 #include <string>
 #include <vector>
 
-/// A text of the file within quotes, on one line and harmless to a terminal: control characters are
-/// written as \x1b and the like, and a long text is cut.
+/// A text of the file within quotes, escaped, and cut when it is long.
 std::string Quoted(const std::string& text);
 
 /// The candidate that is most like the word, by the number of letters to change; empty when none is
