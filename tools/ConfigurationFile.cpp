@@ -8,9 +8,12 @@
 #include <fstream>
 #include <system_error>
 
+#include "Configuration/PropertiesLine.h"
 #include "LogConfiguratorIni.h"
 #include "LogConfiguratorXml.h"
 #include "UsageError.h"
+
+using Logger::Internal::kLongestPropertiesLine;
 
 namespace {
 
@@ -29,11 +32,10 @@ void RequireReadable(const std::string& fileName) {
 
 /// The first line that is longer than a properties file may have; 0 when there is none.
 int FindOverlongLine(const std::string& fileName) {
-  constexpr std::size_t kLongestLine = 511;
   std::ifstream file(fileName);
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
-    if (line.size() > kLongestLine) return number;
+    if (line.size() > kLongestPropertiesLine) return number;
   }
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <new>
 
@@ -54,15 +55,16 @@ bool MutexWrapper::TakeSoon(Mutex& mutex) {
 
 /// Sleeps until the thread is woken, but not for long, and tries to take the mutex.
 bool MutexWrapper::TakeAfterSleep(Mutex& mutex, bool isCrowded) {
-  constexpr timespec kLongestSleep{0, 500'000};
+  // Seconds and nanoseconds as the system call has them, whatever timespec is.
+  constexpr std::array<long, 2> kLongestSleep{0, 500'000};
   const unsigned int timesWoken = mutex.timesWoken;
   if (!isCrowded) mutex.wakingTurn = mutex.turns.load();
   ++mutex.sleepers;
   // Who released it before it was known that somebody sleeps has woken nobody.
   bool isTaken = pthread_mutex_trylock(&mutex.mutex) == 0;
   if (!isTaken) {
-    syscall(SYS_futex, &mutex.timesWoken, FUTEX_WAIT_PRIVATE, timesWoken, &kLongestSleep, nullptr,
-            0);
+    syscall(SYS_futex, &mutex.timesWoken, FUTEX_WAIT_PRIVATE, timesWoken, kLongestSleep.data(),
+            nullptr, 0);
   }
   --mutex.sleepers;
   isTaken = isTaken || TakeSoon(mutex);

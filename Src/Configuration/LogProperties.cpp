@@ -3,9 +3,11 @@
 #include <cstring>
 #include <fstream>
 
+#include "Configuration/PropertiesLine.h"
 #include "Internal/Require.h"
 
 using Logger::Internal::Contract;
+using Logger::Internal::kLongestPropertiesLine;
 using Logger::Internal::Require;
 
 namespace {
@@ -13,7 +15,7 @@ namespace {
 constexpr Contract kLoad{"!fileName.empty()", "Src/LogProperties", 151,
                          "bool LogProperties::Load(const logstring&)"};
 
-constexpr std::streamsize kLineSize = 512;  // With the terminator.
+constexpr std::streamsize kLineSize = kLongestPropertiesLine + 1;  // With the terminator.
 
 /// White space as the C library's default locale has it, whatever locale the process has set.
 bool IsSpace(char character) {

@@ -3,11 +3,13 @@
 #include <sstream>
 
 #include "Check/Wording.h"
+#include "Configuration/PropertiesLine.h"
 #include "LogProperties.h"
+
+using Logger::Internal::kLongestPropertiesLine;
 
 namespace {
 
-constexpr std::size_t kLongestLine = 511;
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsBlank(const std::string& text, std::size_t position) {
@@ -46,7 +48,7 @@ class IniLine {
   std::string comment_;
 
   void CheckLength() const {
-    if (text_.size() <= kLongestLine) return;
+    if (text_.size() <= kLongestPropertiesLine) return;
     findings_.Error(number_,
                     "the line has " + std::to_string(text_.size()) +
                         " bytes and may have 511; the file cannot be read because of it",

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "Configuration/PropertiesLine.h"
 #include "ConfigurationFile.h"
 #include "Convert/StatedSystem.h"
 #include "Handlers.h"
@@ -11,6 +12,7 @@
 #include "LogProperties.h"
 #include "Printable.h"
 
+using Logger::Internal::kLongestPropertiesLine;
 using Logger::Internal::ParseDecimal;
 using Logger::Internal::SplitList;
 
@@ -105,8 +107,6 @@ class IniReader {
   }
 };
 
-constexpr std::size_t kLongestLine = 511;
-
 constexpr const char* kLineTooLong = "its line would be longer than 511 bytes";
 
 /// Why a properties file cannot hold the text as a value; null when it can.
@@ -164,7 +164,7 @@ class IniWriter {
     const char* reason = ReasonAgainstKey(key);
     if (reason == nullptr) reason = ReasonAgainstValue(value);
     const std::string line = key + " = " + QuotedWhereNeeded(value);
-    if (reason == nullptr && line.size() > kLongestLine) reason = kLineTooLong;
+    if (reason == nullptr && line.size() > kLongestPropertiesLine) reason = kLineTooLong;
     if (reason != nullptr) {
       Lose(thing, reason);
       return false;
@@ -181,7 +181,7 @@ class IniWriter {
     for (const std::string& name : names) {
       const char* reason = ReasonAgainstItem(name);
       const std::size_t added = name.size() + (written.empty() ? 0 : 1);
-      if (reason == nullptr && length + added > kLongestLine) {
+      if (reason == nullptr && length + added > kLongestPropertiesLine) {
         reason = "the line of its list would be longer than 511 bytes";
       }
       if (reason != nullptr) {
@@ -302,7 +302,8 @@ class IniWriter {
     for (const std::string& text : {client.type, client.handler, client.layout}) {
       if (reason == nullptr) reason = ReasonAgainstValue(text);
     }
-    if (reason == nullptr && longest.size() + kLongestKey > kLongestLine) reason = kLineTooLong;
+    if (reason == nullptr && longest.size() + kLongestKey > kLongestPropertiesLine)
+      reason = kLineTooLong;
     if (reason != nullptr) Lose(system_.Describe(client), reason);
     return reason == nullptr;
   }

@@ -60,6 +60,7 @@ class KELUTILITIES_EXPORT MutexWrapper {
   /// soon.
   class TurnGuard {
    public:
+    /// Takes the mutex of an object that outlives the guard.
     explicit TurnGuard(const MutexWrapper& owner) : mutex_(owner.mutex_) {
       if (pthread_mutex_trylock(&mutex_->mutex) != 0) WaitFor(*mutex_);
     }
