@@ -61,7 +61,7 @@ template <typename Guard>
 class MutexWrapperGuardTest : public testing::Test {};
 
 using Guards = testing::Types<ThreadGuard, TurnGuard>;
-TYPED_TEST_SUITE(MutexWrapperGuardTest, Guards);
+TYPED_TEST_SUITE(MutexWrapperGuardTest, Guards, );  // clang++ asks for the last one.
 
 TYPED_TEST(MutexWrapperGuardTest, IsHeldForTheGuardsScope) {
   const Guarded guarded;
