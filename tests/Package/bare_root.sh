@@ -30,10 +30,15 @@ copy() { # packages of this machine: their files, and what dpkg knows of them
   for package in "$@"; do
     compgen -G "$root/var/lib/dpkg/info/${package}[.:]*list" >/dev/null || missing+=("$package")
   done
-  dpkg-query -L "${missing[@]}" | grep '^/' | grep -v '^/usr/share/\(doc\|info\|locale\|man\)/' | sort -u |
-    while read -r file; do
-      [ ! -r "$file" ] && [ ! -L "$file" ] || echo "${file#/}"
-    done | tar -C / --no-recursion -cf - -T - | tar -C "$root" --keep-directory-symlink -xf -
+  dpkg-query -L "${missing[@]}" | grep '^/' | grep -v '^/usr/share/\(doc\|info\|locale\|man\)/' |
+    sort -u >"$work/paths"
+  # Folders are made, not copied: others may put files into /tmp meanwhile.
+  while read -r file; do
+    if [ -d "$file" ] && [ ! -L "$file" ]; then echo "$root$file"; fi
+  done <"$work/paths" | xargs -r -d '\n' mkdir -p
+  while read -r file; do
+    if [ -L "$file" ] || { [ -r "$file" ] && [ ! -d "$file" ]; }; then echo "${file#/}"; fi
+  done <"$work/paths" | tar -C / --no-recursion -cf - -T - | tar -C "$root" --keep-directory-symlink -xf -
   for package in "${missing[@]}"; do
     cp /var/lib/dpkg/info/"$package"[.:]* "$root/var/lib/dpkg/info/"
     dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
