@@ -146,6 +146,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool isHeld_;        // By LivingHandlers, which guards it.
 
   static bool IsRegistered(unsigned int level);
+  bool Accepts(unsigned int level) const;
+  bool AcceptsUncommon(unsigned int level) const;
   bool IsDisabled(unsigned int level) const;
   bool IsDistributing(const LogEvent& event) const;
   bool LogArguments(unsigned int level, const SourcePosition& position, const char* format,
@@ -154,6 +156,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   void Fill(LogEvent& event, unsigned int level, const SourcePosition& position, const char* text,
             std::size_t length) const;
   bool LogVerbatim(unsigned int level, const SourcePosition& position, const char* text);
+  void PublishWithin(unsigned int level, const SourcePosition& position, const char* text,
+                     std::size_t length);
   bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
                    std::size_t length);
   void DropReceivers();

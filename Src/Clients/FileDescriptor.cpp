@@ -32,17 +32,4 @@ bool FileDescriptor::Close() {
   return isClosed;
 }
 
-bool FileDescriptor::Write(const char* data, std::size_t size) const {
-  while (size > 0) {
-    const ssize_t written = write(descriptor_, data, size);
-    if (written >= 0) {
-      data += written;
-      size -= static_cast<std::size_t>(written);
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace Logger::Internal

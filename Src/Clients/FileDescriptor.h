@@ -1,5 +1,8 @@
 #pragma once
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstddef>
 #include <string>
 
@@ -23,7 +26,18 @@ class FileDescriptor {
   bool Close();
 
   /// Writes it all, with one system call unless the kernel takes only a part.
-  bool Write(const char* data, std::size_t size) const;
+  [[gnu::always_inline]] bool Write(const char* data, std::size_t size) const {
+    while (size > 0) {
+      const ssize_t written = write(descriptor_, data, size);
+      if (written >= 0) {
+        data += written;
+        size -= static_cast<std::size_t>(written);
+      } else if (errno != EINTR) {
+        return false;
+      }
+    }
+    return true;
+  }
 
  private:
   int descriptor_;

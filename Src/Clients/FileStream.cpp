@@ -11,23 +11,6 @@
 
 namespace Logger::Internal {
 
-namespace {
-
-/// Empties a buffer at the end of its scope, whichever way the scope ends.
-class Emptier {
- public:
-  explicit Emptier(ByteBuffer& bytes) : bytes_(bytes) {}
-  ~Emptier() { bytes_.Clear(); }
-
-  Emptier(const Emptier&) = delete;
-  Emptier& operator=(const Emptier&) = delete;
-
- private:
-  ByteBuffer& bytes_;
-};
-
-}  // namespace
-
 FileBuffer::FileBuffer() = default;
 
 FileBuffer::~FileBuffer() { static_cast<void>(Close()); }
@@ -45,18 +28,6 @@ bool FileBuffer::Close() {
       hold;  // Also called by destructors, which a cancelled thread cannot leave.
   const bool isWritten = WriteCollected();
   return file_.Close() && isWritten;
-}
-
-bool FileBuffer::WriteCollected() {
-  const Emptier emptier(collected_);
-  return file_.Write(collected_.Data(), collected_.Size());
-}
-
-void FileBuffer::DropCollected() { collected_.Clear(); }
-
-long long FileBuffer::Position() const {
-  const off_t written = lseek(file_.Get(), 0, SEEK_CUR);
-  return written < 0 ? -1 : written + static_cast<off_t>(collected_.Size());
 }
 
 FileBuffer::int_type FileBuffer::overflow(int_type character) {
@@ -120,16 +91,5 @@ ByteBuffer* FileStream::PlainText() {
   constexpr fmtflags kAsNew = skipws | dec;
   return good() && width() == 0 && flags() == kAsNew ? buffer_.Collected() : nullptr;
 }
-
-void FileStream::WriteOut() {
-  // Not through flush(), which would take a thread's cancellation for an error of the file.
-  if (!good()) {
-    buffer_.DropCollected();
-  } else if (!buffer_.WriteCollected()) {
-    setstate(std::ios_base::badbit);
-  }
-}
-
-long long FileStream::Position() const { return fail() ? -1 : buffer_.Position(); }
 
 }  // namespace Logger::Internal

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -23,15 +25,22 @@ class FileBuffer : public std::streambuf {
   bool Close();
 
   /// Writes what was collected, with one system call unless the kernel takes only a part. What
-  /// could not be written is dropped.
-  bool WriteCollected();
-  void DropCollected();
+  /// could not be written is dropped. (In place, like the other steps to the system call: returns
+  /// are slow behind it.)
+  [[gnu::always_inline]] bool WriteCollected() {
+    const Emptier emptier(collected_);
+    return file_.Write(collected_.Data(), collected_.Size());
+  }
+  void DropCollected() { collected_.Clear(); }
   /// What was collected, to append to; null when there is no open file, or a locale of someone's is
   /// set.
   ByteBuffer* Collected() { return IsOpen() && isClassic_ ? &collected_ : nullptr; }
 
   /// Where the next byte goes, behind what was collected; -1 when the file has no position.
-  long long Position() const;
+  long long Position() const {
+    const off_t written = lseek(file_.Get(), 0, SEEK_CUR);
+    return written < 0 ? -1 : written + static_cast<off_t>(collected_.Size());
+  }
 
  protected:
   int_type overflow(int_type character) override;
@@ -43,6 +52,19 @@ class FileBuffer : public std::streambuf {
   pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
  private:
+  /// Empties a buffer at the end of its scope, whichever way the scope ends.
+  class Emptier {
+   public:
+    explicit Emptier(ByteBuffer& bytes) : bytes_(bytes) {}
+    ~Emptier() { bytes_.Clear(); }
+
+    Emptier(const Emptier&) = delete;
+    Emptier& operator=(const Emptier&) = delete;
+
+   private:
+    ByteBuffer& bytes_;
+  };
+
   FileDescriptor file_;
   ByteBuffer collected_;
   bool isClassic_ = true;  // The locale is the one that the stream was given first.
@@ -63,9 +85,16 @@ class FileStream : public std::ostream {
   ByteBuffer* PlainText();
   /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
   /// it.
-  void WriteOut();
+  [[gnu::always_inline]] void WriteOut() {
+    // Not through flush(), which would take a thread's cancellation for an error of the file.
+    if (!good()) {
+      buffer_.DropCollected();
+    } else if (!buffer_.WriteCollected()) {
+      setstate(std::ios_base::badbit);
+    }
+  }
   /// Where the next byte goes, as tellp() would say; -1 when the stream has failed.
-  long long Position() const;
+  long long Position() const { return fail() ? -1 : buffer_.Position(); }
 
  private:
   FileBuffer buffer_;

@@ -150,9 +150,16 @@ bool LogHandler::IsDisabled(unsigned int level) const {
   return std::find(disabledLevels_.begin(), disabledLevels_.end(), level) != disabledLevels_.end();
 }
 
-bool LogHandler::HandleLogEvent(unsigned int level) const {
+/// HandleLogEvent, in place.
+[[gnu::always_inline]] inline bool LogHandler::Accepts(unsigned int level) const {
   static_assert(kLevelsInWord == LevelAccess::kCommonLevels);
-  if (level < kLevelsInWord) return MayLog(level);
+  return level < kLevelsInWord ? MayLog(level) : AcceptsUncommon(level);
+}
+
+bool LogHandler::HandleLogEvent(unsigned int level) const { return Accepts(level); }
+
+/// The test of a level that has no bit.
+[[gnu::cold]] bool LogHandler::AcceptsUncommon(unsigned int level) const {
   return active_ && IsRegistered(level) && IsEnabledFor(level);
 }
 
@@ -211,11 +218,60 @@ void LogHandler::ContinueInChild() {
   RenewInChild(timesHeld);
 }
 
+// The steps from a log call to the receivers are inlined, with what is seldom needed kept apart: a
+// return from a call that was open during a system call is a slow one, since the kernel uses up
+// what the processor remembers of where calls return to.
+
+/// Whether the event has come round in a cycle of handlers, which would never end.
+inline bool LogHandler::IsDistributing(const LogEvent& event) const {
+  const Distribution* under = distributions_;
+  while (under != nullptr && !under->IsOf(event)) under = under->Outer();
+  return under != nullptr;
+}
+
+[[gnu::always_inline]] inline void LogHandler::DistributeUnderLock(const LogEvent& event) const {
+  if (!IsDistributing(event)) Distribution(*this, event).Run();
+}
+
+[[gnu::always_inline]] inline void LogHandler::Fill(LogEvent& event, unsigned int level,
+                                                    const SourcePosition& position,
+                                                    const char* text, std::size_t length) const {
+  timeval now;
+  gettimeofday(&now, nullptr);
+  EventAccess::SetTexts(event, {text, length}, name_, {position.file, position.fileLength});
+  EventAccess::SetNumbers(event, level, position.line, now, LibKelUtilities::GetTid());
+}
+
+/// A receiver that logs through this handler while an event is under way needs an event of its own.
+[[gnu::cold, gnu::noinline]] void LogHandler::PublishWithin(unsigned int level,
+                                                            const SourcePosition& position,
+                                                            const char* text, std::size_t length) {
+  LogEvent event = EmptyEvent();
+  Fill(event, level, position, text, length);
+  DistributeUnderLock(event);
+}
+
+/// Decides for good, under the lock, whether the text becomes an event, and distributes it.
+[[gnu::always_inline]] inline bool LogHandler::PublishText(unsigned int level,
+                                                           const SourcePosition& position,
+                                                           const char* text, std::size_t length) {
+  const TurnGuard guard(*this);
+  if (!Accepts(level)) return false;
+  if (distributions_ != nullptr) {
+    PublishWithin(level, position, text, length);
+    return true;
+  }
+  Fill(event_, level, position, text, length);
+  DistributeUnderLock(event_);
+  EventAccess::GiveBackMuchMemory(event_);
+  return true;
+}
+
 bool LogHandler::Publish(const LogEvent& event) {
   const unsigned int level = event.GetLogLevel();
-  if (!HandleLogEvent(level)) return false;
+  if (!Accepts(level)) return false;
   const TurnGuard guard(*this);
-  if (!HandleLogEvent(level)) return false;  // Switched off while this thread waited.
+  if (!Accepts(level)) return false;  // Switched off while this thread waited.
   DistributeUnderLock(event);
   return true;
 }
@@ -225,19 +281,8 @@ void LogHandler::Distribute(const LogEvent& event) const {
   DistributeUnderLock(event);
 }
 
-void LogHandler::DistributeUnderLock(const LogEvent& event) const {
-  if (!IsDistributing(event)) Distribution(*this, event).Run();
-}
-
-/// Whether the event has come round in a cycle of handlers, which would never end.
-bool LogHandler::IsDistributing(const LogEvent& event) const {
-  const Distribution* under = distributions_;
-  while (under != nullptr && !under->IsOf(event)) under = under->Outer();
-  return under != nullptr;
-}
-
 bool LogHandler::Log(unsigned int level, const char* format, ...) {
-  if (!HandleLogEvent(level)) return false;
+  if (!Accepts(level)) return false;
   va_list arguments;
   va_start(arguments, format);
   const bool result = LogArguments(level, SourcePosition::Unknown(), format, arguments);
@@ -247,7 +292,7 @@ bool LogHandler::Log(unsigned int level, const char* format, ...) {
 
 bool LogHandler::DebugLog(unsigned int level, const logstring& file, int line, const char* format,
                           ...) {
-  if (!HandleLogEvent(level)) return false;
+  if (!Accepts(level)) return false;
   va_list arguments;
   va_start(arguments, format);
   const bool result = LogArguments(level, SourcePosition::At(file, line), format, arguments);
@@ -256,7 +301,7 @@ bool LogHandler::DebugLog(unsigned int level, const logstring& file, int line, c
 }
 
 bool LogHandler::DebugLog(unsigned int level, const char* file, int line, const char* format, ...) {
-  if (!HandleLogEvent(level)) return false;
+  if (!Accepts(level)) return false;
   va_list arguments;
   va_start(arguments, format);
   const bool result = LogArguments(level, SourcePosition::At(file, line), format, arguments);
@@ -265,16 +310,16 @@ bool LogHandler::DebugLog(unsigned int level, const char* file, int line, const 
 }
 
 bool LogHandler::LogForce(unsigned int level, const char* text) {
-  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::Unknown(), text);
+  return Accepts(level) && LogVerbatim(level, SourcePosition::Unknown(), text);
 }
 
 bool LogHandler::DebugLogForce(unsigned int level, const logstring& file, int line,
                                const char* text) {
-  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
+  return Accepts(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
 }
 
 bool LogHandler::DebugLogForce(unsigned int level, const char* file, int line, const char* text) {
-  return HandleLogEvent(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
+  return Accepts(level) && LogVerbatim(level, SourcePosition::At(file, line), text);
 }
 
 bool LogHandler::LogVerbatim(unsigned int level, const SourcePosition& position, const char* text) {
@@ -290,31 +335,4 @@ bool LogHandler::LogArguments(unsigned int level, const SourcePosition& position
   const FormattedText text(format, arguments);
   if (text.Text() == nullptr) return true;
   return PublishText(level, position, text.Text(), text.Length());
-}
-
-/// Decides for good, under the lock, whether the text becomes an event, and distributes it.
-bool LogHandler::PublishText(unsigned int level, const SourcePosition& position, const char* text,
-                             std::size_t length) {
-  const TurnGuard guard(*this);
-  if (!HandleLogEvent(level)) return false;
-  // A receiver that logs through this handler while an event is under way needs an event of its
-  // own.
-  if (distributions_ != nullptr) {
-    LogEvent event = EmptyEvent();
-    Fill(event, level, position, text, length);
-    DistributeUnderLock(event);
-    return true;
-  }
-  Fill(event_, level, position, text, length);
-  DistributeUnderLock(event_);
-  EventAccess::GiveBackMuchMemory(event_);
-  return true;
-}
-
-void LogHandler::Fill(LogEvent& event, unsigned int level, const SourcePosition& position,
-                      const char* text, std::size_t length) const {
-  timeval now;
-  gettimeofday(&now, nullptr);
-  EventAccess::SetTexts(event, {text, length}, name_, {position.file, position.fileLength});
-  EventAccess::SetNumbers(event, level, position.line, now, LibKelUtilities::GetTid());
 }

@@ -7,7 +7,7 @@ namespace Logger::Internal {
 
 ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
 
-void ByteBuffer::Grow(std::size_t count) {
+[[gnu::cold, gnu::noinline]] void ByteBuffer::Grow(std::size_t count) {
   // With some room behind: what follows a long text is short.
   constexpr std::size_t kRoomBehind = 256;
   const std::size_t needed = size_ + count + kRoomBehind;
@@ -18,7 +18,7 @@ void ByteBuffer::Grow(std::size_t count) {
   capacity_ = capacity;
 }
 
-void ByteBuffer::GiveBack() {
+[[gnu::cold, gnu::noinline]] void ByteBuffer::GiveBack() {
   bytes_.reset();
   capacity_ = 0;
 }

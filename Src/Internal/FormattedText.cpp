@@ -55,8 +55,6 @@ FormattedText::FormattedText(const char* format, va_list arguments) {
   } while (Grow(capacity));
 }
 
-FormattedText::~FormattedText() { std::free(buffer_); }
-
 bool FormattedText::Grow(unsigned int capacity) {
   if (capacity > kLargestCapacity) return false;
   // The compiler must not know that there is no former buffer: it would call malloc then, and those

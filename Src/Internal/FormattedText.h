@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstdlib>
 
 namespace Logger::Internal {
 
@@ -13,7 +14,9 @@ class FormattedText {
  public:
   /// Formats. The format's %m tells errno as it is now; errno may be different afterwards.
   FormattedText(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
-  ~FormattedText();
+  ~FormattedText() {
+    if (buffer_ != nullptr) std::free(buffer_);
+  }
 
   FormattedText(const FormattedText&) = delete;
   FormattedText& operator=(const FormattedText&) = delete;

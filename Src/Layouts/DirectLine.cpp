@@ -76,14 +76,21 @@ void AppendExtended(ByteBuffer& bytes, const LogEvent& event) {
 
 }  // namespace
 
-DirectLine DirectLineOf(const LogLayout& layout) {
+bool AppendDirectLine(ByteBuffer& bytes, const LogLayout& layout, const LogEvent& event) {
   // By address, which is enough: a layout that is not found takes the long way.
   const std::type_info* const type = &typeid(layout);
-  if (type == &typeid(LogLayoutStandard)) return AppendStandard;
-  if (type == &typeid(LogLayoutExtended)) return AppendExtended;
-  if (type == &typeid(LogLayoutMessage)) return AppendMessage;
-  if (type == &typeid(LogLayoutSimple)) return AppendSimple;
-  return nullptr;
+  if (type == &typeid(LogLayoutStandard)) {
+    AppendStandard(bytes, event);
+  } else if (type == &typeid(LogLayoutExtended)) {
+    AppendExtended(bytes, event);
+  } else if (type == &typeid(LogLayoutMessage)) {
+    AppendMessage(bytes, event);
+  } else if (type == &typeid(LogLayoutSimple)) {
+    AppendSimple(bytes, event);
+  } else {
+    return false;
+  }
+  return true;
 }
 
 }  // namespace Logger::Internal

@@ -64,7 +64,7 @@ class KELUTILITIES_EXPORT MutexWrapper {
     explicit TurnGuard(const MutexWrapper& owner) : mutex_(owner.mutex_) {
       if (pthread_mutex_trylock(&mutex_->mutex) != 0) WaitFor(*mutex_);
     }
-    ~TurnGuard() { Release(*mutex_); }
+    [[gnu::always_inline]] ~TurnGuard() { Release(*mutex_); }
 
     TurnGuard(const TurnGuard&) = delete;
     TurnGuard& operator=(const TurnGuard&) = delete;
@@ -89,11 +89,11 @@ class KELUTILITIES_EXPORT MutexWrapper {
   Mutex* mutex_;  // Owned. By pointer, so that const operations can lock it.
 
   void MakeMutex() const;
-  static void WaitFor(Mutex& mutex);
+  [[gnu::noinline]] static void WaitFor(Mutex& mutex);
   static bool TakeSoon(Mutex& mutex);
   static bool TakeAfterSleep(Mutex& mutex, bool isCrowded);
-  static void WakeOneIfDue(Mutex& mutex, unsigned int turn);
-  static void Release(Mutex& mutex) {
+  [[gnu::noinline]] static void WakeOneIfDue(Mutex& mutex, unsigned int turn);
+  [[gnu::always_inline]] static void Release(Mutex& mutex) {
     const unsigned int turn = mutex.turns.load(std::memory_order_relaxed) + 1;
     mutex.turns.store(turn, std::memory_order_relaxed);
     pthread_mutex_unlock(&mutex.mutex);
