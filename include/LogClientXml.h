@@ -11,7 +11,9 @@ struct _xmlNode;
 namespace Logger {
 namespace Internal {
 class ForkGuard;
+class XmlBacklog;
 class XmlLogFile;
+class XmlSilence;
 }  // namespace Internal
 }  // namespace Logger
 
@@ -55,7 +57,12 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   _xmlNode* root_;     // The document's.
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
+  std::unique_ptr<Logger::Internal::XmlBacklog> backlog_;  // What the document lacks of the file.
 
   void ContinueInChild(bool wasBusy);
-  void AddText(_xmlNode* entry, const char* name, const std::string& text);
+  bool AppendToFile(const LogEvent& event);
+  void AddToDocument(const LogEvent& event);
+  bool CompleteDocument(const Logger::Internal::XmlSilence& silence);
+  bool AddNodes(const char* level, const char* date, const char* time, const char* log,
+                const Logger::Internal::XmlSilence& silence);
 };

@@ -1,5 +1,7 @@
 #include "LogClientXml.h"
 
+#include "Clients/XmlBacklog.h"
+#include "Clients/XmlEntry.h"
 #include "Clients/XmlLogFile.h"
 #include "Clients/XmlSilence.h"
 #include "Clients/XmlText.h"
@@ -8,10 +10,15 @@
 #include "LogEvent.h"
 #include "LogProperties.h"
 
+using Logger::Internal::AddEntry;
+using Logger::Internal::AppendSimply;
 using Logger::Internal::CancellationHold;
 using Logger::Internal::WithoutForbiddenCharacters;
+using Logger::Internal::XmlBacklog;
 using Logger::Internal::XmlChars;
+using Logger::Internal::XmlEntry;
 using Logger::Internal::XmlLogFile;
+using Logger::Internal::XmlReferences;
 using Logger::Internal::XmlSilence;
 
 namespace {
@@ -22,6 +29,12 @@ constexpr int kLibraryVersion = 20901;  // The libxml2 release that this is made
 constexpr const char* kInstructionName = "xml-stylesheet type=\"text/xsl\"";
 constexpr const char* kContentPrefix = "href=\"";
 
+constexpr std::size_t kUsualSizeOfTheRest = 128;  // Of an entry with the document's end, in bytes.
+
+XmlReferences References(bool escapesText) {
+  return escapesText ? XmlReferences::kAreText : XmlReferences::kAreRead;
+}
+
 }  // namespace
 
 LogClientXml::LogClientXml(const std::string& filename, const std::string& xslfilename)
@@ -29,7 +42,8 @@ LogClientXml::LogClientXml(const std::string& filename, const std::string& xslfi
       document_(nullptr),
       root_(nullptr),
       escapesText_(false),
-      file_(new XmlLogFile(filename)) {
+      file_(new XmlLogFile(filename)),
+      backlog_(new XmlBacklog) {
   Init(xslfilename);
 }
 
@@ -41,7 +55,8 @@ LogClientXml::LogClientXml(const LogProperties& properties)
 LogClientXml::~LogClientXml() {
   const CancellationHold hold;
   const XmlSilence silence;
-  if (initialized_) file_->SaveIndented(*document_);
+  // What there is no memory for now is in the file already, which then stays as it is.
+  if (initialized_ && CompleteDocument(silence)) file_->SaveIndented(*document_);
   xmlFreeDoc(document_);
 #if LIBXML_VERSION < 21200
   xmlMemoryDump();
@@ -54,6 +69,7 @@ void LogClientXml::Init(const std::string& xslfilename) {
   xmlCheckVersion(kLibraryVersion);
   initialized_ = false;
   file_ = std::make_unique<XmlLogFile>(filename_);  // The file is none of the new document's.
+  backlog_ = std::make_unique<XmlBacklog>();
   xmlFreeDoc(document_);
   document_ = xmlNewDoc(XmlChars("1.0"));
   if (document_ == nullptr) return;
@@ -70,32 +86,50 @@ void LogClientXml::Init(const std::string& xslfilename) {
 
 bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
-  const CancellationHold hold;  // libxml2 cannot be left in the middle of a save.
+  const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
+  if (!AppendToFile(event)) AddToDocument(event);
+  return true;
+}
+
+/// Writes the entry without libxml2. False, with nothing done, when its text or the file is not
+/// simple enough for that, or there is no memory to keep it for the document.
+bool LogClientXml::AppendToFile(const LogEvent& event) {
+  const XmlEntry entry = XmlEntry::Of(event);
+  std::string text;
+  text.reserve(entry.log.size() + kUsualSizeOfTheRest);
+  if (!AppendSimply(text, entry, References(escapesText_))) return false;
+  text += XmlLogFile::kEnd;
+  if (!file_->IsAsWritten() || !backlog_->Add(entry)) return false;
+  file_->Append(text);
+  return true;
+}
+
+void LogClientXml::AddToDocument(const LogEvent& event) {
   const XmlSilence silence;
   // Before the document is touched: without memory for a text there is no half an entry.
   const std::string level = WithoutForbiddenCharacters(event.GetLogLevelName());
   const std::string date = WithoutForbiddenCharacters(event.GetDate());
   const std::string time = WithoutForbiddenCharacters(event.GetTime());
   const std::string log = WithoutForbiddenCharacters(event.GetLogMessage());
-  xmlNode* const entry = xmlNewChild(root_, nullptr, XmlChars("entry"), nullptr);
-  if (entry == nullptr) return true;  // As with a save that fails, nobody is told.
-  xmlNewProp(entry, XmlChars("level"), XmlChars(level.c_str()));
-  AddText(entry, "date", date);
-  AddText(entry, "time", time);
-  AddText(entry, "log", log);
-  if (silence.RanOutOfMemory()) {  // An entry that lacks a part is none.
-    xmlUnlinkNode(entry);
-    xmlFreeNode(entry);
-    return true;
-  }
-  file_->SaveWith(*document_, *entry);
-  return true;
+  if (!CompleteDocument(silence)) return;  // As with a save that fails, nobody is told.
+  if (!AddNodes(level.c_str(), date.c_str(), time.c_str(), log.c_str(), silence)) return;
+  file_->SaveWith(*document_, *root_->last);
 }
 
-void LogClientXml::AddText(xmlNode* entry, const char* name, const std::string& text) {
-  // The first form reads an ampersand as the start of an entity reference, on purpose.
-  const auto addChild = escapesText_ ? xmlNewTextChild : xmlNewChild;
-  addChild(entry, nullptr, XmlChars(name), XmlChars(text.c_str()));
+/// Adds what is only in the file. False when there is no memory for all of it.
+bool LogClientXml::CompleteDocument(const XmlSilence& silence) {
+  return backlog_->HandOver([&](const auto*... texts) { return AddNodes(texts..., silence); });
+}
+
+/// Adds an entry to the document, or nothing: an entry that lacks a part is none.
+bool LogClientXml::AddNodes(const char* level, const char* date, const char* time, const char* log,
+                            const XmlSilence& silence) {
+  xmlNode* const entry = AddEntry(*root_, level, date, time, log, References(escapesText_));
+  if (entry == nullptr) return false;
+  if (!silence.RanOutOfMemory()) return true;
+  xmlUnlinkNode(entry);
+  xmlFreeNode(entry);
+  return false;
 }
 
 void LogClientXml::ContinueInChild(bool wasBusy) {
@@ -104,4 +138,5 @@ void LogClientXml::ContinueInChild(bool wasBusy) {
   if (!wasBusy) return;
   document_ = nullptr;  // Nobody knows what could be freed of it.
   root_ = nullptr;
+  static_cast<void>(backlog_.release());
 }

@@ -16,9 +16,6 @@ namespace {
 
 constexpr const char* kEncoding = "UTF-8";
 
-// What ends every saved document that has entries.
-constexpr std::string_view kEnd = "</apitestlog>\n";
-
 /// Whether libxml2, too, takes the name for just this file. It has other ideas about URLs, escapes
 /// and a lone hyphen, and may compress.
 bool IsPlain(const std::string& fileName) {
@@ -46,7 +43,8 @@ OutputBuffer TextOfLast(xmlDoc& document, xmlNode& entry) {
   document.encoding = reinterpret_cast<const xmlChar*>(kEncoding);
   xmlNodeDumpOutput(buffer.get(), &document, &entry, 0, 0, kEncoding);
   document.encoding = formerEncoding;
-  xmlOutputBufferWrite(buffer.get(), static_cast<int>(kEnd.size()), kEnd.data());
+  constexpr std::string_view end = XmlLogFile::kEnd;
+  xmlOutputBufferWrite(buffer.get(), static_cast<int>(end.size()), end.data());
   // A buffer for which memory ran out has no error of its own, but no content.
   const bool isWhole = buffer->error == 0 && xmlOutputBufferGetContent(buffer.get()) != nullptr;
   return isWhole ? std::move(buffer) : nullptr;
@@ -77,11 +75,17 @@ XmlLogFile::XmlLogFile(const std::string& fileName) : fileName_(fileName), writt
 XmlLogFile::~XmlLogFile() = default;
 
 void XmlLogFile::SaveWith(xmlDoc& document, xmlNode& lastEntry) {
-  if (IsAsWritten()) {
-    if (!WriteEntry(document, lastEntry)) descriptor_.Close();
-  } else {
+  if (!IsAsWritten()) {
     SaveWhole(document);
+  } else if (const OutputBuffer text = TextOfLast(document, lastEntry)) {
+    Append(ContentOf(*text));
+  } else {
+    descriptor_.Close();
   }
+}
+
+void XmlLogFile::Append(std::string_view entryAndEnd) {
+  if (!WriteOverEnd(entryAndEnd)) descriptor_.Close();
 }
 
 void XmlLogFile::SaveIndented(xmlDoc& document) {
@@ -97,12 +101,10 @@ bool XmlLogFile::IsAsWritten() const {
          IsSameTime(now.st_ctim, written_.st_ctim);
 }
 
-/// Writes the entry and the end over the former end. When that fails, the file is left as it was.
-bool XmlLogFile::WriteEntry(xmlDoc& document, xmlNode& entry) {
-  const OutputBuffer text = TextOfLast(document, entry);
-  if (text == nullptr) return false;
+/// When that fails, the file is left as it was.
+bool XmlLogFile::WriteOverEnd(std::string_view text) {
   const off_t end = written_.st_size - static_cast<off_t>(kEnd.size());
-  if (!WriteAt(descriptor_.Get(), ContentOf(*text), end)) {
+  if (!WriteAt(descriptor_.Get(), text, end)) {
     // Nobody is told; what cannot be put back now is written anew with the next event.
     static_cast<void>(WriteAt(descriptor_.Get(), kEnd, end));
     static_cast<void>(ftruncate(descriptor_.Get(), written_.st_size) == 0);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <string>
+#include <string_view>
 
 #include "Clients/FileDescriptor.h"
 
@@ -17,11 +18,19 @@ namespace Logger::Internal {
 /// not reported: the next save makes up for them.
 class XmlLogFile {
  public:
+  /// What ends every saved document that has entries.
+  static constexpr std::string_view kEnd = "</apitestlog>\n";
+
   explicit XmlLogFile(const std::string& fileName);
   ~XmlLogFile();
 
   /// Makes the file equal to the document, whose root has just got its last entry.
   void SaveWith(xmlDoc& document, xmlNode& lastEntry);
+  /// Whether the file is the one that was written here last, and as it was then.
+  bool IsAsWritten() const;
+  /// Writes an entry over kEnd in a file that is as written. It is given as in the saved document,
+  /// with kEnd behind it.
+  void Append(std::string_view entryAndEnd);
   /// Saves the whole document, indented.
   void SaveIndented(xmlDoc& document);
 
@@ -30,8 +39,7 @@ class XmlLogFile {
   FileDescriptor descriptor_;  // Open as long as the file can go on from where it stands.
   struct stat written_;        // The file as it was after the last write here.
 
-  bool IsAsWritten() const;
-  bool WriteEntry(xmlDoc& document, xmlNode& entry);
+  bool WriteOverEnd(std::string_view text);
   void SaveWhole(xmlDoc& document);
 };
 

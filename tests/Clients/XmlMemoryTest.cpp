@@ -27,6 +27,9 @@ void* Reallocate(void* block, std::size_t size) {
 }
 char* Duplicate(const char* text) { return MayAllocate() ? strdup(text) : nullptr; }
 
+/// An accent, so that the event's text is not so simple that it does without libxml2.
+LogEvent EventForLibxml(const std::string& message) { return EventWith("\xC3\xA9 " + message); }
+
 /// Has one allocation fail in the work. False when the work had ended before.
 bool FailOnce(long successes, const std::function<void()>& work) {
   successesLeft = successes;
@@ -69,7 +72,7 @@ TEST_F(XmlMemoryTest, HoldsWhatTheDocumentHoldsAfterTheEventBehindAFailure) {
   for (long successes = 0; hasFailed; ++successes) {
     auto client = std::make_unique<LogClientXml>(file_, "");
     client->Publish(EventWith("one"));
-    hasFailed = FailOnce(successes, [&] { EXPECT_TRUE(client->Publish(EventWith("two"))); });
+    hasFailed = FailOnce(successes, [&] { EXPECT_TRUE(client->Publish(EventForLibxml("two"))); });
     EXPECT_EQ("one", Messages().at(0)) << successes;
 
     client->Publish(EventWith("three"));
@@ -79,6 +82,48 @@ TEST_F(XmlMemoryTest, HoldsWhatTheDocumentHoldsAfterTheEventBehindAFailure) {
     client.reset();  // Writes the whole document.
     EXPECT_EQ(Messages(), messages) << successes;
   }
+}
+
+TEST_F(XmlMemoryTest, LosesAtMostTheEventAtWhichTheDocumentIsCompleted) {
+  const std::vector<std::string> early{"one", "two", "three"};
+  bool hasFailed = true;
+  for (long successes = 0; hasFailed; ++successes) {
+    auto client = std::make_unique<LogClientXml>(file_, "");
+    for (const std::string& message : early) client->Publish(EventWith(message));
+    hasFailed = FailOnce(successes, [&] { client->Publish(EventForLibxml("four")); });
+    client->Publish(EventWith("five"));
+    client->Publish(EventForLibxml("six"));
+
+    std::vector<std::string> expected = early;
+    const std::vector<std::string> messages = Messages();
+    if (messages.size() == 6) expected.emplace_back("\xC3\xA9 four");
+    expected.insert(expected.end(), {"five", "\xC3\xA9 six"});
+    EXPECT_EQ(expected, messages) << successes;
+
+    client.reset();
+    EXPECT_EQ(messages, Messages()) << successes;
+  }
+}
+
+TEST_F(XmlMemoryTest, AsksLibxmlForNothingWhileTextsAreSimple) {
+  LogClientXml client(file_, "");
+  client.Publish(EventWith("one"));
+
+  EXPECT_FALSE(FailOnce(0, [&] {
+    for (const char* const message : {"two <b>", "three"}) client.Publish(EventWith(message));
+  }));
+
+  EXPECT_EQ((std::vector<std::string>{"one", "two <b>", "three"}), Messages());
+}
+
+TEST_F(XmlMemoryTest, KeepsTheFileAsItIsWhenTheDocumentCannotBeCompletedAtTheEnd) {
+  auto client = std::make_unique<LogClientXml>(file_, "");
+  for (const char* const message : {"one", "two", "three"}) client->Publish(EventWith(message));
+  const std::string before = Content(file_);
+
+  EXPECT_TRUE(FailOnce(3, [&] { client.reset(); }));
+
+  EXPECT_EQ(before, Content(file_));
 }
 
 TEST_F(XmlMemoryTest, WritesEverythingBehindAFirstEventThatCouldNotBeSaved) {
