@@ -12,8 +12,8 @@ namespace Logger {
 namespace Internal {
 class ForkGuard;
 class XmlBacklog;
+struct XmlEntry;
 class XmlLogFile;
-class XmlSilence;
 }  // namespace Internal
 }  // namespace Logger
 
@@ -25,8 +25,8 @@ class XmlSilence;
 /// client is destroyed it writes the document a last time, indented, also when there was no event.
 /// Whatever cannot be saved is not reported; it is there again with the next save that works. An
 /// entry for which there is no room leaves the file as it was; the indented document, which is
-/// longer, is cut where the room ends. In a forked child the client is not initialised and never
-/// writes: the file is its parent's. The layout is not used.
+/// longer, is cut where the room ends, and left out where memory for it does. In a forked child the
+/// client is not initialised and never writes: the file is its parent's. The layout is not used.
 ///
 /// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
 /// default the message is XML character data: an ampersand in it starts an entity reference, and a
@@ -57,12 +57,10 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   _xmlNode* root_;     // The document's.
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
-  std::unique_ptr<Logger::Internal::XmlBacklog> backlog_;  // What the document lacks of the file.
+  std::unique_ptr<Logger::Internal::XmlBacklog> backlog_;  // Entries that the document lacks yet.
 
   void ContinueInChild(bool wasBusy);
-  bool AppendToFile(const LogEvent& event);
-  void AddToDocument(const LogEvent& event);
-  bool CompleteDocument(const Logger::Internal::XmlSilence& silence);
-  bool AddNodes(const char* level, const char* date, const char* time, const char* log,
-                const Logger::Internal::XmlSilence& silence);
+  void PublishByLibxml(const LogEvent& event);
+  void Save(const Logger::Internal::XmlEntry& entry, const std::string& text);
+  bool CompleteDocument();
 };

@@ -146,20 +146,20 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   bool isHeld_;        // By LivingHandlers, which guards it.
 
   static bool IsRegistered(unsigned int level);
-  bool Accepts(unsigned int level) const;
+  inline bool Accepts(unsigned int level) const;
   bool AcceptsUncommon(unsigned int level) const;
   bool IsDisabled(unsigned int level) const;
-  bool IsDistributing(const LogEvent& event) const;
+  inline bool IsDistributing(const LogEvent& event) const;
   bool LogArguments(unsigned int level, const SourcePosition& position, const char* format,
                     va_list arguments) LOGGER_PRINTF_FORMAT(4, 0);
-  void DistributeUnderLock(const LogEvent& event) const;
-  void Fill(LogEvent& event, unsigned int level, const SourcePosition& position, const char* text,
-            std::size_t length) const;
+  inline void DistributeUnderLock(const LogEvent& event) const;
+  inline void Fill(LogEvent& event, unsigned int level, const SourcePosition& position,
+                   const char* text, std::size_t length) const;
   bool LogVerbatim(unsigned int level, const SourcePosition& position, const char* text);
   void PublishWithin(unsigned int level, const SourcePosition& position, const char* text,
                      std::size_t length);
-  bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
-                   std::size_t length);
+  inline bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
+                          std::size_t length);
   void DropReceivers();
   void ContinueInChild();
 };

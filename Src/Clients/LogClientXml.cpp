@@ -2,6 +2,7 @@
 
 #include "Clients/XmlBacklog.h"
 #include "Clients/XmlEntry.h"
+#include "Clients/XmlEntryText.h"
 #include "Clients/XmlLogFile.h"
 #include "Clients/XmlSilence.h"
 #include "Clients/XmlText.h"
@@ -10,16 +11,19 @@
 #include "LogEvent.h"
 #include "LogProperties.h"
 
-using Logger::Internal::AddEntry;
+using Logger::Internal::AppendByLibxml;
 using Logger::Internal::AppendSimply;
 using Logger::Internal::CancellationHold;
+using Logger::Internal::NewEntry;
 using Logger::Internal::WithoutForbiddenCharacters;
 using Logger::Internal::XmlBacklog;
 using Logger::Internal::XmlChars;
 using Logger::Internal::XmlEntry;
 using Logger::Internal::XmlLogFile;
+using Logger::Internal::XmlNode;
 using Logger::Internal::XmlReferences;
 using Logger::Internal::XmlSilence;
+using Logger::Internal::XmlTexts;
 
 namespace {
 
@@ -32,7 +36,7 @@ constexpr const char* kContentPrefix = "href=\"";
 constexpr std::size_t kUsualSizeOfTheRest = 128;  // Of an entry with the document's end, in bytes.
 
 XmlReferences References(bool escapesText) {
-  return escapesText ? XmlReferences::kAreText : XmlReferences::kAreRead;
+  return escapesText ? XmlReferences::AreText : XmlReferences::AreRead;
 }
 
 }  // namespace
@@ -42,8 +46,7 @@ LogClientXml::LogClientXml(const std::string& filename, const std::string& xslfi
       document_(nullptr),
       root_(nullptr),
       escapesText_(false),
-      file_(new XmlLogFile(filename)),
-      backlog_(new XmlBacklog) {
+      file_(new XmlLogFile(filename)) {
   Init(xslfilename);
 }
 
@@ -55,8 +58,8 @@ LogClientXml::LogClientXml(const LogProperties& properties)
 LogClientXml::~LogClientXml() {
   const CancellationHold hold;
   const XmlSilence silence;
-  // What there is no memory for now is in the file already, which then stays as it is.
-  if (initialized_ && CompleteDocument(silence)) file_->SaveIndented(*document_);
+  // Without memory for the whole document the file stays as it is, which mostly has it all.
+  if (initialized_ && CompleteDocument()) file_->SaveIndented(*document_);
   xmlFreeDoc(document_);
 #if LIBXML_VERSION < 21200
   xmlMemoryDump();
@@ -87,49 +90,49 @@ void LogClientXml::Init(const std::string& xslfilename) {
 bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
   const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
-  if (!AppendToFile(event)) AddToDocument(event);
-  return true;
-}
-
-/// Writes the entry without libxml2. False, with nothing done, when its text or the file is not
-/// simple enough for that, or there is no memory to keep it for the document.
-bool LogClientXml::AppendToFile(const LogEvent& event) {
   const XmlEntry entry = XmlEntry::Of(event);
   std::string text;
   text.reserve(entry.log.size() + kUsualSizeOfTheRest);
-  if (!AppendSimply(text, entry, References(escapesText_))) return false;
-  text += XmlLogFile::kEnd;
-  if (!file_->IsAsWritten() || !backlog_->Add(entry)) return false;
-  file_->Append(text);
+  if (AppendSimply(text, entry, References(escapesText_))) {
+    text += XmlLogFile::kEnd;
+    Save(entry, text);
+  } else {
+    PublishByLibxml(event);
+  }
   return true;
 }
 
-void LogClientXml::AddToDocument(const LogEvent& event) {
-  const XmlSilence silence;
-  // Before the document is touched: without memory for a text there is no half an entry.
+void LogClientXml::PublishByLibxml(const LogEvent& event) {
   const std::string level = WithoutForbiddenCharacters(event.GetLogLevelName());
   const std::string date = WithoutForbiddenCharacters(event.GetDate());
   const std::string time = WithoutForbiddenCharacters(event.GetTime());
   const std::string log = WithoutForbiddenCharacters(event.GetLogMessage());
-  if (!CompleteDocument(silence)) return;  // As with a save that fails, nobody is told.
-  if (!AddNodes(level.c_str(), date.c_str(), time.c_str(), log.c_str(), silence)) return;
-  file_->SaveWith(*document_, *root_->last);
+  const XmlTexts texts{level.c_str(), date.c_str(), time.c_str(), log.c_str()};
+  std::string text;
+  if (AppendByLibxml(text, *document_, texts, References(escapesText_))) text += XmlLogFile::kEnd;
+  Save({level, date, time, log}, text);
 }
 
-/// Adds what is only in the file. False when there is no memory for all of it.
-bool LogClientXml::CompleteDocument(const XmlSilence& silence) {
-  return backlog_->HandOver([&](const auto*... texts) { return AddNodes(texts..., silence); });
+/// Adds an entry to the file, and keeps it for the document. The text is the entry's with the
+/// document's end, or empty: then the file gets the entry with the next event.
+void LogClientXml::Save(const XmlEntry& entry, const std::string& text) {
+  if (!backlog_->Add(entry)) return;  // As with a save that fails, nobody is told.
+  if (!file_->IsAsWritten()) {
+    const XmlSilence silence;
+    if (CompleteDocument()) file_->SaveWhole(*document_);
+  } else if (!text.empty()) {
+    file_->Append(text);
+  } else {
+    file_->Distrust();
+  }
 }
 
-/// Adds an entry to the document, or nothing: an entry that lacks a part is none.
-bool LogClientXml::AddNodes(const char* level, const char* date, const char* time, const char* log,
-                            const XmlSilence& silence) {
-  xmlNode* const entry = AddEntry(*root_, level, date, time, log, References(escapesText_));
-  if (entry == nullptr) return false;
-  if (!silence.RanOutOfMemory()) return true;
-  xmlUnlinkNode(entry);
-  xmlFreeNode(entry);
-  return false;
+/// Adds the entries that the document lacks. False when there is no memory for all of them.
+bool LogClientXml::CompleteDocument() {
+  return backlog_->HandOver([this](const XmlTexts& texts) {
+    XmlNode entry = NewEntry(*document_, texts, References(escapesText_));
+    return entry != nullptr && xmlAddChild(root_, entry.release()) != nullptr;
+  });
 }
 
 void LogClientXml::ContinueInChild(bool wasBusy) {

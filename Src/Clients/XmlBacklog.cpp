@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
+#include <utility>
 
 namespace Logger::Internal {
 

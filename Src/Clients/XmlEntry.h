@@ -1,8 +1,5 @@
 #pragma once
 
-#include <libxml/tree.h>
-
-#include <string>
 #include <string_view>
 
 class LogEvent;
@@ -20,16 +17,12 @@ struct XmlEntry {
   static XmlEntry Of(const LogEvent& event);
 };
 
-/// Who reads the texts: an ampersand starts an entity reference, or is an ampersand.
-enum class XmlReferences { kAreRead, kAreText };
-
-/// Appends an entry as libxml2 saves it, for texts of which that is known without asking it: ASCII,
-/// with nothing that it takes for a reference. False, with anything appended, for others.
-bool AppendSimply(std::string& document, const XmlEntry& entry, XmlReferences references);
-
-/// Adds the element of an entry. All texts are terminated, and of characters that a document may
-/// contain. Libxml2 leaves parts out when it gets no memory, or returns null.
-xmlNode* AddEntry(xmlNode& root, const char* level, const char* date, const char* time,
-                  const char* log, XmlReferences references);
+/// The same, terminated, and of characters that a document may contain.
+struct XmlTexts {
+  const char* level;
+  const char* date;
+  const char* time;
+  const char* log;
+};
 
 }  // namespace Logger::Internal

@@ -6,15 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
-#include <string_view>
-#include <utility>
 
 namespace Logger::Internal {
 
 namespace {
-
-constexpr const char* kEncoding = "UTF-8";
 
 /// Whether libxml2, too, takes the name for just this file. It has other ideas about URLs, escapes
 /// and a lone hyphen, and may compress.
@@ -26,33 +21,6 @@ bool IsPlain(const std::string& fileName) {
 int WriteToDescriptor(void* descriptor, const char* data, int size) {
   const auto& file = *static_cast<const FileDescriptor*>(descriptor);
   return file.Write(data, static_cast<std::size_t>(size)) ? size : -1;
-}
-
-struct CloseBuffer {
-  void operator()(xmlOutputBuffer* buffer) const { xmlOutputBufferClose(buffer); }
-};
-using OutputBuffer = std::unique_ptr<xmlOutputBuffer, CloseBuffer>;
-
-/// The entry as it stands in the saved document, with what follows the last one. Null when there is
-/// no memory for it.
-OutputBuffer TextOfLast(xmlDoc& document, xmlNode& entry) {
-  OutputBuffer buffer(xmlAllocOutputBuffer(nullptr));
-  if (buffer == nullptr) return nullptr;
-  // As in a save of the whole document: attributes would get character references without it.
-  const xmlChar* const formerEncoding = document.encoding;
-  document.encoding = reinterpret_cast<const xmlChar*>(kEncoding);
-  xmlNodeDumpOutput(buffer.get(), &document, &entry, 0, 0, kEncoding);
-  document.encoding = formerEncoding;
-  constexpr std::string_view end = XmlLogFile::kEnd;
-  xmlOutputBufferWrite(buffer.get(), static_cast<int>(end.size()), end.data());
-  // A buffer for which memory ran out has no error of its own, but no content.
-  const bool isWhole = buffer->error == 0 && xmlOutputBufferGetContent(buffer.get()) != nullptr;
-  return isWhole ? std::move(buffer) : nullptr;
-}
-
-std::string_view ContentOf(xmlOutputBuffer& buffer) {
-  return {reinterpret_cast<const char*>(xmlOutputBufferGetContent(&buffer)),
-          xmlOutputBufferGetSize(&buffer)};
 }
 
 /// Whether all of the text was written at the place, with one call.
@@ -74,18 +42,8 @@ XmlLogFile::XmlLogFile(const std::string& fileName) : fileName_(fileName), writt
 
 XmlLogFile::~XmlLogFile() = default;
 
-void XmlLogFile::SaveWith(xmlDoc& document, xmlNode& lastEntry) {
-  if (!IsAsWritten()) {
-    SaveWhole(document);
-  } else if (const OutputBuffer text = TextOfLast(document, lastEntry)) {
-    Append(ContentOf(*text));
-  } else {
-    descriptor_.Close();
-  }
-}
-
 void XmlLogFile::Append(std::string_view entryAndEnd) {
-  if (!WriteOverEnd(entryAndEnd)) descriptor_.Close();
+  if (!WriteOverEnd(entryAndEnd)) Distrust();
 }
 
 void XmlLogFile::SaveIndented(xmlDoc& document) {
@@ -101,7 +59,7 @@ bool XmlLogFile::IsAsWritten() const {
          IsSameTime(now.st_ctim, written_.st_ctim);
 }
 
-/// When that fails, the file is left as it was.
+/// Writes a text over the former end. When that fails, the file is left as it was.
 bool XmlLogFile::WriteOverEnd(std::string_view text) {
   const off_t end = written_.st_size - static_cast<off_t>(kEnd.size());
   if (!WriteAt(descriptor_.Get(), text, end)) {

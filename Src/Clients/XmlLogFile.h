@@ -14,24 +14,26 @@ namespace Logger::Internal {
 ///
 /// As long as the file is the one that was written here last, only the new entry is written, over
 /// the closing tag that it moves. When it is not (it was never written, or is another one, or
-/// someone else changed it, or the last attempt failed), the whole document is saved. Failures are
-/// not reported: the next save makes up for them.
+/// someone else changed it, or the last attempt failed), the whole document is to be saved, with
+/// all its entries. Failures are not reported: the next save makes up for them.
 class XmlLogFile {
  public:
   /// What ends every saved document that has entries.
   static constexpr std::string_view kEnd = "</apitestlog>\n";
+  static constexpr const char* kEncoding = "UTF-8";
 
   explicit XmlLogFile(const std::string& fileName);
   ~XmlLogFile();
 
-  /// Makes the file equal to the document, whose root has just got its last entry.
-  void SaveWith(xmlDoc& document, xmlNode& lastEntry);
   /// Whether the file is the one that was written here last, and as it was then.
   bool IsAsWritten() const;
   /// Writes an entry over kEnd in a file that is as written. It is given as in the saved document,
   /// with kEnd behind it.
   void Append(std::string_view entryAndEnd);
-  /// Saves the whole document, indented.
+  /// Lets the file count as not written.
+  void Distrust() { static_cast<void>(descriptor_.Close()); }
+
+  void SaveWhole(xmlDoc& document);
   void SaveIndented(xmlDoc& document);
 
  private:
@@ -40,7 +42,6 @@ class XmlLogFile {
   struct stat written_;        // The file as it was after the last write here.
 
   bool WriteOverEnd(std::string_view text);
-  void SaveWhole(xmlDoc& document);
 };
 
 }  // namespace Logger::Internal

@@ -159,7 +159,7 @@ bool LogHandler::IsDisabled(unsigned int level) const {
 bool LogHandler::HandleLogEvent(unsigned int level) const { return Accepts(level); }
 
 /// The test of a level that has no bit.
-[[gnu::cold]] bool LogHandler::AcceptsUncommon(unsigned int level) const {
+[[gnu::cold, gnu::noinline]] bool LogHandler::AcceptsUncommon(unsigned int level) const {
   return active_ && IsRegistered(level) && IsEnabledFor(level);
 }
 

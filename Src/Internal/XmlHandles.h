@@ -17,10 +17,16 @@ template <typename Type, void (*Free)(Type*)>
 using XmlHandle = std::unique_ptr<Type, XmlRelease<Type, Free>>;
 
 using XmlDocument = XmlHandle<xmlDoc, xmlFreeDoc>;
+using XmlNode = XmlHandle<xmlNode, xmlFreeNode>;  // One that is in no document.
 using XmlParser = XmlHandle<xmlParserCtxt, xmlFreeParserCtxt>;
 using XmlSchemaParser = XmlHandle<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt>;
 using XmlSchema = XmlHandle<xmlSchema, xmlSchemaFree>;
 using XmlSchemaValidator = XmlHandle<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>;
+
+struct XmlOutputRelease {
+  void operator()(xmlOutputBuffer* output) const { xmlOutputBufferClose(output); }
+};
+using XmlOutput = std::unique_ptr<xmlOutputBuffer, XmlOutputRelease>;
 
 /// Texts go by whatever function the application gave libxml2.
 struct XmlTextRelease {

@@ -212,16 +212,20 @@ TEST_F(LogClientXmlTest, IsMadeByTheFactoryUnderItsName) {
 }
 
 TEST_F(LogClientXmlTest, StartsAnewWhenInitialisedAgain) {
-  LogClientXml client(file_, "");
-  client.Publish(EventWith("old"));
+  auto client = std::make_unique<LogClientXml>(file_, "");
+  for (const char* const message : {"old", "older", "\xC3\xA9"})
+    client->Publish(EventWith(message));
 
-  client.Init("log.xsl");
-  EXPECT_TRUE(client.IsInitialize());
-  client.Publish(EventWith("new"));
+  client->Init("log.xsl");
+  EXPECT_TRUE(client->IsInitialize());
+  client->Publish(EventWith("new"));
+  client->Publish(EventWith("newer"));
 
   EXPECT_EQ(kDeclaration + "<?xml-stylesheet type=\"text/xsl\" href=\"log.xsl\"?>\n<apitestlog>" +
-                Entry("<log>new</log>") + "</apitestlog>\n",
+                Entry("<log>new</log>") + Entry("<log>newer</log>") + "</apitestlog>\n",
             Content(file_));
+  client.reset();
+  EXPECT_EQ((std::vector<std::string>{"new", "newer"}), XmlLog(file_).Messages());
 }
 
 // Texts.

@@ -9,7 +9,7 @@
 #include <vector>
 
 using Logger::Internal::XmlBacklog;
-using Logger::Internal::XmlEntry;
+using Logger::Internal::XmlTexts;
 
 namespace {
 
@@ -34,9 +34,9 @@ using Entry = std::vector<std::string>;
 /// Takes so many entries at most.
 std::vector<Entry> Taken(XmlBacklog& backlog, std::size_t most = 1000000) {
   std::vector<Entry> entries;
-  const bool isEmpty = backlog.HandOver([&](const auto*... texts) {
+  const bool isEmpty = backlog.HandOver([&](const XmlTexts& texts) {
     if (entries.size() == most) return false;
-    entries.push_back({texts...});
+    entries.push_back({texts.level, texts.date, texts.time, texts.log});
     return true;
   });
   EXPECT_EQ(entries.size() < most, isEmpty);

@@ -19,7 +19,7 @@ namespace {
 using Answers = std::vector<bool>;
 using Texts = std::vector<std::string>;
 
-const Texts kMessages{"one", "two", "three", "four"};
+const Texts kMessages{"one", "two", "\xC3\xA9", "four"};  // The third takes libxml2.
 
 class XmlFaultsTest : public testing::Test {
  protected:
