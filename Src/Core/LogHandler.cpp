@@ -225,6 +225,7 @@ void LogHandler::ContinueInChild() {
 /// Whether the event has come round in a cycle of handlers, which would never end.
 inline bool LogHandler::IsDistributing(const LogEvent& event) const {
   const Distribution* under = distributions_;
+  if (__builtin_expect(under == nullptr, 1)) return false;
   while (under != nullptr && !under->IsOf(event)) under = under->Outer();
   return under != nullptr;
 }
@@ -262,7 +263,7 @@ inline bool LogHandler::IsDistributing(const LogEvent& event) const {
     return true;
   }
   Fill(event_, level, position, text, length);
-  DistributeUnderLock(event_);
+  Distribution(*this, event_).Run();
   EventAccess::GiveBackMuchMemory(event_);
   return true;
 }
