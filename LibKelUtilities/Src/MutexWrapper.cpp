@@ -89,7 +89,7 @@ bool MutexWrapper::TakeAfterSleep(Mutex& mutex, bool isCrowded) {
 
 /// A system call, for which a crowd that takes turns has not always time.
 [[gnu::cold]] void MutexWrapper::WakeOneIfDue(Mutex& mutex, unsigned int turn) {
-  constexpr unsigned int kTurnsBetween = 128;
+  constexpr unsigned int kTurnsBetween = 192;
   const bool isDue = static_cast<int>(turn - mutex.wakingTurn) >= 0;
   if (!isDue) return;
   mutex.wakingTurn = turn + kTurnsBetween;
