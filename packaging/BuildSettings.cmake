@@ -19,8 +19,8 @@ add_compile_options(-fno-semantic-interposition -fno-plt)
 add_link_options("LINKER:-Bsymbolic" "LINKER:-z,now")
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
-  # Each function starts a line of the cache, which a system call has mostly emptied of them: by
-  # measurement a twentieth of an event's time.
+  # Each function starts a line of the processor's cache: by measurement that saves a twentieth of
+  # an event's time to a file.
   add_compile_options(-falign-functions=64)
 endif()
 # What is kept for each thread is reached without a call; it is little enough for that.

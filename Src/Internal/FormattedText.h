@@ -15,7 +15,7 @@ class FormattedText {
   /// Formats. The format's %m tells errno as it is now; errno may be different afterwards.
   FormattedText(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
   ~FormattedText() {
-    if (buffer_ != nullptr) std::free(buffer_);
+    if (buffer_ != nullptr) std::free(buffer_);  // Mostly there is none, and no call.
   }
 
   FormattedText(const FormattedText&) = delete;
