@@ -13,9 +13,9 @@
 #include "Terminal.h"
 #include "UsageError.h"
 
-namespace {
+namespace Loggerctl {
 
-constexpr int kUnusable = 2;
+namespace {
 
 struct CheckCommandOptions {
   std::string form;
@@ -105,3 +105,5 @@ void AddCheckCommand(CLI::App& program, int& exitCode) {
       "cannot be read, or the command line cannot be used.");
   command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
 }
+
+}  // namespace Loggerctl

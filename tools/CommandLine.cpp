@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace Loggerctl {
+
 namespace {
 
 constexpr char kMark = '\0';
@@ -68,3 +70,5 @@ std::vector<std::string> CommandNames(const CLI::App& program) {
   }
   return names;
 }
+
+}  // namespace Loggerctl

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 /// Words of a command line reach the commands exactly as they were typed.
 ///
 /// CLI11 would take a word like [a,b] for a list and split it. Such a word is marked, for the time
@@ -27,3 +29,5 @@ void AddWordsOption(CLI::App& command, const std::string& option, std::vector<st
 std::vector<std::string> WordsOf(const CLI::Option& option);
 
 std::vector<std::string> CommandNames(const CLI::App& program);
+
+}  // namespace Loggerctl

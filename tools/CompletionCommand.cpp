@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "CommandLine.h"
-#include "Handlers.h"
 #include "UsageError.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -105,3 +107,5 @@ void AddCompletionCommand(CLI::App& program, int& exitCode) {
     exitCode = EXIT_SUCCESS;
   });
 }
+
+}  // namespace Loggerctl

@@ -13,6 +13,8 @@
 #include "LogConfiguratorXml.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 using Logger::Internal::kLongestPropertiesLine;
 
 namespace {
@@ -103,3 +105,5 @@ void ValidateXml(const std::string& fileName) {
   xmlResetLastError();
   if (!LogConfiguratorXml().OpenFile(fileName)) ThrowUnusableXml(fileName);
 }
+
+}  // namespace Loggerctl

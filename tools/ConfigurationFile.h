@@ -5,6 +5,8 @@
 
 class LogProperties;
 
+namespace Loggerctl {
+
 /// The two forms of configuration.
 enum class ConfigurationForm { Ini, Xml };
 
@@ -24,3 +26,5 @@ bool BeginsLikeXml(std::istream& content);
 /// off.
 void LoadIni(const std::string& fileName, LogProperties& properties);
 void ValidateXml(const std::string& fileName);
+
+}  // namespace Loggerctl

@@ -18,6 +18,8 @@
 #include "Printable.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 namespace {
 
 struct ConvertOptions {
@@ -112,3 +114,5 @@ void AddConvertCommand(CLI::App& program, int& exitCode) {
       "used.");
   command->callback([options, &exitCode] { exitCode = RunConvert(*options); });
 }
+
+}  // namespace Loggerctl

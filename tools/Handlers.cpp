@@ -7,6 +7,9 @@
 #include "LogHandler.h"
 #include "Logger.h"
 #include "UsageError.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -47,11 +50,4 @@ void ReopenFiles() {
   }
 }
 
-std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    if (&text != &texts.front()) joined += separator;
-    joined += text;
-  }
-  return joined;
-}
+}  // namespace Loggerctl

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 class LogHandler;
+
+namespace Loggerctl {
 
 /// The handler of this name. Throws a UsageError that lists those there are when there is none.
 LogHandler& FindHandler(const std::string& name);
@@ -14,4 +15,4 @@ void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler);
 /// Has every file client of the manager's handlers open its file again before its next event.
 void ReopenFiles();
 
-std::string Join(const std::vector<std::string>& texts, const std::string& separator);
+}  // namespace Loggerctl

@@ -11,6 +11,8 @@
 #include "KnownKeys.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -140,3 +142,5 @@ void AddKeysCommand(CLI::App& program, int& exitCode) {
   command->footer("Exit code: 0 it was printed; 2 the command line cannot be used.");
   command->callback([options, &exitCode] { exitCode = RunKeys(*options); });
 }
+
+}  // namespace Loggerctl

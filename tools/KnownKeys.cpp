@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace Loggerctl {
+
 namespace {
 
 const KnownParameter kFileName{
@@ -141,3 +143,5 @@ const std::vector<KnownLayout>& KnownLayouts() {
   };
   return layouts;
 }
+
+}  // namespace Loggerctl

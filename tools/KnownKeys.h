@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 /// What a configuration can say, in either form, and what it means: the one table that the checker,
 /// `loggerctl keys`, the shell's completion and the manual pages are made from.
 
@@ -64,3 +66,5 @@ struct KnownLayout {
   std::string line;  ///< What an event looks like.
 };
 const std::vector<KnownLayout>& KnownLayouts();
+
+}  // namespace Loggerctl

@@ -3,6 +3,8 @@
 #include "LogLevelManager.h"
 #include "Logger.h"
 
+namespace Loggerctl {
+
 std::vector<unsigned int> RegisteredLevels() {
   std::vector<unsigned int> levels;
   unsigned int level = 0;
@@ -15,3 +17,5 @@ std::vector<unsigned int> RegisteredLevels() {
 std::string LevelName(unsigned int level) {
   return Logger::GetLogLevelManager()->GetLogLevelName(level);
 }
+
+}  // namespace Loggerctl

@@ -5,6 +5,8 @@
 #include "Printable.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 namespace {
 
 xmlExternalEntityLoader formerLoader = nullptr;
@@ -33,3 +35,5 @@ void LocalEntities::RequireComplete(const std::string& fileName) {
   throw UsageError(fileName + ": names " + Printable(refusedUrl) +
                    ", and nothing is fetched from the network");
 }
+
+}  // namespace Loggerctl

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace Loggerctl {
+
 /// Keeps the parser of XML documents from the network: while this object lives, what a document
 /// names by a URL is not fetched. Its files are read.
 class LocalEntities {
@@ -15,3 +17,5 @@ class LocalEntities {
   /// that was not fetched.
   static void RequireComplete(const std::string& fileName);
 };
+
+}  // namespace Loggerctl

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace Loggerctl {
+
 namespace {
 
 bool IsUtf8(const std::string& text) {
@@ -79,3 +81,5 @@ std::string Printable(const std::string& text) {
   }
   return isPlain ? shown : '"' + shown + '"';
 }
+
+}  // namespace Loggerctl

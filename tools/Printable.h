@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace Loggerctl {
+
 /// A text on one line and harmless to a terminal: what is no printable character stands as an
 /// escape such as \n or \x1b.
 std::string Escaped(const std::string& text);
@@ -9,3 +11,5 @@ std::string Escaped(const std::string& text);
 /// A text as it may be shown in a line on a terminal: as it stands when it is one plain word, else
 /// in double quotes and escaped.
 std::string Printable(const std::string& text);
+
+}  // namespace Loggerctl

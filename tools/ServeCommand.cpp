@@ -15,6 +15,8 @@
 #include "SocketLogServer.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 namespace {
 
 struct ServeOptions {
@@ -105,3 +107,5 @@ void AddServeCommand(CLI::App& program, int& exitCode) {
       "the address cannot be listened on.");
   command->callback([options, &exitCode] { exitCode = RunServe(*options); });
 }
+
+}  // namespace Loggerctl

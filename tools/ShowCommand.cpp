@@ -14,6 +14,8 @@
 #include "Show/RecordingClients.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 namespace {
 
 struct ShowOptions {
@@ -69,3 +71,5 @@ void AddShowCommand(CLI::App& program, int& exitCode) {
       "Exit code: 0 the system is shown; 2 the configuration or the command line cannot be used.");
   command->callback([options, &exitCode] { exitCode = RunShow(*options); });
 }
+
+}  // namespace Loggerctl

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <string>
 
+namespace Loggerctl {
+
 namespace {
 
 std::string Environment(const char* name) {
@@ -19,3 +21,5 @@ bool HasColors(std::FILE* stream) {
   return isatty(fileno(stream)) == 1 && Environment("NO_COLOR").empty() &&
          Environment("TERM") != "dumb";
 }
+
+}  // namespace Loggerctl

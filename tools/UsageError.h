@@ -2,9 +2,17 @@
 
 #include <stdexcept>
 
-/// What the caller of a command has to put right; its text is the whole message. The command ends
-/// with exit code 2.
+namespace Loggerctl {
+
+/// The exit code of a command that could not do its work: a file, an address or the command line
+/// cannot be used.
+constexpr int kUnusable = 2;
+
+/// An error that the caller of a command can put right; its text is the whole message. The command
+/// ends with kUnusable.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+}  // namespace Loggerctl

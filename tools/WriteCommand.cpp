@@ -20,6 +20,9 @@
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "UsageError.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -186,3 +189,5 @@ void AddWriteCommand(CLI::App& program, int& exitCode) {
       "handler; 2 the configuration or the command line cannot be used.");
   command->callback([options, &exitCode] { exitCode = RunWrite(*options); });
 }
+
+}  // namespace Loggerctl

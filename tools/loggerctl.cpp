@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "Check/Wording.h"
 #include "CheckCommand.h"
 #include "CommandLine.h"
 #include "CompletionCommand.h"
@@ -14,11 +13,12 @@
 #include "ServeCommand.h"
 #include "ShowCommand.h"
 #include "UsageError.h"
+#include "Wording.h"
 #include "WriteCommand.h"
 
-namespace {
+namespace Loggerctl {
 
-constexpr int kUnusable = 2;
+namespace {
 
 void AddCommands(CLI::App& program, int& exitCode) {
   AddWriteCommand(program, exitCode);
@@ -62,11 +62,13 @@ int Run(int argc, char** argv) {
 
 }  // namespace
 
+}  // namespace Loggerctl
+
 int main(int argc, char** argv) {
   try {
-    return Run(argc, argv);
+    return Loggerctl::Run(argc, argv);
   } catch (const std::exception& error) {
     std::cerr << "loggerctl: " << error.what() << "\n";
-    return kUnusable;
+    return Loggerctl::kUnusable;
   }
 }

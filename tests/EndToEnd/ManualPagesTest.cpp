@@ -16,6 +16,18 @@
 #include "Support/TemporaryFolder.h"
 #include "Support/Timeless.h"
 
+using Loggerctl::KnownAttribute;
+using Loggerctl::KnownAttributes;
+using Loggerctl::KnownKey;
+using Loggerctl::KnownKeys;
+using Loggerctl::KnownKind;
+using Loggerctl::KnownKinds;
+using Loggerctl::KnownLayout;
+using Loggerctl::KnownLayouts;
+using Loggerctl::KnownParameter;
+using Loggerctl::NameOf;
+using Loggerctl::ValueType;
+
 namespace {
 
 using Words = std::vector<std::string>;

@@ -7,8 +7,9 @@
 #include "Check/FindingPrinter.h"
 
 /// What `loggerctl check` prints about a file of this content, which is called "it".
-inline std::string Checked(const std::string& content, const CheckOptions& options = {}) {
+inline std::string Checked(const std::string& content,
+                           const Loggerctl::CheckOptions& options = {}) {
   std::ostringstream out;
-  PrintText({"it", true, CheckContent(content, options)}, false, out);
+  Loggerctl::PrintText({"it", true, Loggerctl::CheckContent(content, options)}, false, out);
   return out.str();
 }

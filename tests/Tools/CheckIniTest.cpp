@@ -12,6 +12,11 @@
 #include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
 
+using Loggerctl::CheckOptions;
+using Loggerctl::Findings;
+using Loggerctl::IniEntry;
+using Loggerctl::ReadIniLines;
+
 namespace {
 
 /// What is behind the lines of each case, so that they count from 1.

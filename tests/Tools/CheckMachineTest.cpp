@@ -40,7 +40,7 @@ std::string CheckedWithoutRights(const std::string& content) {
   if (child == 0) {
     const bool hasChanged = geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 &&
                                                setuid(kNobody) == 0);
-    CheckOptions options;
+    Loggerctl::CheckOptions options;
     options.withMachine = true;
     const std::string found = hasChanged ? Checked(content, options) : "no change of user";
     const ssize_t written = write(ends[1], found.data(), found.size());

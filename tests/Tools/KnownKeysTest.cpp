@@ -15,6 +15,16 @@
 #include "Logger.h"
 #include "Support/Files.h"
 
+using Loggerctl::KnownAttribute;
+using Loggerctl::KnownAttributes;
+using Loggerctl::KnownKey;
+using Loggerctl::KnownKeys;
+using Loggerctl::KnownKind;
+using Loggerctl::KnownKinds;
+using Loggerctl::KnownLayout;
+using Loggerctl::KnownLayouts;
+using Loggerctl::KnownParameter;
+
 namespace {
 
 /// The words that stand in the text between `start` and a quotation mark.

@@ -13,6 +13,8 @@
 #include "Check/XmlConfiguration.h"
 #include "ConfigurationFile.h"
 
+namespace Loggerctl {
+
 namespace {
 
 std::optional<std::string> ReadWhole(const std::string& fileName, std::string& reason) {
@@ -69,3 +71,5 @@ CheckedFile CheckFile(const std::string& fileName, const CheckOptions& options) 
   if (content) return {fileName, true, CheckContent(*content, options)};
   return {fileName, false, {{0, Severity::Error, "the file cannot be read: " + reason, ""}}};
 }
+
+}  // namespace Loggerctl

@@ -8,6 +8,8 @@
 #include "Check/Finding.h"
 #include "Check/Rules.h"
 
+namespace Loggerctl {
+
 struct CheckOptions {
   std::optional<Configuration::Form> form;  ///< Told by the content when not given.
   bool withMachine = false;                 ///< Whether to look at folders and files, too.
@@ -27,3 +29,5 @@ CheckedFile CheckFile(const std::string& fileName, const CheckOptions& options);
 
 /// The same of a text that is read already.
 std::vector<Finding> CheckContent(const std::string& content, const CheckOptions& options);
+
+}  // namespace Loggerctl

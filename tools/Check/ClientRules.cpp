@@ -1,8 +1,10 @@
 #include <algorithm>
 
 #include "Check/Rules.h"
-#include "Check/Wording.h"
 #include "KnownKeys.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -81,3 +83,5 @@ void CheckClients(const Configuration& configuration, const OwnNames& own, Findi
     findings.Warning(1, "there are no clients: nothing is written", "name some in 'logclient'");
   }
 }
+
+}  // namespace Loggerctl

@@ -4,6 +4,8 @@
 
 #include "Internal/Decimal.h"
 
+namespace Loggerctl {
+
 const Parameter* Client::Given(const std::string& name) const {
   const auto found =
       std::find_if(parameters.begin(), parameters.end(),
@@ -32,3 +34,5 @@ std::set<unsigned int> Configuration::RegisteredLevels() const {
 unsigned int LevelNumber(const std::string& text) {
   return static_cast<unsigned int>(Logger::Internal::ParseDecimal(text));
 }
+
+}  // namespace Loggerctl

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 /// What a file of either form says, with the lines where it says it.
 
 struct Word {
@@ -62,3 +64,5 @@ struct Configuration {
 
 /// A level's number as the library registers it.
 unsigned int LevelNumber(const std::string& text);
+
+}  // namespace Loggerctl

@@ -1,7 +1,9 @@
 #include "Check/Rules.h"
 #include "Check/Values.h"
-#include "Check/Wording.h"
 #include "Check/WrittenFiles.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -54,3 +56,5 @@ void CheckFilesOfSeveralClients(const Configuration& configuration, Findings& fi
     }
   }
 }
+
+}  // namespace Loggerctl

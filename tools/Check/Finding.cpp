@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace Loggerctl {
+
 void Findings::Error(int line, const std::string& text, const std::string& suggestion) {
   findings_.push_back({line, Severity::Error, text, suggestion});
 }
@@ -16,3 +18,5 @@ std::vector<Finding> Findings::InOrder() const {
                    [](const Finding& one, const Finding& other) { return one.line < other.line; });
   return ordered;
 }
+
+}  // namespace Loggerctl

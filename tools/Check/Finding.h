@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 /// Error: the library would skip, ignore or read something differently from what it looks like.
 /// Warning: it works, and is seldom meant.
 enum class Severity { Warning, Error };
@@ -26,3 +28,5 @@ class Findings {
  private:
   std::vector<Finding> findings_;
 };
+
+}  // namespace Loggerctl

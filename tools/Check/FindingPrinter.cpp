@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+namespace Loggerctl {
+
 namespace {
 
 std::string NameOf(Severity severity) { return severity == Severity::Error ? "error" : "warning"; }
@@ -49,3 +51,5 @@ void PrintJson(const std::vector<CheckedFile>& files, std::ostream& out) {
   // Bytes that are no UTF-8 become U+FFFD.
   out << all.dump(kIndent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
 }
+
+}  // namespace Loggerctl

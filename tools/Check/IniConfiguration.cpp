@@ -5,9 +5,11 @@
 #include <set>
 
 #include "Check/UnreadKeys.h"
-#include "Check/Wording.h"
 #include "Internal/SplitList.h"
 #include "KnownKeys.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 using Logger::Internal::SplitList;
 
@@ -203,3 +205,5 @@ class IniReader {
 Configuration ReadIniConfiguration(const std::vector<IniEntry>& entries, Findings& findings) {
   return IniReader(entries, findings).Read();
 }
+
+}  // namespace Loggerctl

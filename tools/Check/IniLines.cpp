@@ -2,9 +2,11 @@
 
 #include <sstream>
 
-#include "Check/Wording.h"
 #include "Configuration/PropertiesLine.h"
 #include "LogProperties.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 using Logger::Internal::kLongestPropertiesLine;
 
@@ -131,3 +133,5 @@ std::vector<IniEntry> ReadIniLines(const std::string& content, Findings& finding
   }
   return entries;
 }
+
+}  // namespace Loggerctl

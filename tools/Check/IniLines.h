@@ -5,6 +5,8 @@
 
 #include "Check/Finding.h"
 
+namespace Loggerctl {
+
 /// A pair of a properties file, read as LogProperties reads it.
 struct IniEntry {
   std::string key;
@@ -15,3 +17,5 @@ struct IniEntry {
 /// The pairs of a properties file in their order, repeated keys included. What a line has that the
 /// library does not take as it looks is told.
 std::vector<IniEntry> ReadIniLines(const std::string& content, Findings& findings);
+
+}  // namespace Loggerctl

@@ -4,7 +4,9 @@
 
 #include "Check/Rules.h"
 #include "Check/Values.h"
-#include "Check/Wording.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -169,3 +171,5 @@ void CheckSwitches(const Configuration& configuration, Findings& findings) {
                                             Quoted(handler) + ", which so logs nothing");
   }
 }
+
+}  // namespace Loggerctl

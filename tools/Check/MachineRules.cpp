@@ -7,8 +7,10 @@
 #include <system_error>
 
 #include "Check/Rules.h"
-#include "Check/Wording.h"
 #include "Check/WrittenFiles.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -78,3 +80,5 @@ void CheckFile(const WrittenFile& file, Findings& findings) {
 void CheckMachine(const Configuration& configuration, Findings& findings) {
   for (const WrittenFile& file : WrittenFiles(configuration)) CheckFile(file, findings);
 }
+
+}  // namespace Loggerctl

@@ -1,7 +1,9 @@
 #include "Check/Rules.h"
 #include "Check/Values.h"
-#include "Check/Wording.h"
 #include "KnownKeys.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -171,3 +173,5 @@ void CheckParameters(const Configuration& configuration, Findings& findings) {
     if (kind->name == "LogClientXML") CheckXmlText(client, findings);
   }
 }
+
+}  // namespace Loggerctl

@@ -6,6 +6,8 @@
 #include "Check/Configuration.h"
 #include "Check/Finding.h"
 
+namespace Loggerctl {
+
 /// What an application has registered itself, beyond what is built in.
 struct OwnNames {
   std::vector<std::string> kinds;
@@ -24,3 +26,5 @@ void CheckFilesOfSeveralClients(const Configuration& configuration, Findings& fi
 
 /// What depends on this machine: folders and files that the clients will write.
 void CheckMachine(const Configuration& configuration, Findings& findings);
+
+}  // namespace Loggerctl

@@ -3,7 +3,9 @@
 #include <set>
 
 #include "Check/Rules.h"
-#include "Check/Wording.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -152,3 +154,5 @@ void CheckTree(const Configuration& configuration, Findings& findings) {
   CheckTwoWays(configuration, tree, findings);
   CheckReach(configuration, tree, findings);
 }
+
+}  // namespace Loggerctl

@@ -4,7 +4,9 @@
 #include <optional>
 #include <set>
 
-#include "Check/Wording.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -202,3 +204,5 @@ void ReportUnreadKeys(const std::vector<Word>& keys, const Configuration& config
   UnreadKeys unread(configuration, clients, findings);
   for (const Word& key : ordered) unread.Report(key);
 }
+
+}  // namespace Loggerctl

@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "Check/Wording.h"
 #include "Internal/Decimal.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -60,3 +62,5 @@ std::string DescribeReading(const NumberReading& reading) {
   }
   return "";
 }
+
+}  // namespace Loggerctl

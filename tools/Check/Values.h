@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace Loggerctl {
+
 /// How values look to a reader, to be compared with how the library reads them.
 
 /// What a word for yes or no looks like; the case of its letters does not matter.
@@ -22,3 +24,5 @@ NumberReading ReadNumber(const std::string& text);
 
 /// "is read as 10, ..." with the reason; empty when the number is plain.
 std::string DescribeReading(const NumberReading& reading);
+
+}  // namespace Loggerctl

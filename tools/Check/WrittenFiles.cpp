@@ -5,6 +5,8 @@
 #include "Check/Values.h"
 #include "KnownKeys.h"
 
+namespace Loggerctl {
+
 std::vector<WrittenFile> WrittenFiles(const Configuration& configuration) {
   std::vector<WrittenFile> files;
   for (const Client& client : configuration.clients) {
@@ -22,3 +24,5 @@ bool KeepsBackups(const Client& client) {
   return client.type.text == "LogClientRollingFile" && kept != nullptr &&
          ReadNumber(kept->value.text).value > 0;
 }
+
+}  // namespace Loggerctl

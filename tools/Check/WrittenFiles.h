@@ -5,6 +5,8 @@
 
 #include "Check/Configuration.h"
 
+namespace Loggerctl {
+
 /// A file that a client writes.
 struct WrittenFile {
   const Client* client;
@@ -16,3 +18,5 @@ std::vector<WrittenFile> WrittenFiles(const Configuration& configuration);
 
 /// Whether the client moves its file to numbered backups.
 bool KeepsBackups(const Client& client);
+
+}  // namespace Loggerctl

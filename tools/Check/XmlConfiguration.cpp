@@ -8,10 +8,12 @@
 #include <set>
 #include <vector>
 
-#include "Check/Wording.h"
 #include "Internal/XmlHandles.h"
 #include "KnownKeys.h"
 #include "LogConfiguratorXml.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 using Logger::Internal::XmlChars;
 using Logger::Internal::XmlDocument;
@@ -300,3 +302,5 @@ std::optional<Configuration> ReadXmlConfiguration(const std::string& content, Fi
   }
   return XmlReader(root, findings).Read();
 }
+
+}  // namespace Loggerctl

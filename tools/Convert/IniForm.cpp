@@ -6,11 +6,13 @@
 #include "Configuration/PropertiesLine.h"
 #include "ConfigurationFile.h"
 #include "Convert/StatedSystem.h"
-#include "Handlers.h"
 #include "Internal/Decimal.h"
 #include "Internal/SplitList.h"
 #include "LogProperties.h"
 #include "Printable.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 using Logger::Internal::kLongestPropertiesLine;
 using Logger::Internal::ParseDecimal;
@@ -338,3 +340,5 @@ StatedSystem ReadIni(const std::string& fileName, Losses& losses) {
 std::string WriteIni(const StatedSystem& system, Losses& losses) {
   return IniWriter(system, losses).Write();
 }
+
+}  // namespace Loggerctl

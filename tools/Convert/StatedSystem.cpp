@@ -5,6 +5,8 @@
 #include "ConfigurationFile.h"
 #include "Printable.h"
 
+namespace Loggerctl {
+
 void StatedSystem::Client::AddParameter(const std::string& name, const std::string& value) {
   const auto isNamesake = [&](const auto& parameter) { return parameter.first == name; };
   if (std::any_of(parameters.begin(), parameters.end(), isNamesake)) return;
@@ -26,3 +28,5 @@ StatedSystem ReadSystem(const std::string& fileName, Losses& losses) {
   return FormOf(fileName) == ConfigurationForm::Xml ? ReadXml(fileName, losses)
                                                     : ReadIni(fileName, losses);
 }
+
+}  // namespace Loggerctl

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+namespace Loggerctl {
+
 /// What a configuration file says, in either form, as far as the library heeds it: what it would
 /// skip whatever the application does is not in here.
 struct StatedSystem {
@@ -60,3 +62,5 @@ StatedSystem ReadXml(const std::string& fileName, Losses& losses);
 std::string WriteIni(const StatedSystem& system, Losses& losses);
 /// Throws a UsageError when the document would not be valid.
 std::string WriteXml(const StatedSystem& system, Losses& losses);
+
+}  // namespace Loggerctl

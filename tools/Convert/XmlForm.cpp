@@ -14,6 +14,8 @@
 #include "Printable.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 using Logger::Internal::XmlDocument;
 using Logger::Internal::XmlOwnText;
 
@@ -353,3 +355,5 @@ StatedSystem ReadXml(const std::string& fileName, Losses& losses) {
 std::string WriteXml(const StatedSystem& system, Losses& losses) {
   return XmlWriter(system, losses).Write();
 }
+
+}  // namespace Loggerctl

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 
-#include "Handlers.h"
 #include "Levels.h"
 #include "LogHandler.h"
 #include "Logger.h"
 #include "Printable.h"
 #include "Show/RecordingClients.h"
+#include "Wording.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -106,3 +108,5 @@ std::string RemarkOn(const ConfiguredSystem::Client& client) {
   if (!kind.usesLayout) return "";
   return layout.empty() ? "writes nothing: its layout is not known" : "layout " + Printable(layout);
 }
+
+}  // namespace Loggerctl

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 class RecordingClient;
 
 /// The process's logging system, as the library tells it after it was configured with recording
@@ -44,3 +46,5 @@ std::string LevelText(const ConfiguredSystem::Level& level);
 std::string OffText(const ConfiguredSystem::Handler& handler);
 /// Its layout, or why it has none, or why the client is attached to no handler. May be empty.
 std::string RemarkOn(const ConfiguredSystem::Client& client);
+
+}  // namespace Loggerctl

@@ -13,6 +13,8 @@
 #include "Logger.h"
 #include "UsageError.h"
 
+namespace Loggerctl {
+
 using Logger::Internal::ParseDecimal;
 
 namespace {
@@ -145,3 +147,5 @@ void RecordClients(const Recording& recording, const std::set<std::string>& ment
 }
 
 const std::vector<const RecordingClient*>& RecordedClients() { return clients; }
+
+}  // namespace Loggerctl

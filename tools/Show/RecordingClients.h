@@ -6,6 +6,8 @@
 
 #include "LogClient.h"
 
+namespace Loggerctl {
+
 /// A kind of client, as far as a configuration decides what becomes of one.
 struct ClientKind {
   std::string name;
@@ -51,3 +53,5 @@ void RecordClients(const Recording& recording, const std::set<std::string>& ment
 
 /// Every client that was made since, in order.
 const std::vector<const RecordingClient*>& RecordedClients();
+
+}  // namespace Loggerctl

@@ -6,6 +6,8 @@
 #include "Show/ConfiguredSystem.h"
 #include "Show/RecordingClients.h"
 
+namespace Loggerctl {
+
 namespace {
 
 /// A label of several lines. Graphviz reads backslashes and references to characters in it.
@@ -85,3 +87,5 @@ std::string DotOf(const ConfiguredSystem& system) {
   out << "}\n";
   return out.str();
 }
+
+}  // namespace Loggerctl

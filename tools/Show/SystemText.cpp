@@ -8,6 +8,8 @@
 #include "Show/ConfiguredSystem.h"
 #include "Show/RecordingClients.h"
 
+namespace Loggerctl {
+
 namespace {
 
 typedef ConfiguredSystem::Handler Handler;
@@ -145,3 +147,5 @@ std::string TextOf(const ConfiguredSystem& system) {
   AppendClients(out, system);
   return out.str();
 }
+
+}  // namespace Loggerctl

@@ -1,10 +1,12 @@
-#include "Check/Wording.h"
+#include "Wording.h"
 
 #include <algorithm>
 #include <cctype>
 #include <numeric>
 
 #include "Printable.h"
+
+namespace Loggerctl {
 
 namespace {
 
@@ -80,3 +82,14 @@ std::string Trimmed(const std::string& text) {
   if (first == std::string::npos) return "";
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
+
+std::string Join(const std::vector<std::string>& texts, const std::string& separator) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (&text != &texts.front()) joined += separator;
+    joined += text;
+  }
+  return joined;
+}
+
+}  // namespace Loggerctl

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace Loggerctl {
+
 /// A text of the file within quotes, escaped, and cut when it is long.
 std::string Quoted(const std::string& text);
 
@@ -14,3 +16,8 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& can
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);
 
 std::string Trimmed(const std::string& text);
+
+/// The texts in one, with the separator between them.
+std::string Join(const std::vector<std::string>& texts, const std::string& separator);
+
+}  // namespace Loggerctl
