@@ -4,7 +4,8 @@
 
          xsltproc log.xsl app.xml >app.html
 -->
-<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform">
+<xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"
+                xmlns:set="http://exslt.org/sets" exclude-result-prefixes="set">
   <xsl:output method="html" encoding="UTF-8" indent="no" doctype-system="about:legacy-compat"/>
 
   <xsl:key name="entries-of-level" match="entry" use="@level"/>
@@ -21,15 +22,17 @@
           <h1>Log</h1>
           <p id="count"><xsl:value-of select="count(entry)"/> entries</p>
           <form id="levels" aria-label="Levels shown">
-            <!-- One box for each level, in the order of their first entries. -->
-            <xsl:for-each select="entry[generate-id() = generate-id(key('entries-of-level', @level)[1])]">
-              <label>
-                <xsl:attribute name="class"><xsl:call-template name="severity"/></xsl:attribute>
-                <input type="checkbox" checked="checked" value="{@level}"/>
-                <xsl:call-template name="level-name"/>
-                <small><xsl:value-of select="count(key('entries-of-level', @level))"/></small>
-              </label>
-            </xsl:for-each>
+            <!-- One box for each level, in the order of their first entries. Without set:distinct, which
+                 some browsers lack, every entry copies the list of all entries of its level. -->
+            <xsl:choose>
+              <xsl:when test="function-available('set:distinct')">
+                <xsl:apply-templates select="set:distinct(entry/@level)" mode="box"/>
+              </xsl:when>
+              <xsl:otherwise>
+                <xsl:apply-templates mode="box"
+                    select="entry[generate-id() = generate-id(key('entries-of-level', @level)[1])]/@level"/>
+              </xsl:otherwise>
+            </xsl:choose>
           </form>
           <input id="text" type="search" placeholder="Filter by text" aria-label="Filter by text"/>
         </header>
@@ -47,26 +50,41 @@
     </html>
   </xsl:template>
 
+  <xsl:template match="@level" mode="box">
+    <label>
+      <xsl:attribute name="class"><xsl:call-template name="severity"/></xsl:attribute>
+      <input type="checkbox" checked="checked" value="{.}"/>
+      <xsl:call-template name="level-name"/>
+      <small><xsl:value-of select="count(key('entries-of-level', .))"/></small>
+    </label>
+  </xsl:template>
+
   <xsl:template match="entry">
     <tr data-level="{@level}">
-      <xsl:attribute name="class"><xsl:call-template name="severity"/></xsl:attribute>
+      <xsl:attribute name="class">
+        <xsl:call-template name="severity"><xsl:with-param name="level" select="@level"/></xsl:call-template>
+      </xsl:attribute>
       <td class="moment"><xsl:value-of select="date"/></td>
       <td class="moment"><xsl:value-of select="time"/></td>
-      <td class="level"><xsl:call-template name="level-name"/></td>
+      <td class="level">
+        <xsl:call-template name="level-name"><xsl:with-param name="level" select="@level"/></xsl:call-template>
+      </td>
       <td class="message"><xsl:value-of select="log"/></td>
     </tr>
   </xsl:template>
 
   <xsl:template name="level-name">
+    <xsl:param name="level" select="."/>
     <xsl:choose>
-      <xsl:when test="@level = ''">(no name)</xsl:when>
-      <xsl:otherwise><xsl:value-of select="@level"/></xsl:otherwise>
+      <xsl:when test="$level = ''">(no name)</xsl:when>
+      <xsl:otherwise><xsl:value-of select="$level"/></xsl:otherwise>
     </xsl:choose>
   </xsl:template>
 
-  <!-- Levels have whatever names the application gave them. The usual words decide about the colour. -->
+  <!-- The application names its levels. The usual words in a name decide its colour. -->
   <xsl:template name="severity">
-    <xsl:variable name="name" select="translate(@level, 'abcdefghijklmnopqrstuvwxyz',
+    <xsl:param name="level" select="."/>
+    <xsl:variable name="name" select="translate($level, 'abcdefghijklmnopqrstuvwxyz',
                                                         'ABCDEFGHIJKLMNOPQRSTUVWXYZ')"/>
     <xsl:choose>
       <xsl:when test="contains($name, 'FATAL') or contains($name, 'CRIT') or

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "LogClientXml.h"
 #include "LogHandler.h"
@@ -20,6 +21,29 @@ std::size_t Count(const std::string& text, const std::string& part) {
   std::size_t count = 0;
   for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
   return count;
+}
+
+const std::string kStylesheet = PROJECT_FOLDER "/share/liblogger/log.xsl";
+
+std::string DocumentOf(int entries) {
+  std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<apitestlog>";
+  for (int i = 0; i < entries; ++i) {
+    text +=
+        "<entry level=\"INFO\"><date>2024-03-05</date><time>14:07:09</time><log>a</log></entry>";
+  }
+  return text + "</apitestlog>\n";
+}
+
+/// The user instructions of a program, which are the same each time.
+long InstructionsOf(std::vector<std::string> program) {
+  std::vector<std::string> command{"valgrind", "--tool=callgrind",
+                                   "--callgrind-out-file=/dev/null"};
+  command.insert(command.end(), program.begin(), program.end());
+  const ProcessResult result = RunProgram(command);
+  const std::string label = "Collected : ";
+  const std::size_t at = result.errors.find(label);
+  if (result.exitCode != 0 || at == std::string::npos) ADD_FAILURE() << result.errors;
+  return at == std::string::npos ? 0 : std::stol(result.errors.substr(at + label.size()));
 }
 
 class StylesheetTest : public testing::Test {
@@ -40,9 +64,10 @@ class StylesheetTest : public testing::Test {
     client_->Publish(LogEvent(level, message, "handler", "", 0, timeval{1709647629, 0}, 1));
   }
 
-  std::string Page() const {
-    const ProcessResult result =
-        RunProgram({"xsltproc", PROJECT_FOLDER "/share/liblogger/log.xsl", file_});
+  std::string Page() const { return PageMadeBy(kStylesheet); }
+
+  std::string PageMadeBy(const std::string& stylesheet) const {
+    const ProcessResult result = RunProgram({"xsltproc", stylesheet, file_});
     EXPECT_EQ(0, result.exitCode);
     EXPECT_EQ("", result.errors);
     return result.output;
@@ -83,6 +108,31 @@ TEST_F(StylesheetTest, OffersABoxForEachLevelOnce) {
   EXPECT_NE(std::string::npos, page.find("value=\"A&amp;B &lt;3\">A&amp;B &lt;3<small>2</small>"))
       << page;
   EXPECT_NE(std::string::npos, page.find("value=\"\">(no name)<small>1</small>")) << page;
+}
+
+TEST_F(StylesheetTest, GivesTheSamePageWithoutSetDistinct) {
+  const std::string stylesheet = folder_.Path("plain.xsl");
+  std::string text = Content(kStylesheet);
+  const std::string test = "function-available('set:distinct')";
+  text.replace(text.find(test), test.size(), "false()");
+  WriteFile(stylesheet, text);
+  for (const unsigned int level : {3U, 1U, 3U, 4U, 2U, 4U, 5U}) Publish(level, "a");
+
+  EXPECT_EQ(Page(), PageMadeBy(stylesheet));
+}
+
+TEST_F(StylesheetTest, NeedsTwiceTheInstructionsForTwiceTheEntries) {
+  long instructions[3] = {};
+  for (int i = 0; i < 3; ++i) {
+    const std::string document = folder_.Path("entries.xml");
+    WriteFile(document, DocumentOf(1000 << i));
+    instructions[i] = InstructionsOf({"xsltproc", kStylesheet, document});
+  }
+
+  const long forThousand = instructions[1] - instructions[0];
+  const long forTwoThousand = instructions[2] - instructions[1];
+  EXPECT_GT(forThousand, 0);
+  EXPECT_LT(2 * forTwoThousand, 5 * forThousand);  // Four times as many when it is quadratic.
 }
 
 TEST_F(StylesheetTest, KeepsMarkupInMessagesFromBecomingMarkupOfThePage) {
