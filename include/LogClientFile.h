@@ -46,6 +46,12 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   /// at any time, and so may a signal handler.
   void ReopenAtNextEvent() noexcept;
 
+  /// Whether the client cannot take the next event: its file is not open, or an earlier event could
+  /// not be written. Also right after the event whose own write failed, and for a rolling client
+  /// whose file could not be opened, although it is initialised. A reopening that is due may still
+  /// change it. The caller serialises it with Publish.
+  bool HasFailed() const;
+
  protected:
   std::unique_ptr<Logger::Internal::FileStream> stream_;  ///< Never null; open or not.
   std::string filename_;                                  ///< As it was given.

@@ -66,6 +66,8 @@ void LogClientFile::ReopenAtNextEvent() noexcept {
   isReopenDue_ = true;
 }
 
+bool LogClientFile::HasFailed() const { return !stream_->IsOpen() || !stream_->good(); }
+
 [[gnu::cold, gnu::noinline]] void LogClientFile::Reopen() {
   const CancellationHold hold;  // A thread that ended on the way would leave no open file.
   isReopenDue_ = false;

@@ -437,6 +437,44 @@ TEST_F(LogClientFileTest, ClosesItsFileAtItsEnd) {
   EXPECT_EQ(-1, DescriptorOf(file_));
 }
 
+// Whether it can take the next event.
+
+TEST_F(LogClientFileTest, HasNotFailedAsLongAsItsFileTakesEvents) {
+  LogClientFile client(file_, true);
+  EXPECT_FALSE(client.HasFailed());
+
+  client.Publish(EventWith("one"));
+
+  EXPECT_FALSE(client.HasFailed());
+}
+
+TEST_F(LogClientFileTest, HasFailedFromTheStartWhenItsFileCannotBeOpened) {
+  EXPECT_TRUE(LogClientFile(folder_.Path("missing/app.log"), true).HasFailed());
+  EXPECT_TRUE(LogClientFile("", true).HasFailed());
+}
+
+TEST_F(LogClientFileTest, HasFailedAfterTheVeryEventThatCouldNotBeWritten) {
+  LogClientFile client("/dev/full", true);
+  EXPECT_FALSE(client.HasFailed());
+
+  EXPECT_TRUE(client.Publish(EventWith("lost")));
+
+  EXPECT_TRUE(client.HasFailed());
+}
+
+TEST_F(LogClientFileTest, HasFailedUntilItsFileIsOpenAgain) {
+  std::filesystem::create_symlink("/dev/full", file_);
+  LogClientFile client(file_, true);
+  client.Publish(EventWith("lost"));
+  std::filesystem::remove(file_);
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(client.HasFailed());
+  client.Publish(EventWith("one"));
+
+  EXPECT_FALSE(client.HasFailed());
+}
+
 // Opening the file again.
 
 class LogClientFileReopenTest : public LogClientFileTest {

@@ -814,4 +814,26 @@ TEST_F(LogClientRollingFileTest, GoesOnInANewFileAfterItsOwnWasMovedAside) {
   EXPECT_EQ("two\n", Content(file_));
 }
 
+// Whether it can take the next event.
+
+TEST_F(LogClientRollingFileTest, HasFailedWithoutAnOpenFileAlthoughItIsInitialised) {
+  properties_.AddProperty("filename", folder_.Path("missing/app.log"));
+  LogClientRollingFile client(properties_);
+
+  EXPECT_TRUE(client.IsInitialize());
+  EXPECT_TRUE(client.HasFailed());
+}
+
+TEST_F(LogClientRollingFileTest, HasFailedWhenNoNewFileCouldBeOpenedAfterARollover) {
+  const std::string subfolder = folder_.Path("logs");
+  std::filesystem::create_directory(subfolder);
+  LogClientRollingFile client(subfolder + "/app.log", 0, 0);
+  EXPECT_FALSE(client.HasFailed());
+  std::filesystem::remove_all(subfolder);
+
+  client.Publish(EventWith("one"));
+
+  EXPECT_TRUE(client.HasFailed());
+}
+
 }  // namespace
