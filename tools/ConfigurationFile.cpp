@@ -8,7 +8,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "Configuration/PropertiesLine.h"
+#include "Core/PropertiesLine.h"
 #include "LogConfiguratorIni.h"
 #include "LogConfiguratorXml.h"
 #include "UsageError.h"

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "Core/LevelAccess.h"
-#include "Internal/Patience.h"
+#include "Internal/RetryBudget.h"
 #include "LibKelUtilities/LockUntil.h"
 #include "LogHandler.h"
 
@@ -127,9 +127,9 @@ void LivingHandlers::ReleaseAll() noexcept {
 }
 
 bool LivingHandlers::DropAllReceivers() noexcept {
-  Patience patience;
-  while (!TryToDropReceivers(patience.EndOfAttempt())) {
-    if (patience.IsOver()) return false;
+  RetryBudget budget;
+  while (!TryToDropReceivers(budget.NextDeadline())) {
+    if (budget.IsSpent()) return false;
     sched_yield();
   }
   return true;

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "Configuration/PropertiesLine.h"
+#include "Core/PropertiesLine.h"
 #include "LogProperties.h"
 #include "Wording.h"
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <functional>
 
-#include "Configuration/PropertiesLine.h"
 #include "ConfigurationFile.h"
 #include "Convert/StatedSystem.h"
+#include "Core/PropertiesLine.h"
 #include "Internal/Decimal.h"
 #include "Internal/SplitList.h"
 #include "LogProperties.h"

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "Configuration/PropertiesLine.h"
+#include "Core/PropertiesLine.h"
 #include "Internal/Require.h"
 
 using Logger::Internal::Contract;

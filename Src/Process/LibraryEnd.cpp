@@ -1,4 +1,4 @@
-#include "Internal/LibraryEnd.h"
+#include "Process/LibraryEnd.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "Core/ForkGuard.h"
+#include "Process/ForkGuard.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

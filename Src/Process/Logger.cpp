@@ -6,13 +6,14 @@
 #include <shared_mutex>
 
 #include "Core/LivingHandlers.h"
-#include "Internal/LibraryEnd.h"
 #include "Internal/Require.h"
 #include "LogClientFactory.h"
 #include "LogClientManager.h"
 #include "LogHandler.h"
 #include "LogLayoutFactory.h"
 #include "LogLevelManager.h"
+#include "Process/BuiltIns.h"
+#include "Process/LibraryEnd.h"
 
 namespace Logger {
 
@@ -212,6 +213,7 @@ namespace Internal {
 class ProcessManager {
  public:
   ProcessManager() : manager_(new (place_) LogManager) {
+    RegisterBuiltIns(*manager_->GetLogClientFactory(), *manager_->GetLogLayoutFactory());
     processManager = manager_;
     LivingHandlers::FollowRegistry(manager_->GetLogLevelManager());
   }
@@ -239,6 +241,13 @@ LogManager* GetLogManager() {
   static Internal::ProcessManager instance;
   return instance.Get();
 }
+
+namespace {
+
+// The manager is there before the application's threads, which could ask for it all at once.
+[[maybe_unused]] LogManager* const madeAtLoad = GetLogManager();
+
+}  // namespace
 
 LogHandler* GetDefaultLogHandler() { return GetLogManager()->GetDefault(); }
 

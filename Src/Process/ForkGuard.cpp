@@ -1,10 +1,10 @@
-#include "Core/ForkGuard.h"
+#include "Process/ForkGuard.h"
 
 #include <pthread.h>
 #include <sched.h>
 
 #include "Core/LivingHandlers.h"
-#include "Internal/Patience.h"
+#include "Internal/RetryBudget.h"
 #include "Internal/TimeText.h"
 #include "LogClient.h"
 #include "LogClientFile.h"
@@ -21,8 +21,8 @@ namespace Logger::Internal {
 thread_local ForkGuard::Holds ForkGuard::holds_;
 
 void ForkGuard::Prepare() noexcept {
-  Patience patience;
-  while (!HoldAll(patience.EndOfAttempt()) && !patience.IsOver()) {
+  RetryBudget budget;
+  while (!HoldAll(budget.NextDeadline()) && !budget.IsSpent()) {
     ContinueInParent();
     sched_yield();
   }
