@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "Internal/CLibraryAllocator.h"
 #include "Internal/SimpleFormat.h"
 #include "LibKelUtilities/Vsnprintf.h"
 
@@ -26,19 +25,11 @@ unsigned int FormattedText::NextCapacity(int result, unsigned int capacity) {
 }
 
 FormattedText::FormattedText(const char* format, va_list arguments) {
-  if (IsAllocatorTheCLibrarys() &&
-      FormatSimply(short_, sizeof short_, format, arguments, length_)) {
-    text_ = short_;
-    return;
-  }
   const int callersErrno = errno;
   unsigned int capacity = kFirstCapacity;
   if (!Grow(capacity)) return;
-  // A text that vsnprintf would have been trusted with in this first buffer.
-  if (FormatSimply(buffer_, kFirstCapacity - 1, format, arguments, length_)) {
-    text_ = buffer_;
-    return;
-  }
+  // One byte less: a text that fills the buffer exactly is vsnprintf's, which grows it.
+  if (FormatSimply(buffer_, capacity - 1, format, arguments, length_)) return;
   do {
     va_list afresh;
     va_copy(afresh, arguments);
@@ -46,25 +37,17 @@ FormattedText::FormattedText(const char* format, va_list arguments) {
     const int result = LibKelUtilities::Vsnprintf(buffer_, capacity, format, afresh);
     va_end(afresh);
 
+    length_ = static_cast<std::size_t>(result);
     capacity = NextCapacity(result, capacity);
-    if (capacity == kComplete) {
-      length_ = static_cast<std::size_t>(result);
-      text_ = buffer_;
-      return;
-    }
-  } while (Grow(capacity));
+  } while (capacity != kComplete && Grow(capacity));
 }
 
+/// Without memory there is no buffer any more.
 bool FormattedText::Grow(unsigned int capacity) {
-  if (capacity > kLargestCapacity) return false;
-  // The compiler must not know that there is no former buffer: it would call malloc then, and those
-  // who replace realloc would not see it.
-  char* former = buffer_;
-  asm volatile("" : "+r"(former));
-  void* grown = std::realloc(former, capacity);
-  if (grown == nullptr) return false;
+  void* const grown = capacity > kLargestCapacity ? nullptr : std::realloc(buffer_, capacity);
+  if (grown == nullptr) std::free(buffer_);
   buffer_ = static_cast<char*>(grown);
-  return true;
+  return grown != nullptr;
 }
 
 }  // namespace Logger::Internal

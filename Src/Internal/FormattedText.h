@@ -9,20 +9,19 @@ namespace Logger::Internal {
 /// A printf text in a buffer that grows until the text surely fits.
 ///
 /// The buffer comes from the C library's realloc, afresh for each text, and is freed with the
-/// object; where nobody could see these calls, a short text does without them.
+/// object.
 class FormattedText {
  public:
-  /// Formats. The format's %m tells errno as it is now; errno may be different afterwards.
+  /// Formats. The format's %m is the message of the current errno, which may be different
+  /// afterwards.
   FormattedText(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
-  ~FormattedText() {
-    if (buffer_ != nullptr) std::free(buffer_);  // Mostly there is none, and no call.
-  }
+  ~FormattedText() { std::free(buffer_); }
 
   FormattedText(const FormattedText&) = delete;
   FormattedText& operator=(const FormattedText&) = delete;
 
   /// The text, terminated; null when there was no memory for it or it cannot be formatted at all.
-  const char* Text() const { return text_; }
+  const char* Text() const { return buffer_; }
   /// Its length in bytes, zero bytes within it included.
   std::size_t Length() const { return length_; }
 
@@ -34,12 +33,8 @@ class FormattedText {
   static unsigned int NextCapacity(int result, unsigned int capacity);
 
  private:
-  static constexpr std::size_t kShort = 512;
-
-  const char* text_ = nullptr;
-  std::size_t length_ = 0;
   char* buffer_ = nullptr;
-  char short_[kShort];
+  std::size_t length_ = 0;
 
   bool Grow(unsigned int capacity);
 };
