@@ -18,7 +18,7 @@ install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_I
 
 install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR}
   COMPONENT development)
-configure_package_config_file(packaging/libloggerConfig.cmake.in libloggerConfig.cmake
+configure_package_config_file(cmake/libloggerConfig.cmake.in libloggerConfig.cmake
   INSTALL_DESTINATION ${LOGGER_PACKAGE_DIR})
 write_basic_package_version_file(libloggerConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES
