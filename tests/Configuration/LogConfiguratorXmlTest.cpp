@@ -4,31 +4,51 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <type_traits>
 #include <vector>
 
-#include "LogClientConsole.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "Support/ConfiguredClient.h"
 #include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
-#include "Support/XmlConfiguration.h"
 #include "Support/XmlMessages.h"
 
 namespace {
 
 static_assert(std::has_virtual_destructor_v<LogConfiguratorXml>);
 
-/// A client for "ConfiguredClient" on the handler, with these parameters and the layout in between.
-std::string Client(const std::string& handler, const std::string& inside = "") {
-  return "<logclient><type type=\"ConfiguredClient\"/><clientloghandler handlername=\"" + handler +
-         "\"/>" + inside + "</logclient>\n";
+/// What every process has.
+const char* const kNothing = "[default]\n";
+
+/// A document with one element of each kind, and the system that it sets up.
+const std::string kDocument = R"(<?xml version="1.0" encoding="UTF-8"?>
+<configlogger>
+<logging enable="true"/>
+<loglevel id="1" name="ERROR"/>
+<loghandler name="a"><handlerloglevel level="1" enable="false"/></loghandler>
+<loghandler name="b"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/><parameter name="a" value="1"/><layout layout="LogLayoutSimple"/></logclient>
+<logtree><loghandler name="a"><loghandler name="b"/></loghandler></logtree>
+</configlogger>
+)";
+const char* const kSystem = R"(level 1 ERROR
+[default]
+[a] -1 client 0 [b]
+[b]
+client 0: a=1 writes ERROR - text
+)";
+
+/// The document with another text in the place of a part of it.
+std::string Changed(const std::string& part, const std::string& text) {
+  const std::size_t at = kDocument.find(part);
+  EXPECT_NE(std::string::npos, at) << part;
+  return std::string(kDocument).replace(at, part.size(), text);
 }
 
 /// A libxml2 document of the test's own.
@@ -61,21 +81,13 @@ class LogConfiguratorXmlTest : public testing::Test {
     errors_ = testing::internal::GetCapturedStderr();
     return isDone;
   }
-  bool Configure() { return Configure(parts_.Text()); }
 
   /// Only opens the document.
-  bool Open(LogConfiguratorXml& configurator, const std::string& text) {
+  bool Open(LogConfiguratorXml& configurator, const std::string& text = kDocument) {
     testing::internal::CaptureStderr();
     const bool isOpen = configurator.OpenFile(File(text));
     errors_ = testing::internal::GetCapturedStderr();
     return isOpen;
-  }
-
-  static void ExpectNothingSetUp() {
-    EXPECT_EQ(Levels(), RegisteredLevels());
-    EXPECT_EQ((std::vector<logstring>{"default"}), Logger::GetLogManager()->GetLogHandlerNames());
-    EXPECT_EQ(0U, ConfiguredClient::Made().size());
-    EXPECT_EQ(0U, Receivers("default").size());
   }
 
   static void ExpectEveryStepFalse(LogConfiguratorXml& configurator) {
@@ -84,36 +96,255 @@ class LogConfiguratorXmlTest : public testing::Test {
     EXPECT_FALSE(configurator.SetLogHandler());
     EXPECT_FALSE(configurator.SetLogClient());
     EXPECT_FALSE(configurator.BuildLogTree());
+    EXPECT_EQ(kNothing, SystemText());
   }
 
   TemporaryFolder folder_;
-  XmlConfiguration parts_;
   std::string errors_;  ///< What the last document made libxml2 print.
 };
 
-TEST_F(LogConfiguratorXmlTest, SetsUpLevelsHandlersClientsAndTheTree) {
-  parts_.handlers =
-      "<loghandler name=\"a\"/>\n"
-      "<loghandler name=\"b\"><handlerloglevel level=\"2\" enable=\"false\"/></loghandler>\n";
-  parts_.clients = Client("b",
-                          "<parameter name=\"a\" value=\"1\"/><layout layout=\""
-                          "LogLayoutSimple\"/>");
-  parts_.tree = "<logtree><loghandler name=\"a\"><loghandler name=\"b\"/></loghandler></logtree>\n";
+// Documents that are read.
 
-  EXPECT_TRUE(Configure());
+struct Configuration {
+  const char* name;
+  std::string document;
+  std::string system;              ///< As of SystemText.
+  void (*beforehand)() = nullptr;  ///< What the application did.
+
+  friend std::ostream& operator<<(std::ostream& out, const Configuration& row) {
+    return out << row.name;
+  }
+};
+
+const Configuration kConfigurations[] = {
+    {"OneElementOfEachKind", kDocument, kSystem},
+    {"OtherEncodings",
+     R"(<?xml version="1.0" encoding="ISO-8859-1"?><configlogger>
+<logging enable="true"/><loglevel id="1" name="B)"
+     "\xf6"
+     R"(se"/><loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     "level 1 B\xc3\xb6se\n[default]\n[a]\n"},
+    {"Entities", R"(<!DOCTYPE configlogger [<!ENTITY name "net">
+<!ENTITY level '<loglevel id="7" name="SEVEN"/>'>]>
+<configlogger><logging enable="true"/>&level;<loghandler name="&name;&amp;&#65;"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     "level 7 SEVEN\n[default]\n[net&A]\n"},
+    {"NoCommentsInstructionsAndBlanks", R"(<configlogger><logging enable="true"/>
+<!-- <loglevel id="9" name="NINE"/> --><?loglevel id="8"?>
+
+	<loglevel id="1" name="ERROR"/><!---->
+<loghandler name="a"> <!-- off --> <handlerloglevel level="1" enable="false"/> </loghandler>
+<logclient> <!-- one --> <type type="ConfiguredClient"/>
+<?x?><clientloghandler handlername="a"/> </logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     "level 1 ERROR\n[default]\n[a] -1 client 0\nclient 0: writes text\n"},
+    {"LevelsInTheOrderOfTheDocument", R"(<configlogger><logging enable="true"/>
+<loglevel id="3" name="INFO"/><loglevel id="1" name="FIRST"/><loglevel id="1" name="SECOND"/>
+<loglevel name=" two words " id="2"/><loglevel id="4" name="FILE"/>
+<loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     "level 4 own\nlevel 3 INFO\nlevel 1 FIRST\nlevel 2  two words \n[default]\n[a]\n",
+     [] { Logger::GetLogLevelManager()->AddLogLevel(4, "own"); }},
+    {"LevelsOfAnyDecimalNumberUpToTheLargestSignedOne", R"(<configlogger><logging enable="1"/>
+<loglevel id="00" name="ZERO"/><loglevel id="010" name="TEN"/>
+<loglevel id="2147483646" name="BELOW"/><loglevel id="4294967295" name="ABOVE"/>
+<loglevel id="2147483647" name="SAME"/>
+<loghandler name="a"><handlerloglevel level="3000000000" enable="false"/></loghandler>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     R"(level 0 ZERO
+level 10 TEN
+level 2147483646 BELOW
+level 2147483647 ABOVE
+[default]
+[a] -2147483647
+)"},
+    {"HandlersOfTheTopOnly", R"(<configlogger><logging enable="0"/>
+<loglevel id="1" name="ERROR"/>
+<loghandler name="a"><loghandler name="inner"/></loghandler>
+<loghandler name="A b"/><loghandler name="a"/>
+<loghandler name="own"><handlerloglevel level="1" enable="false"/></loghandler>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="own"/></logclient>
+<logtree><loghandler name="other"/></logtree></configlogger>)",
+     "level 1 ERROR\n[default]\n[own] -1 client 0\n[a]\n[A b]\nclient 0: writes text\n",
+     [] { Logger::GetLogHandler("own"); }},
+    {"LevelsOffForAnythingButTrue", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="a"/><loglevel id="2" name="b"/><loglevel id="3" name="c"/>
+<loglevel id="4" name="d"/><loglevel id="5" name="e"/><loglevel id="6" name="f"/>
+<loglevel id="7" name="g"/><loglevel id="8" name="h"/>
+<loghandler name="a">
+<handlerloglevel level="1" enable="true"/><handlerloglevel level="2" enable="1"/>
+<handlerloglevel level="3" enable="false"/><handlerloglevel level="4" enable="0"/>
+<handlerloglevel level="5" enable=" true"/>
+<handlerloglevel level="7" enable="false"/><handlerloglevel level="8" enable="true"/>
+<handlerloglevel level="7" enable="true"/><handlerloglevel level="8" enable="false"/>
+</loghandler><loghandler name="b"/>
+<defaultloghandler><handlerloglevel level="1" enable="false"/></defaultloghandler>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="b"><handlerloglevel level="1" enable="false"/></loghandler></logtree>
+</configlogger>)",
+     R"(level 1 a
+level 2 b
+level 3 c
+level 4 d
+level 5 e
+level 6 f
+level 7 g
+level 8 h
+[default]
+[a] -2 -3 -4 -5 -8
+[b]
+)"},
+    {"TheHandlerDefaultLikeAnyOther", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/>
+<loghandler name="default"><handlerloglevel level="1" enable="false"/></loghandler>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="default"/></logclient>
+<logtree><loghandler name="default"/></logtree></configlogger>)",
+     "level 1 ERROR\n[default] -1 client 0\nclient 0: writes text\n"},
+    {"ClientsInTheOrderOfTheDocument", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/><loghandler name="b"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/></logclient>
+<logclient><type type="LogClientConsole"/><clientloghandler handlername="a"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="b"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="own"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/></logclient>
+<logtree><loghandler name="a"><loghandler name="b"/></loghandler></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default]
+[own] client 2
+[a] client 0 another client client 3 [b]
+[b] client 1
+client 0: writes text
+client 1: writes text
+client 2: writes text
+client 3: writes text
+)",
+     [] { Logger::GetLogHandler("own"); }},
+    {"NoClientsThatCannotBeMade", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="A"/></logclient>
+<logclient><type type="configuredclient"/><clientloghandler handlername="a"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/><parameter name="broken" value="yes"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default]
+[a] client 1
+client 0: writes text
+client 1: writes text
+)"},
+    {"ParametersAsTheyStand", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/>
+<parameter name="a" value="  two  words "/><parameter value="&lt;&quot;&#10;&#x42;" name="b"/>
+<parameter name="c" value="#no comment"/><parameter name="c" value="second"/>
+<parameter name="p9" value="9"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/>
+<parameter name="d" value="4"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default]
+[a] client 0 client 1
+client 0: a=  two  words  b=<"
+B c=#no comment p9=9 writes text
+client 1: d=4 writes text
+)"},
+    {"AClientWhoseLayoutIsUnknownWithNone", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/><layout layout="loglayoutsimple"/></logclient>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default]
+[a] client 0 client 1
+client 0: writes client 1: writes text
+)"},
+    {"TreesOfAnyShape", R"(<configlogger><logging enable="true"/><loglevel id="1" name="ERROR"/>
+<loghandler name="a"/><loghandler name="b"/><loghandler name="c"/><loghandler name="d"/>
+<loghandler name="e"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="default"><loghandler name="b"><loghandler name="d"/></loghandler>
+<loghandler name="a"/></loghandler>
+<loghandler name="c"><loghandler name="e"/><loghandler name="e"/></loghandler>
+<loghandler name="own"><loghandler name="c"/></loghandler></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default] [b] [a]
+[own] [c]
+[a]
+[b] [d]
+[c] [e]
+[d]
+[e]
+)",
+     [] { Logger::GetLogHandler("own"); }},
+    {"NothingBelowAHandlerThatDoesNotExist", R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/><loghandler name="b"/><loghandler name="c"/>
+<loghandler name="d"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="missing"/></logclient>
+<logtree><loghandler name="a"><loghandler name="missing"><loghandler name="b">
+<loghandler name="d"/></loghandler></loghandler><loghandler name="c"/></loghandler>
+<loghandler name="missing"><loghandler name="d"><loghandler name="b"/></loghandler></loghandler>
+<loghandler name="c"><loghandler name="b"/></loghandler></logtree></configlogger>)",
+     R"(level 1 ERROR
+[default]
+[a] [c]
+[b]
+[c] [b]
+[d]
+)"},
+};
+
+class XmlConfigurationTest : public LogConfiguratorXmlTest,
+                             public testing::WithParamInterface<Configuration> {};
+
+TEST_P(XmlConfigurationTest, SetsUp) {
+  if (GetParam().beforehand != nullptr) GetParam().beforehand();
+
+  EXPECT_TRUE(Configure(GetParam().document));
 
   EXPECT_EQ("", errors_);
-  EXPECT_EQ((Levels{{1, "ERROR"}, {2, "INFO"}}), RegisteredLevels());
-  EXPECT_EQ((std::vector<logstring>{"default", "a", "b"}),
-            Logger::GetLogManager()->GetLogHandlerNames());
-  ASSERT_EQ(1U, ConfiguredClient::Made().size());
-  EXPECT_EQ((Parameters{{"a", "1"}}), ConfiguredClient::Made()[0]->parameters);
-  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "one"));
-  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(2, "two"));
-  EXPECT_EQ((std::vector<std::string>{"ERROR - one\n"}), ConfiguredClient::Made()[0]->lines);
+  EXPECT_EQ(GetParam().system, SystemText());
 }
 
-// Files.
+INSTANTIATE_TEST_SUITE_P(, XmlConfigurationTest, testing::ValuesIn(kConfigurations));
+
+TEST_F(LogConfiguratorXmlTest, IgnoresSwitchesOfLevelsThatAreNotRegistered) {
+  EXPECT_TRUE(Configure(Changed(R"(level="1")", R"(level="9")")));
+
+  Logger::GetLogLevelManager()->AddLogLevel(9, "NINE");
+
+  EXPECT_TRUE(Logger::GetExistingLogHandler("a")->GetLogLevel(9));
+}
+
+TEST_F(LogConfiguratorXmlTest, WritesNothingToTheConsoleWithAnUnknownLayout) {
+  EXPECT_TRUE(Configure(R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/>
+<logclient><type type="LogClientConsole"/><clientloghandler handlername="a"/><layout layout="Unknown"/></logclient>
+<logtree><loghandler name="a"/></logtree></configlogger>)"));
+  testing::internal::CaptureStdout();
+
+  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "text"));
+
+  EXPECT_EQ("", testing::internal::GetCapturedStdout());
+  EXPECT_EQ(1U, Receivers("a").size());
+}
+
+TEST_F(LogConfiguratorXmlTest, ReadsAFileRelativeToTheWorkingFolder) {
+  File(kDocument);
+  std::filesystem::current_path(folder_.Path());
+  LogConfiguratorXml configurator;
+
+  EXPECT_TRUE(configurator.ReadConfiguration("logger.xml"));
+
+  EXPECT_EQ(kSystem, SystemText());
+}
+
+// Documents that are refused.
 
 TEST_F(LogConfiguratorXmlTest, ChangesNothingWhenThereIsNoSuchFile) {
   LogConfiguratorXml configurator;
@@ -124,737 +355,206 @@ TEST_F(LogConfiguratorXmlTest, ChangesNothingWhenThereIsNoSuchFile) {
   EXPECT_FALSE(configurator.OpenFile(""));
 
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
-  ExpectNothingSetUp();
+  EXPECT_EQ(kNothing, SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, SaysNothingAboutADocumentThatCannotBeParsed) {
+TEST_F(LogConfiguratorXmlTest, SetsUpNothingAndSaysNothingWithoutAWholeDocument) {
   testing::internal::CaptureStdout();
-
-  EXPECT_FALSE(Configure("<configlogger><logging enable=\"true\"></configlogger>"));
-  EXPECT_EQ("", errors_);
-  EXPECT_FALSE(Configure(""));
-  EXPECT_EQ("", errors_);
-  EXPECT_FALSE(Configure("no document"));
-  EXPECT_EQ("", errors_);
-  parts_.levels = "<loglevel id=\"1\" name=\"&unknown;\"/>\n";
-  EXPECT_FALSE(Configure());
-  EXPECT_EQ("", errors_);
+  for (const std::string& document :
+       {std::string("<configlogger><logging enable=\"true\"></configlogger>"), std::string(),
+        std::string("no document"), Changed("ERROR", "&unknown;"),
+        // Valid documents with another root.
+        std::string(R"(<logging enable="true"/>)"),
+        std::string(R"(<loglevel id="1" name="ERROR"/>)"),
+        std::string(R"(<loghandler name="a"><loghandler name="b"/></loghandler>)"),
+        std::string(R"(<logtree><loghandler name="a"/></logtree>)"),
+        std::string(R"(<logclient><type type="ConfiguredClient"/>)"
+                    R"(<clientloghandler handlername="default"/></logclient>)"),
+        std::string(R"(<layout layout="x"/>)"), Changed(R"(enable="true")", R"(enable="false")")}) {
+    EXPECT_FALSE(Configure(document)) << document;
+    EXPECT_EQ("", errors_) << document;
+  }
 
   EXPECT_EQ("", testing::internal::GetCapturedStdout());
-  ExpectNothingSetUp();
+  EXPECT_EQ(kNothing, SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, ReadsAFileRelativeToTheWorkingFolder) {
-  File(parts_.Text());
-  std::filesystem::current_path(folder_.Path());
-  LogConfiguratorXml configurator;
-
-  EXPECT_TRUE(configurator.ReadConfiguration("logger.xml"));
-
-  EXPECT_EQ(2U, RegisteredLevels().size());
-}
-
-TEST_F(LogConfiguratorXmlTest, ReadsOtherEncodings) {
-  parts_.prologue = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n";
-  parts_.levels = "<loglevel id=\"1\" name=\"B\xf6se\"/>\n";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{1, "B\xc3\xb6se"}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, ReplacesEntities) {
-  parts_.prologue =
-      "<?xml version=\"1.0\"?>\n"
-      "<!DOCTYPE configlogger [<!ENTITY name \"net\">"
-      "<!ENTITY level '<loglevel id=\"7\" name=\"SEVEN\"/>'>]>\n";
-  parts_.levels = "&level;\n";
-  parts_.handlers = "<loghandler name=\"&name;&amp;&#65;\"/>\n";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{7, "SEVEN"}}), RegisteredLevels());
-  EXPECT_NE(nullptr, Logger::GetExistingLogHandler("net&A"));
-}
-
-TEST_F(LogConfiguratorXmlTest, PassesOverCommentsInstructionsAndBlanks) {
-  parts_.levels = "<!-- <loglevel id=\"9\" name=\"NINE\"/> --><?loglevel id=\"8\"?>\n\n\t" +
-                  parts_.levels + "<!---->";
-  parts_.handlers =
-      "<loghandler name=\"a\"> <!-- off --> <handlerloglevel level=\"2\" enable=\"false\"/> "
-      "</loghandler>";
-  parts_.clients =
-      "<logclient> <!-- one --> <type type=\"ConfiguredClient\"/>\n<?x?><clientloghandler "
-      "handlername=\"a\"/> </logclient>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{1, "ERROR"}, {2, "INFO"}}), RegisteredLevels());
-  EXPECT_EQ((std::vector<unsigned int>{1}), EnabledLevels("a", {1, 2}));
-  EXPECT_EQ(1U, Receivers("a").size());
-}
-
-// Validation.
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromElementsOutOfOrder) {
-  const XmlConfiguration valid;
-  std::swap(parts_.levels, parts_.handlers);
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  std::swap(parts_.logging, parts_.levels);
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  std::swap(parts_.clients, parts_.tree);
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.clients =
-      "<logclient><clientloghandler handlername=\"a\"/><type type=\"ConfiguredClient\"/>"
-      "</logclient>";
-  EXPECT_FALSE(Configure());
-  parts_.clients =
-      Client("a", "<layout layout=\"LogLayoutSimple\"/><parameter name=\"a\" value=\"1\"/>");
-  EXPECT_FALSE(Configure());
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingWithoutAnElementThatMustBeThere) {
-  const XmlConfiguration valid;
-  for (std::string XmlConfiguration::*part :
-       {&XmlConfiguration::logging, &XmlConfiguration::levels, &XmlConfiguration::handlers,
-        &XmlConfiguration::clients, &XmlConfiguration::tree}) {
-    parts_ = valid;
-    parts_.*part = "";
-    EXPECT_FALSE(Configure()) << parts_.Text();
-  }
-  parts_ = valid;
-  parts_.tree = "<logtree/>";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.clients = "<logclient><type type=\"ConfiguredClient\"/></logclient>";
-  EXPECT_FALSE(Configure());
-  parts_.clients = "<logclient><clientloghandler handlername=\"a\"/></logclient>";
-  EXPECT_FALSE(Configure());
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromElementsThatAreThereTooOften) {
-  const XmlConfiguration valid;
-  parts_.logging += parts_.logging;
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.tree += parts_.tree;
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.clients = Client("a", "<layout layout=\"x\"/><layout layout=\"x\"/>");
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
+TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromADocumentThatIsNotValid) {
+  const std::string logging = R"(<logging enable="true"/>)";
+  const std::string level = R"(<loglevel id="1" name="ERROR"/>)";
+  const std::string handlers =
+      R"(<loghandler name="a"><handlerloglevel level="1" enable="false"/></loghandler>
+<loghandler name="b"/>)";
+  const std::string type = R"(<type type="ConfiguredClient"/>)";
+  const std::string handlerOfClient = R"(<clientloghandler handlername="a"/>)";
+  const std::string parameter = R"(<parameter name="a" value="1"/>)";
+  const std::string layout = R"(<layout layout="LogLayoutSimple"/>)";
+  const std::string client =
+      "<logclient>" + type + handlerOfClient + parameter + layout + "</logclient>";
+  const std::string inTree = R"(<loghandler name="a"><loghandler name="b"/></loghandler>)";
+  const std::string tree = "<logtree>" + inTree + "</logtree>";
   const std::string unread =
-      "<defaultloghandler><handlerloglevel level=\"1\" enable=\"false\"/></defaultloghandler>";
-  parts_.handlers += unread + unread;
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.handlers += "<defaultloghandler/>";
-  EXPECT_FALSE(Configure());
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromAnEmptyName) {
-  const XmlConfiguration valid;
-  parts_.levels = "<loglevel id=\"1\" name=\"\"/>";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.handlers = "<loghandler name=\"\"/>";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.tree = "<logtree><loghandler name=\"\"/></logtree>";
-  EXPECT_FALSE(Configure());
-  for (const char* const client :
-       {"<type type=\"\"/><clientloghandler handlername=\"a\"/>",
-        "<type type=\"ConfiguredClient\"/><clientloghandler handlername=\"\"/>",
-        "<type type=\"ConfiguredClient\"/><clientloghandler handlername=\"a\"/>"
-        "<parameter name=\"\" value=\"1\"/>",
-        "<type type=\"ConfiguredClient\"/><clientloghandler handlername=\"a\"/>"
-        "<parameter name=\"a\" value=\"\"/>",
-        "<type type=\"ConfiguredClient\"/><clientloghandler handlername=\"a\"/>"
-        "<layout layout=\"\"/>"}) {
-    parts_ = valid;
-    parts_.clients = std::string("<logclient>") + client + "</logclient>";
-    EXPECT_FALSE(Configure()) << client;
+      R"(<defaultloghandler><handlerloglevel level="1" enable="false"/></defaultloghandler>)";
+  const struct {
+    std::string part;
+    std::string text;
+  } changes[] = {
+      // Elements out of order.
+      {level + "\n" + handlers, handlers + level},
+      {logging + "\n" + level, level + logging},
+      {client + "\n" + tree, tree + client},
+      {type + handlerOfClient, handlerOfClient + type},
+      {parameter + layout, layout + parameter},
+      // Elements that are missing.
+      {logging, ""},
+      {level, ""},
+      {handlers, ""},
+      {client, ""},
+      {tree, ""},
+      {inTree, ""},
+      {type, ""},
+      {handlerOfClient, ""},
+      // Elements that are there too often.
+      {logging, logging + logging},
+      {tree, tree + tree},
+      {layout, layout + layout},
+      {client, unread + unread + client},
+      {client, "<defaultloghandler/>" + client},
+      // Empty names.
+      {level, R"(<loglevel id="1" name=""/>)"},
+      {R"(<loghandler name="b"/>)", R"(<loghandler name=""/>)"},
+      {inTree, R"(<loghandler name=""/>)"},
+      {type, R"(<type type=""/>)"},
+      {handlerOfClient, R"(<clientloghandler handlername=""/>)"},
+      {parameter, R"(<parameter name="" value="1"/>)"},
+      {parameter, R"(<parameter name="a" value=""/>)"},
+      {layout, R"(<layout layout=""/>)"},
+      // Attributes that are missing.
+      {logging, "<logging/>"},
+      {level, R"(<loglevel id="1"/>)"},
+      {level, R"(<loglevel name="ERROR"/>)"},
+      {R"(<loghandler name="b"/>)", "<loghandler/>"},
+      {R"(level="1" )", ""},
+      {R"( enable="false")", ""},
+      {type, "<type/>"},
+      {handlerOfClient, "<clientloghandler/>"},
+      {parameter, R"(<parameter name="a"/>)"},
+      {parameter, R"(<parameter value="1"/>)"},
+      {layout, "<layout/>"},
+      {inTree, R"(<loghandler name="a"><loghandler/></loghandler>)"},
+      // What the schema does not know.
+      {logging, R"(<logging enable="true" more="1"/>)"},
+      {level, level + "<other/>"},
+      {level, level + "text"},
+      {R"(</loghandler>)", R"(<loghandler name="b"/></loghandler>)"},
+      {kDocument, "<other/>"},
+      {kDocument, R"(<x:configlogger xmlns:x="x"/>)"},
+      // Values of another type.
+      {logging, R"(<logging enable=""/>)"},
+      {logging, R"(<logging enable="FALSE"/>)"},
+      {logging, R"(<logging enable="no"/>)"},
+      {logging, R"(<logging enable="2"/>)"},
+      {R"(id="1")", R"(id="4294967296")"},
+      {R"(id="1")", R"(id="-1")"},
+      {R"(id="1")", R"(id="")"},
+      {R"(id="1")", R"(id="one")"},
+      {R"(id="1")", R"(id="1.0")"},
+      {R"(id="1")", R"(id="0x1")"},
+      {R"(id="1")", R"(id="1 2")"},
+  };
+  for (const auto& change : changes) {
+    EXPECT_FALSE(Configure(Changed(change.part, change.text))) << change.part << change.text;
+    EXPECT_NE("", errors_) << change.part << change.text;
   }
 
-  ExpectNothingSetUp();
+  EXPECT_EQ(kNothing, SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingWithoutAnAttributeThatMustBeThere) {
-  const XmlConfiguration valid;
-  parts_.logging = "<logging/>";
-  EXPECT_FALSE(Configure());
-  for (const char* const level : {"<loglevel id=\"1\"/>", "<loglevel name=\"ERROR\"/>"}) {
-    parts_ = valid;
-    parts_.levels = level;
-    EXPECT_FALSE(Configure()) << level;
-  }
-  for (const char* const handler :
-       {"<loghandler/>", "<loghandler name=\"a\"><handlerloglevel level=\"1\"/></loghandler>",
-        "<loghandler name=\"a\"><handlerloglevel enable=\"true\"/></loghandler>"}) {
-    parts_ = valid;
-    parts_.handlers = handler;
-    EXPECT_FALSE(Configure()) << handler;
-  }
-  for (const char* const inside :
-       {"<parameter name=\"a\"/>", "<parameter value=\"1\"/>", "<layout/>"}) {
-    parts_ = valid;
-    parts_.clients = Client("a", inside);
-    EXPECT_FALSE(Configure()) << inside;
-  }
-  parts_ = valid;
-  parts_.tree = "<logtree><loghandler name=\"a\"><loghandler/></loghandler></logtree>";
-  EXPECT_FALSE(Configure());
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromWhatTheSchemaDoesNotKnow) {
-  const XmlConfiguration valid;
-  parts_.logging = "<logging enable=\"true\" more=\"1\"/>";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.levels += "<other/>";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.levels += "text";
-  EXPECT_FALSE(Configure());
-  parts_ = valid;
-  parts_.handlers =
-      "<loghandler name=\"a\"><handlerloglevel level=\"1\" enable=\"true\"/>"
-      "<loghandler name=\"b\"/></loghandler>";
-  EXPECT_FALSE(Configure());
-  EXPECT_FALSE(Configure("<other/>"));
-  EXPECT_FALSE(Configure("<x:configlogger xmlns:x=\"x\"/>"));
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, TakesLevelsUpToTheLargestNumber) {
-  parts_.levels = "<loglevel id=\"4294967295\" name=\"LAST\"/>";
-  EXPECT_TRUE(Configure());
-  parts_.levels = "<loglevel id=\"4294967296\" name=\"PAST\"/>";
-  EXPECT_FALSE(Configure());
-  for (const char* const number : {"-1", "", "one", "1.0", "0x1", "1 2"}) {
-    parts_.levels = std::string("<loglevel id=\"") + number + "\" name=\"NONE\"/>";
-    EXPECT_FALSE(Configure()) << number;
-  }
-
-  EXPECT_EQ((Levels{{2147483647, "LAST"}}), RegisteredLevels());
-}
+const char* const kNoTree = R"(<configlogger><logging enable="true"/>
+<loglevel id="1" name="ERROR"/><loghandler name="a"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="a"/></logclient>
+</configlogger>)";
 
 TEST_F(LogConfiguratorXmlTest, ReportsWhatIsNotValidOnStandardError) {
-  parts_.tree = "";
-
-  EXPECT_FALSE(Configure());
+  EXPECT_FALSE(Configure(kNoTree));
 
   EXPECT_EQ(folder_.Path("logger.xml") +
-                ":2: element configlogger: Schemas validity error : Element 'configlogger': "
+                ":1: element configlogger: Schemas validity error : Element 'configlogger': "
                 "Missing child element(s). Expected is one of ( logclient, logtree ).\n",
             errors_);
 }
 
-TEST_F(LogConfiguratorXmlTest, ReportsWhatIsNotValidToTheApplicationsStructuredHandler) {
-  const XmlMessages messages(XmlMessages::Kind::Structured);
-  parts_.handlers = "<loghandler name=\"\"/>";
+TEST_F(LogConfiguratorXmlTest, ReportsWhatIsNotValidToTheApplicationsHandlers) {
+  for (const XmlMessages::Kind kind : {XmlMessages::Kind::Structured, XmlMessages::Kind::Generic}) {
+    const XmlMessages messages(kind);
 
-  EXPECT_FALSE(Configure());
+    EXPECT_FALSE(Configure(kNoTree));
 
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ(
-      "Element 'loghandler', attribute 'name': [facet 'minLength'] The value '' has a length of "
-      "'0'; this underruns the allowed minimum length of '1'.\n",
-      messages.text);
-}
-
-TEST_F(LogConfiguratorXmlTest, ReportsWhatIsNotValidToTheApplicationsGenericHandler) {
-  const XmlMessages messages(XmlMessages::Kind::Generic);
-  parts_.tree = "";
-
-  EXPECT_FALSE(Configure());
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ(
-      "Element 'configlogger': Missing child element(s). Expected is one of ( logclient, logtree "
-      ").\n",
-      messages.text);
-}
-
-// Whether logging is enabled.
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingWhenLoggingIsOff) {
-  parts_.logging = "<logging enable=\"false\"/>";
-
-  EXPECT_FALSE(Configure());
-
-  EXPECT_EQ("", errors_);
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, LeavesLoggingOnForZero) {
-  parts_.logging = "<logging enable=\"0\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ(2U, RegisteredLevels().size());
+    EXPECT_EQ("", errors_);
+    EXPECT_EQ(
+        "Element 'configlogger': Missing child element(s). Expected is one of ( logclient, "
+        "logtree ).\n",
+        messages.text);
+  }
 }
 
 TEST_F(LogConfiguratorXmlTest, SaysThatLoggingIsEnabledForAnythingButFalse) {
-  LogConfiguratorXml configurator;
-  const auto isEnabledBy = [&](const std::string& word) {
-    parts_.logging = "<logging enable=\"" + word + "\"/>";
-    EXPECT_TRUE(Open(configurator, parts_.Text())) << word;
-    return configurator.IsLoggingEnable();
-  };
+  const struct {
+    const char* word;
+    bool isEnabled;
+  } rows[] = {{"true", true},
+              {"1", true},
+              {"0", true},
+              {" false", true},  // Valid, and not exactly that word.
+              {"false", false}};
+  for (const auto& row : rows) {
+    LogConfiguratorXml configurator;
+    EXPECT_TRUE(Open(configurator,
+                     Changed(R"(enable="true")", std::string("enable=\"") + row.word + "\"")));
 
-  EXPECT_TRUE(isEnabledBy("true"));
-  EXPECT_TRUE(isEnabledBy("1"));
-  EXPECT_TRUE(isEnabledBy("0"));
-  EXPECT_TRUE(isEnabledBy(" false"));  // Valid, and not exactly that word.
-  EXPECT_FALSE(isEnabledBy("false"));
-}
-
-TEST_F(LogConfiguratorXmlTest, TakesNoOtherWordsForABoolean) {
-  for (const char* const word : {"", "FALSE", "no", "2"}) {
-    parts_.logging = std::string("<logging enable=\"") + word + "\"/>";
-    EXPECT_FALSE(Configure()) << word;
+    EXPECT_EQ(row.isEnabled, configurator.IsLoggingEnable()) << row.word;
   }
-
-  ExpectNothingSetUp();
 }
 
-// Levels.
-
-TEST_F(LogConfiguratorXmlTest, RegistersLevelsInTheOrderOfTheDocument) {
-  parts_.levels =
-      "<loglevel id=\"3\" name=\"INFO\"/><loglevel id=\"1\" name=\"ERROR\"/>"
-      "<loglevel name=\" two words \" id=\"2\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{3, "INFO"}, {1, "ERROR"}, {2, " two words "}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, RegistersLevelZero) {
-  parts_.levels = "<loglevel id=\"0\" name=\"ZERO\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{0, "ZERO"}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, LimitsLevelsToTheRangeOfASignedNumber) {
-  parts_.levels =
-      "<loglevel id=\"2147483646\" name=\"BELOW\"/><loglevel id=\"2147483648\" name=\"ABOVE\"/>"
-      "<loglevel id=\"2147483647\" name=\"SAME\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{2147483646, "BELOW"}, {2147483647, "ABOVE"}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, ReadsLevelsInDecimal) {
-  parts_.levels = "<loglevel id=\"010\" name=\"TEN\"/><loglevel id=\"00\" name=\"ZERO\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{10, "TEN"}, {0, "ZERO"}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, KeepsTheFirstNameOfALevel) {
-  Logger::GetLogLevelManager()->AddLogLevel(2, "application");
-  parts_.levels =
-      "<loglevel id=\"1\" name=\"FIRST\"/><loglevel id=\"1\" name=\"SECOND\"/>"
-      "<loglevel id=\"2\" name=\"FILE\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Levels{{2, "application"}, {1, "FIRST"}}), RegisteredLevels());
-}
-
-// Handlers.
-
-TEST_F(LogConfiguratorXmlTest, MakesTheHandlersOfTheTopOnly) {
-  parts_.handlers =
-      "<loghandler name=\"a\"><loghandler name=\"inner\"/></loghandler>"
-      "<loghandler name=\"A b\"/><loghandler name=\"a\"/>";
-  parts_.tree = "<logtree><loghandler name=\"other\"/></logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<logstring>{"default", "a", "A b"}),
-            Logger::GetLogManager()->GetLogHandlerNames());
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpAHandlerThatExistsAlready) {
-  LogHandler* const handler = Logger::GetLogHandler("a");
-  parts_.handlers =
-      "<loghandler name=\"a\"><handlerloglevel level=\"1\" enable=\"false\"/></loghandler>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ(handler, Logger::GetExistingLogHandler("a"));
-  EXPECT_FALSE(handler->GetLogLevel(1));
-}
-
-TEST_F(LogConfiguratorXmlTest, SwitchesALevelOffForAnythingButTrue) {
-  parts_.levels.clear();
-  parts_.handlers = "<loghandler name=\"a\">";
-  const std::vector<std::string> words{"true", "1", "false", "0", " true"};
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string number = std::to_string(i + 1);
-    parts_.levels += "<loglevel id=\"" + number + "\" name=\"x\"/>";
-    parts_.handlers += "<handlerloglevel level=\"" + number + "\" enable=\"" + words[i] + "\"/>";
-  }
-  parts_.levels += "<loglevel id=\"6\" name=\"x\"/>";
-  parts_.handlers += "</loghandler><loghandler name=\"b\"/>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<unsigned int>{1, 6}), EnabledLevels("a", {1, 2, 3, 4, 5, 6}));
-  EXPECT_EQ((std::vector<unsigned int>{1, 2, 3, 4, 5, 6}), EnabledLevels("b", {1, 2, 3, 4, 5, 6}));
-}
-
-TEST_F(LogConfiguratorXmlTest, TakesTheLastSwitchOfALevel) {
-  parts_.handlers =
-      "<loghandler name=\"a\"><handlerloglevel level=\"1\" enable=\"false\"/>"
-      "<handlerloglevel level=\"2\" enable=\"true\"/>"
-      "<handlerloglevel level=\"1\" enable=\"true\"/>"
-      "<handlerloglevel level=\"2\" enable=\"false\"/></loghandler>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<unsigned int>{1}), EnabledLevels("a", {1, 2}));
-}
-
-TEST_F(LogConfiguratorXmlTest, IgnoresSwitchesOfLevelsThatAreNotRegistered) {
-  parts_.handlers =
-      "<loghandler name=\"a\"><handlerloglevel level=\"9\" enable=\"false\"/></loghandler>";
-  EXPECT_TRUE(Configure());
-
-  Logger::GetLogLevelManager()->AddLogLevel(9, "NINE");
-
-  EXPECT_TRUE(Logger::GetExistingLogHandler("a")->GetLogLevel(9));
-}
-
-TEST_F(LogConfiguratorXmlTest, SwitchesTheLevelThatALargeNumberStandsFor) {
-  parts_.levels = "<loglevel id=\"4294967295\" name=\"LAST\"/>";
-  parts_.handlers =
-      "<loghandler name=\"a\"><handlerloglevel level=\"3000000000\" enable=\"false\"/>"
-      "</loghandler>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_FALSE(Logger::GetExistingLogHandler("a")->GetLogLevel(2147483647));
-}
-
-TEST_F(LogConfiguratorXmlTest, SwitchesNoLevelsOfTheDefaultHandlerByTheElementOfThatName) {
-  parts_.handlers +=
-      "<defaultloghandler><handlerloglevel level=\"1\" enable=\"false\"/></defaultloghandler>\n";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ((std::vector<unsigned int>{1, 2}), EnabledLevels("default", {1, 2}));
-}
-
-TEST_F(LogConfiguratorXmlTest, TreatsTheHandlerDefaultLikeAnyOther) {
-  parts_.handlers =
-      "<loghandler name=\"default\"><handlerloglevel level=\"1\" enable=\"false\"/></loghandler>";
-  parts_.clients = Client("default");
-  parts_.tree = "<logtree><loghandler name=\"default\"/></logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<unsigned int>{2}), EnabledLevels("default", {1, 2}));
-  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("default"));
-}
-
-// Clients.
-
-TEST_F(LogConfiguratorXmlTest, AttachesClientsInTheOrderOfTheDocument) {
-  parts_.clients =
-      Client("a") +
-      "<logclient><type type=\"LogClientConsole\"/><clientloghandler handlername=\"a\"/>"
-      "</logclient>" +
-      Client("b") + Client("a");
-
-  EXPECT_TRUE(Configure());
-
-  const auto receivers = Receivers("a");
-  ASSERT_EQ(3U, ConfiguredClient::Made().size());
-  ASSERT_EQ(3U, receivers.size());
-  EXPECT_EQ(ConfiguredClient::Made()[0], receivers[0]);
-  EXPECT_NE(nullptr, dynamic_cast<LogClientConsole*>(receivers[1]));
-  EXPECT_EQ(ConfiguredClient::Made()[2], receivers[2]);
-  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made()[1]}), Receivers("b"));
-}
-
-TEST_F(LogConfiguratorXmlTest, MakesNoClientForAHandlerThatDoesNotExist) {
-  parts_.clients = Client("missing") + Client("A") + Client("a");
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ(1U, ConfiguredClient::Made().size());
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("missing"));
-  EXPECT_EQ(1U, Receivers("a").size());
-}
-
-TEST_F(LogConfiguratorXmlTest, AttachesAClientToAHandlerThatTheApplicationMade) {
-  Logger::GetLogHandler("own");
-  parts_.clients = Client("own");
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0)}), Receivers("own"));
-}
-
-TEST_F(LogConfiguratorXmlTest, SkipsClientsThatCannotBeMade) {
-  parts_.clients =
-      "<logclient><type type=\"configuredclient\"/><clientloghandler handlername=\"a\"/>"
-      "</logclient>" +
-      Client("a", "<parameter name=\"broken\" value=\"yes\"/>") + Client("a");
-
-  EXPECT_TRUE(Configure());
-
-  ASSERT_EQ(2U, ConfiguredClient::Made().size());
-  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made()[1]}), Receivers("a"));
-}
-
-TEST_F(LogConfiguratorXmlTest, PassesParametersAsTheyStand) {
-  parts_.clients = Client("a",
-                          "<parameter name=\"a\" value=\"  two  words \"/>"
-                          "<parameter value=\"&lt;&quot;&#10;&#x42;\" name=\"b\"/>"
-                          "<parameter name=\"c\" value=\"#no comment\"/>") +
-                   Client("a", "<parameter name=\"d\" value=\"4\"/>");
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Parameters{{"a", "  two  words "}, {"b", "<\"\nB"}, {"c", "#no comment"}}),
-            ConfiguredClient::Made().at(0)->parameters);
-  EXPECT_EQ((Parameters{{"d", "4"}}), ConfiguredClient::Made().at(1)->parameters);
-}
-
-TEST_F(LogConfiguratorXmlTest, KeepsTheFirstValueOfAParameterThatIsGivenTwice) {
-  parts_.clients = Client("a",
-                          "<parameter name=\"a\" value=\"first\"/>"
-                          "<parameter name=\"a\" value=\"second\"/>"
-                          "<parameter name=\"b\" value=\"2\"/>");
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((Parameters{{"a", "first"}, {"b", "2"}}), ConfiguredClient::Made().at(0)->parameters);
-}
-
-TEST_F(LogConfiguratorXmlTest, LeavesAClientItsOwnLayout) {
-  EXPECT_TRUE(Configure());
-
-  Logger::GetLogHandler("a")->Log(1, "text");
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made().at(0)->lines);
-}
-
-TEST_F(LogConfiguratorXmlTest, GivesAClientTheNamedLayout) {
-  parts_.clients = Client("a", "<layout layout=\"LogLayoutSimple\"/>");
-
-  EXPECT_TRUE(Configure());
-
-  Logger::GetLogHandler("a")->Log(1, "text");
-  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), ConfiguredClient::Made().at(0)->lines);
-}
-
-TEST_F(LogConfiguratorXmlTest, AttachesAClientWhoseLayoutIsUnknown) {
-  parts_.clients = Client("a", "<layout layout=\"loglayoutsimple\"/>") + Client("a");
-
-  EXPECT_TRUE(Configure());
-
-  ASSERT_EQ(2U, ConfiguredClient::Made().size());
-  EXPECT_EQ(
-      (std::vector<LogHandlerClient*>{ConfiguredClient::Made()[0], ConfiguredClient::Made()[1]}),
-      Receivers("a"));
-  EXPECT_FALSE(ConfiguredClient::Made()[0]->HasLayout());
-  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "text"));
-  EXPECT_EQ(std::vector<std::string>(), ConfiguredClient::Made()[0]->lines);
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made()[1]->lines);
-}
-
-TEST_F(LogConfiguratorXmlTest, WritesNothingToTheConsoleWithAnUnknownLayout) {
-  parts_.clients =
-      "<logclient><type type=\"LogClientConsole\"/><clientloghandler handlername=\"a\"/>"
-      "<layout layout=\"Unknown\"/></logclient>";
-  EXPECT_TRUE(Configure());
-  testing::internal::CaptureStdout();
-
-  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "text"));
-
-  EXPECT_EQ("", testing::internal::GetCapturedStdout());
-  EXPECT_EQ(1U, Receivers("a").size());
-}
-
-// The tree.
-
-TEST_F(LogConfiguratorXmlTest, BuildsTreesOfAnyShape) {
-  parts_.handlers.clear();
-  for (const char* const name : {"a", "b", "c", "d", "e"}) {
-    parts_.handlers += std::string("<loghandler name=\"") + name + "\"/>";
-  }
-  parts_.tree =
-      "<logtree><loghandler name=\"default\"><loghandler name=\"b\"><loghandler name=\"d\"/>"
-      "</loghandler><loghandler name=\"a\"/></loghandler>"
-      "<loghandler name=\"c\"><loghandler name=\"e\"/><loghandler name=\"e\"/></loghandler>"
-      "</logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  const auto handlers = [](const std::vector<std::string>& names) {
-    std::vector<LogHandlerClient*> found;
-    for (const std::string& name : names) found.push_back(Logger::GetExistingLogHandler(name));
-    return found;
-  };
-  EXPECT_EQ(handlers({"b", "a"}), Receivers("default"));
-  EXPECT_EQ(handlers({"d"}), Receivers("b"));
-  EXPECT_EQ(handlers({"e"}), Receivers("c"));
-  EXPECT_EQ(0U, Receivers("d").size());
-  EXPECT_EQ(0U, Receivers("e").size());
-  EXPECT_EQ(ConfiguredClient::Made().at(0), Receivers("a").at(0));
-}
-
-TEST_F(LogConfiguratorXmlTest, AttachesChildrenBehindClients) {
-  parts_.tree = "<logtree><loghandler name=\"a\"><loghandler name=\"b\"/></loghandler></logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<LogHandlerClient*>{ConfiguredClient::Made().at(0),
-                                            Logger::GetExistingLogHandler("b")}),
-            Receivers("a"));
-}
-
-TEST_F(LogConfiguratorXmlTest, LinksNothingBelowAHandlerThatDoesNotExist) {
-  parts_.handlers =
-      "<loghandler name=\"a\"/><loghandler name=\"b\"/><loghandler name=\"c\"/>"
-      "<loghandler name=\"d\"/>";
-  parts_.clients = Client("d");
-  parts_.tree =
-      "<logtree><loghandler name=\"a\"><loghandler name=\"missing\"><loghandler name=\"b\">"
-      "<loghandler name=\"d\"/></loghandler></loghandler><loghandler name=\"c\"/></loghandler>"
-      "</logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<LogHandlerClient*>{Logger::GetExistingLogHandler("c")}), Receivers("a"));
-  EXPECT_EQ(0U, Receivers("b").size());
-  EXPECT_EQ(0U, Receivers("c").size());
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("missing"));
-}
-
-TEST_F(LogConfiguratorXmlTest, SkipsATreeWhoseTopDoesNotExist) {
-  parts_.handlers = "<loghandler name=\"b\"/><loghandler name=\"c\"/><loghandler name=\"d\"/>";
-  parts_.clients = Client("d");
-  parts_.tree =
-      "<logtree><loghandler name=\"missing\"><loghandler name=\"b\"><loghandler name=\"d\"/>"
-      "</loghandler></loghandler><loghandler name=\"c\"><loghandler name=\"b\"/></loghandler>"
-      "</logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("missing"));
-  EXPECT_EQ(0U, Receivers("b").size());
-  EXPECT_EQ((std::vector<LogHandlerClient*>{Logger::GetExistingLogHandler("b")}), Receivers("c"));
-}
-
-TEST_F(LogConfiguratorXmlTest, LinksHandlersThatTheApplicationMade) {
-  LogHandler* const own = Logger::GetLogHandler("own");
-  parts_.tree =
-      "<logtree><loghandler name=\"own\"><loghandler name=\"b\"/></loghandler>"
-      "<loghandler name=\"b\"/></logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<LogHandlerClient*>{Logger::GetExistingLogHandler("b")}), Receivers("own"));
-  EXPECT_EQ(own, Logger::GetExistingLogHandler("own"));
-}
-
-TEST_F(LogConfiguratorXmlTest, LinksNothingFromSwitchesInTheTree) {
-  parts_.tree =
-      "<logtree><loghandler name=\"a\"><handlerloglevel level=\"1\" enable=\"false\"/>"
-      "</loghandler></logtree>";
-
-  EXPECT_TRUE(Configure());
-
-  EXPECT_EQ((std::vector<unsigned int>{1, 2}), EnabledLevels("a", {1, 2}));
-}
+// Elements.
 
 TEST_F(LogConfiguratorXmlTest, AttachesTheHandlersOfAnElementWhenAsked) {
-  const ParsedText element(
-      "<any><loghandler name='a'><loghandler name='b'/></loghandler>"
-      "<other name='c'/><loghandler name='missing'/><loghandler name='b'/></any>");
-  LogHandler* const a = Logger::GetLogHandler("a");
-  LogHandler* const b = Logger::GetLogHandler("b");
-  Logger::GetLogHandler("c");
-  LogHandler parent("parent");
+  const ParsedText element(R"(<any><loghandler name="a"><loghandler name="b"/></loghandler>
+<other name="c"/><loghandler name="missing"/><loghandler name="d"><loghandler/></loghandler>
+<loghandler name="b"/></any>)");
+  for (const char* const name : {"parent", "a", "b", "c", "d"}) Logger::GetLogHandler(name);
   LogConfiguratorXml configurator;
+  LogHandler* const parent = Logger::GetExistingLogHandler("parent");
 
-  EXPECT_TRUE(configurator.AddSubHandler(element.Root(), &parent));
-
-  ASSERT_EQ(2U, parent.GetLogClientCount());
-  EXPECT_EQ(a, parent.GetLogClientAt(0));
-  EXPECT_EQ(b, parent.GetLogClientAt(1));
-  EXPECT_EQ((std::vector<LogHandlerClient*>{b}), Receivers("a"));
-}
-
-TEST_F(LogConfiguratorXmlTest, AttachesNothingWithoutAnElementOrAHandler) {
-  const ParsedText element("<any><loghandler name='a'/></any>");
-  Logger::GetLogHandler("a");
-  LogHandler parent("parent");
-  LogConfiguratorXml configurator;
-
-  EXPECT_FALSE(configurator.AddSubHandler(nullptr, &parent));
+  EXPECT_FALSE(configurator.AddSubHandler(nullptr, parent));
   EXPECT_FALSE(configurator.AddSubHandler(element.Root(), nullptr));
+  EXPECT_EQ("[default]\n[parent]\n[a]\n[b]\n[c]\n[d]\n", SystemText());
+  // A failure further down is ignored.
+  EXPECT_TRUE(configurator.AddSubHandler(element.Root(), parent));
 
-  EXPECT_EQ(0U, parent.GetLogClientCount());
+  EXPECT_EQ("[default]\n[parent] [a] [d] [b]\n[a] [b]\n[b]\n[c]\n[d]\n", SystemText());
 }
 
 TEST_F(LogConfiguratorXmlTest, StopsAtAChildWithoutAName) {
-  const ParsedText element("<any><loghandler name='a'/><loghandler/><loghandler name='b'/></any>");
-  LogHandler* const a = Logger::GetLogHandler("a");
-  Logger::GetLogHandler("b");
-  LogHandler parent("parent");
-  LogConfiguratorXml configurator;
-
-  EXPECT_FALSE(configurator.AddSubHandler(element.Root(), &parent));
-
-  ASSERT_EQ(1U, parent.GetLogClientCount());
-  EXPECT_EQ(a, parent.GetLogClientAt(0));
-}
-
-TEST_F(LogConfiguratorXmlTest, IgnoresAFailureFurtherDown) {
   const ParsedText element(
-      "<any><loghandler name='a'><loghandler/></loghandler><loghandler name='b'/></any>");
-  Logger::GetLogHandler("a");
-  Logger::GetLogHandler("b");
-  LogHandler parent("parent");
+      R"(<any><loghandler name="a"/><loghandler/><loghandler name="b"/></any>)");
+  for (const char* const name : {"parent", "a", "b"}) Logger::GetLogHandler(name);
   LogConfiguratorXml configurator;
 
-  EXPECT_TRUE(configurator.AddSubHandler(element.Root(), &parent));
+  EXPECT_FALSE(configurator.AddSubHandler(element.Root(), Logger::GetExistingLogHandler("parent")));
 
-  EXPECT_EQ(2U, parent.GetLogClientCount());
-  EXPECT_EQ(0U, Receivers("a").size());
+  EXPECT_EQ("[default]\n[parent] [a]\n[a]\n[b]\n", SystemText());
 }
-
-// Attributes.
 
 TEST_F(LogConfiguratorXmlTest, ReadsAnAttributeAsText) {
-  const ParsedText element("<e a=' two\twords ' empty='' mixed='&lt;&#65;'/>");
+  const ParsedText element("<e a=' two\twords ' empty='' mixed='&lt;&#65;'><inner b='1'/></e>");
   LogConfiguratorXml configurator;
   logstring value = "old";
 
+  for (const char* const missing : {"b", "A", ""}) {
+    EXPECT_FALSE(configurator.GetAttribute(element.Root(), missing, value)) << missing;
+    EXPECT_EQ("old", value);
+  }
   EXPECT_TRUE(configurator.GetAttribute(element.Root(), "a", value));
   EXPECT_EQ(" two words ", value);
   EXPECT_TRUE(configurator.GetAttribute(element.Root(), "mixed", value));
@@ -864,259 +564,149 @@ TEST_F(LogConfiguratorXmlTest, ReadsAnAttributeAsText) {
 }
 
 TEST_F(LogConfiguratorXmlTest, ReadsAnAttributeAsANumber) {
-  const ParsedText element(
-      "<e seven=' 7th' minus='-12' plus='+3' none='x1' empty='' last='2147483647' "
-      "past='2147483648' far='99999999999999999999' first='-2147483648' before='-2147483649'/>");
-  LogConfiguratorXml configurator;
-  const auto number = [&](const char* name) {
+  const struct {
+    const char* text;
+    int number;
+  } rows[] = {{" 7th", 7},
+              {"-12", -12},
+              {"+3", 3},
+              {"x1", 0},
+              {"", 0},
+              {"2147483647", 2147483647},
+              {"2147483648", 2147483647},
+              {"99999999999999999999", 2147483647},
+              {"-2147483648", -2147483647 - 1},
+              {"-2147483649", -2147483647 - 1}};
+  for (const auto& row : rows) {
+    const ParsedText element(std::string("<e a='") + row.text + "'/>");
+    LogConfiguratorXml configurator;
     int value = 4711;
-    EXPECT_TRUE(configurator.GetAttribute(element.Root(), name, value)) << name;
-    return value;
-  };
 
-  EXPECT_EQ(7, number("seven"));
-  EXPECT_EQ(-12, number("minus"));
-  EXPECT_EQ(3, number("plus"));
-  EXPECT_EQ(0, number("none"));
-  EXPECT_EQ(0, number("empty"));
-  EXPECT_EQ(2147483647, number("last"));
-  EXPECT_EQ(2147483647, number("past"));
-  EXPECT_EQ(2147483647, number("far"));
-  EXPECT_EQ(-2147483647 - 1, number("first"));
-  EXPECT_EQ(-2147483647 - 1, number("before"));
+    EXPECT_FALSE(configurator.GetAttribute(element.Root(), "b", value));
+    EXPECT_EQ(4711, value);
+    EXPECT_TRUE(configurator.GetAttribute(element.Root(), "a", value));
+    EXPECT_EQ(row.number, value) << row.text;
+  }
 }
 
-TEST_F(LogConfiguratorXmlTest, LeavesTheValueAloneWithoutTheAttribute) {
-  const ParsedText element("<e a='1'><inner b='1'/></e>");
-  LogConfiguratorXml configurator;
-  logstring text = "old";
-  int number = 4711;
-
-  EXPECT_FALSE(configurator.GetAttribute(element.Root(), "b", text));
-  EXPECT_FALSE(configurator.GetAttribute(element.Root(), "A", text));
-  EXPECT_FALSE(configurator.GetAttribute(element.Root(), "", text));
-  EXPECT_FALSE(configurator.GetAttribute(element.Root(), "b", number));
-
-  EXPECT_EQ("old", text);
-  EXPECT_EQ(4711, number);
-}
-
-// Steps on their own.
+// Single steps.
 
 TEST_F(LogConfiguratorXmlTest, DoesOneStepAtATime) {
   LogConfiguratorXml configurator;
 
-  EXPECT_TRUE(Open(configurator, parts_.Text()));
-  ExpectNothingSetUp();
+  EXPECT_TRUE(Open(configurator));
   EXPECT_TRUE(configurator.IsLoggingEnable());
-  ExpectNothingSetUp();
+  EXPECT_EQ(kNothing, SystemText());
   EXPECT_TRUE(configurator.SetLogLevel());
-  EXPECT_EQ(2U, RegisteredLevels().size());
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("a"));
+  EXPECT_EQ("level 1 ERROR\n[default]\n", SystemText());
   EXPECT_TRUE(configurator.SetLogHandler());
-  EXPECT_EQ(0U, Receivers("a").size());
+  EXPECT_EQ("level 1 ERROR\n[default]\n[a] -1\n[b]\n", SystemText());
   EXPECT_TRUE(configurator.SetLogClient());
-  EXPECT_EQ(1U, Receivers("a").size());
+  EXPECT_EQ("level 1 ERROR\n[default]\n[a] -1 client 0\n[b]\nclient 0: a=1 writes ERROR - text\n",
+            SystemText());
   EXPECT_TRUE(configurator.BuildLogTree());
-  EXPECT_EQ(1U, Receivers("a").size());
+  EXPECT_EQ(kSystem, SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, DoesNoStepBeforeAFileWasOpened) {
+TEST_F(LogConfiguratorXmlTest, DoesNoStepWithoutADocument) {
   LogConfiguratorXml configurator;
-
   ExpectEveryStepFalse(configurator);
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, DoesNoStepWhenTheFileCouldNotBeOpened) {
-  LogConfiguratorXml configurator;
 
   EXPECT_FALSE(configurator.OpenFile(folder_.Path("missing.xml")));
   ExpectEveryStepFalse(configurator);
-  EXPECT_FALSE(Open(configurator, "<configlogger>"));
-  ExpectEveryStepFalse(configurator);
-  parts_.tree = "";
-  EXPECT_FALSE(Open(configurator, parts_.Text()));
-  ExpectEveryStepFalse(configurator);
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, ForgetsTheFormerDocumentWhenTheNextCannotBeOpened) {
-  const std::string valid = parts_.Text();
-  LogConfiguratorXml configurator;
-  EXPECT_TRUE(Open(configurator, valid));
-
-  EXPECT_FALSE(configurator.OpenFile(folder_.Path("missing.xml")));
-  ExpectEveryStepFalse(configurator);
-  EXPECT_TRUE(Open(configurator, valid));
-  parts_.tree = "";
-  EXPECT_FALSE(Open(configurator, parts_.Text()));
-  ExpectEveryStepFalse(configurator);
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromAValidDocumentWithAnotherRoot) {
-  for (const char* const document :
-       {"<logging enable=\"true\"/>", "<loglevel id=\"1\" name=\"ERROR\"/>",
-        "<loghandler name=\"a\"><loghandler name=\"b\"/></loghandler>",
-        "<logtree><loghandler name=\"a\"/></logtree>",
-        "<logclient><type type=\"ConfiguredClient\"/><clientloghandler handlername=\"default\"/>"
-        "</logclient>",
-        "<layout layout=\"x\"/>"}) {
-    EXPECT_FALSE(Configure(document)) << document;
-    EXPECT_EQ("", errors_) << document;
+  for (const char* const document : {"<configlogger>", kNoTree}) {
+    EXPECT_TRUE(Open(configurator));
+    EXPECT_FALSE(Open(configurator, document));
+    ExpectEveryStepFalse(configurator);
   }
-
-  ExpectNothingSetUp();
+  EXPECT_TRUE(Open(configurator));
+  EXPECT_FALSE(configurator.OpenFile(folder_.Path("missing.xml")));
+  ExpectEveryStepFalse(configurator);
 }
 
-TEST_F(LogConfiguratorXmlTest, FindsNothingToDoBelowAnotherRoot) {
+TEST_F(LogConfiguratorXmlTest, ReadsTheChildrenOfAnyRoot) {
   LogConfiguratorXml configurator;
-  EXPECT_TRUE(Open(configurator, "<logging enable=\"true\"/>"));
+  EXPECT_TRUE(Open(configurator, R"(<logtree><loghandler name="x"/></logtree>)"));
 
   EXPECT_FALSE(configurator.IsLoggingEnable());
   EXPECT_TRUE(configurator.SetLogLevel());
-  EXPECT_TRUE(configurator.SetLogHandler());
   EXPECT_TRUE(configurator.SetLogClient());
   EXPECT_TRUE(configurator.BuildLogTree());
-
-  ExpectNothingSetUp();
-}
-
-TEST_F(LogConfiguratorXmlTest, ReadsTheRootsChildrenWhateverTheRootIs) {
-  LogConfiguratorXml configurator;
-  EXPECT_TRUE(Open(configurator, "<logtree><loghandler name=\"x\"/></logtree>"));
-
+  EXPECT_EQ(kNothing, SystemText());
   EXPECT_TRUE(configurator.SetLogHandler());
 
-  EXPECT_NE(nullptr, Logger::GetExistingLogHandler("x"));
+  EXPECT_EQ("[default]\n[x]\n", SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, ReadsAnotherDocumentInThePlaceOfTheFirst) {
+// Several documents, several configurators.
+
+TEST_F(LogConfiguratorXmlTest, ReadsOneDocumentAfterTheOther) {
   LogConfiguratorXml configurator;
-  EXPECT_TRUE(configurator.ReadConfiguration(File(parts_.Text())));
-  parts_.levels = "<loglevel id=\"3\" name=\"THREE\"/>";
-  parts_.handlers = "<loghandler name=\"c\"/>";
-  parts_.clients = Client("c");
+  EXPECT_TRUE(configurator.ReadConfiguration(File(kDocument)));
 
-  EXPECT_TRUE(configurator.ReadConfiguration(File(parts_.Text())));
+  EXPECT_TRUE(configurator.ReadConfiguration(File(R"(<configlogger><logging enable="true"/>
+<loglevel id="3" name="THREE"/><loghandler name="c"/>
+<logclient><type type="ConfiguredClient"/><clientloghandler handlername="c"/></logclient>
+<logtree><loghandler name="c"/></logtree></configlogger>)")));
+  EXPECT_TRUE(configurator.ReadConfiguration(File(kDocument)));
+  EXPECT_FALSE(Configure("<configlogger/>"));  // Leaves what is set up.
 
-  EXPECT_EQ((Levels{{1, "ERROR"}, {2, "INFO"}, {3, "THREE"}}), RegisteredLevels());
-  EXPECT_EQ((std::vector<logstring>{"default", "a", "b", "c"}),
-            Logger::GetLogManager()->GetLogHandlerNames());
-  EXPECT_EQ(1U, Receivers("a").size());
-  EXPECT_EQ(1U, Receivers("c").size());
+  EXPECT_EQ(R"(level 1 ERROR
+level 3 THREE
+[default]
+[a] -1 client 0 [b] client 2
+[b]
+[c] client 1
+client 0: a=1 writes ERROR - text
+client 1: writes text
+client 2: a=1 writes ERROR - text
+)",
+            SystemText());
 }
 
-TEST_F(LogConfiguratorXmlTest, ReadsTheSameDocumentTwice) {
-  LogConfiguratorXml configurator;
-  const std::string file = File(parts_.Text());
-
-  EXPECT_TRUE(configurator.ReadConfiguration(file));
-  EXPECT_TRUE(configurator.ReadConfiguration(file));
-
-  EXPECT_EQ(2U, RegisteredLevels().size());
-  EXPECT_EQ(2U, Receivers("a").size());
-}
-
-TEST_F(LogConfiguratorXmlTest, LeavesWhatItSetUpBeforeAFailure) {
-  EXPECT_TRUE(Configure());
-
-  EXPECT_FALSE(Configure("<configlogger/>"));
-
-  EXPECT_EQ(2U, RegisteredLevels().size());
-  EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "text"));
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made().at(0)->lines);
-}
-
-TEST_F(LogConfiguratorXmlTest, HasNoDocumentWhenCopyConstructed) {
+TEST_F(LogConfiguratorXmlTest, CopiesNoDocument) {
   LogConfiguratorXml source;
-  EXPECT_TRUE(Open(source, parts_.Text()));
+  EXPECT_TRUE(Open(source));
+  LogConfiguratorXml target;
+  EXPECT_TRUE(Open(
+      target, Changed(R"(<loglevel id="1" name="ERROR"/>)", R"(<loglevel id="7" name="SEVEN"/>)")));
+  LogConfiguratorXml empty;
 
   LogConfiguratorXml copy(source);
-
-  ExpectEveryStepFalse(copy);
-  ExpectNothingSetUp();
-  EXPECT_TRUE(source.IsLoggingEnable());
-  EXPECT_TRUE(source.SetLogLevel());
-  EXPECT_EQ(2U, RegisteredLevels().size());
-}
-
-TEST_F(LogConfiguratorXmlTest, KeepsItsOwnDocumentWhenAssignedTo) {
-  LogConfiguratorXml source;
-  EXPECT_TRUE(Open(source, parts_.Text()));
-  parts_.levels = "<loglevel id=\"7\" name=\"SEVEN\"/>";
-  LogConfiguratorXml target;
-  EXPECT_TRUE(Open(target, parts_.Text()));
-
   LogConfiguratorXml& result = (target = source);
   target.Assign(source);
+  empty = source;
+  const LogConfiguratorXml& self = target;
+  target = self;
 
+  ExpectEveryStepFalse(copy);
+  ExpectEveryStepFalse(empty);
   EXPECT_EQ(&target, &result);
   EXPECT_TRUE(target.SetLogLevel());
   EXPECT_EQ((Levels{{7, "SEVEN"}}), RegisteredLevels());
-}
-
-TEST_F(LogConfiguratorXmlTest, HasNoDocumentWhenAssignedToWithoutOne) {
-  LogConfiguratorXml source;
-  EXPECT_TRUE(Open(source, parts_.Text()));
-  LogConfiguratorXml target;
-
-  target = source;
-
-  ExpectEveryStepFalse(target);
-}
-
-TEST_F(LogConfiguratorXmlTest, KeepsItsDocumentWhenAssignedToItself) {
-  LogConfiguratorXml configurator;
-  EXPECT_TRUE(Open(configurator, parts_.Text()));
-  const LogConfiguratorXml& self = configurator;
-
-  LogConfiguratorXml& result = (configurator = self);
-
-  EXPECT_EQ(&configurator, &result);
-  EXPECT_TRUE(configurator.SetLogLevel());
+  EXPECT_TRUE(source.SetLogLevel());
+  EXPECT_EQ((Levels{{7, "SEVEN"}, {1, "ERROR"}}), RegisteredLevels());
 }
 
 TEST_F(LogConfiguratorXmlTest, LeavesWhatItSetUpWhenItEnds) {
   auto configurator = std::make_unique<LogConfiguratorXml>();
-  EXPECT_TRUE(configurator->ReadConfiguration(File(parts_.Text())));
+  EXPECT_TRUE(
+      configurator->ReadConfiguration(File(Changed(R"(enable="false")", R"(enable="true")"))));
 
   configurator.reset();
 
   EXPECT_TRUE(Logger::GetLogHandler("a")->Log(1, "text"));
-  EXPECT_EQ((std::vector<std::string>{"text\n"}), ConfiguredClient::Made().at(0)->lines);
+  EXPECT_EQ((std::vector<std::string>{"ERROR - text\n"}), ConfiguredClient::Made().at(0)->lines);
 }
 
 // The schema.
 
-TEST_F(LogConfiguratorXmlTest, PutsTheSchemaInThePlaceOfABuffersText) {
+TEST_F(LogConfiguratorXmlTest, HasExactlyThisSchema) {
   LogConfiguratorXml configurator;
   logstring buffer = "old";
 
-  logstring& result = configurator.CreateSchemaBuf(buffer);
-
-  EXPECT_EQ(&buffer, &result);
-  EXPECT_EQ(3332U, buffer.size());
-  EXPECT_EQ(128, std::count(buffer.begin(), buffer.end(), '\n'));
-  EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n", buffer.substr(0, 39));
-}
-
-TEST_F(LogConfiguratorXmlTest, HasTheSchemaOfTheSourceFile) {
-  LogConfiguratorXml configurator;
-  logstring buffer;
-
-  EXPECT_EQ(Content(PROJECT_FOLDER "/Src/Configuration/liblogger.xsd"),
-            configurator.CreateSchemaBuf(buffer));
-}
-
-TEST_F(LogConfiguratorXmlTest, HasExactlyThisSchema) {
-  LogConfiguratorXml configurator;
-  logstring buffer;
-
+  EXPECT_EQ(&buffer, &configurator.CreateSchemaBuf(buffer));
+  EXPECT_EQ(buffer, Content(PROJECT_FOLDER "/Src/Configuration/liblogger.xsd"));
   EXPECT_EQ(R"(<?xml version="1.0" encoding="UTF-8"?>
 <xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema">
 <xs:element name="type">
@@ -1246,7 +836,7 @@ TEST_F(LogConfiguratorXmlTest, HasExactlyThisSchema) {
 </xs:element>
 </xs:schema>
 )",
-            configurator.CreateSchemaBuf(buffer));
+            buffer);
 }
 
 }  // namespace

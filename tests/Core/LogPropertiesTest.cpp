@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <fstream>
 #include <functional>
 #include <locale>
 #include <sstream>
@@ -19,21 +18,26 @@
 
 namespace {
 
+using namespace std::string_literals;
+
+const char* const kNone = "(no such key)";
+
 bool LoadText(LogProperties& properties, const std::string& text) {
   std::istringstream in(text);
   return properties.Load(in);
 }
 
-/// The value that a text of its own gives the key.
+/// The key's value, which may be empty, or kNone. The key is gone afterwards.
+std::string Taken(LogProperties& properties, const std::string& key) {
+  const std::string value = properties.GetProperty(key);
+  return properties.RemoveProperty(key) ? value : kNone;
+}
+
+/// What a text gives the key.
 std::string ValueIn(const std::string& text, const std::string& key) {
   LogProperties properties;
   EXPECT_TRUE(LoadText(properties, text));
-  return properties.GetProperty(key);
-}
-
-/// Whether the set has the key at all, with an empty value or another. The key is gone afterwards.
-bool TakesOut(LogProperties& properties, const std::string& key) {
-  return properties.RemoveProperty(key);
+  return Taken(properties, key);
 }
 
 /// Gives the lines one by one, and calls back before each but the first.
@@ -60,9 +64,9 @@ class LineSource : public std::streambuf {
 };
 
 /// A C++ locale in which the letter x is white space.
-class SpacedOutLetters : public std::ctype<char> {
+class LocaleWithBlankX : public std::ctype<char> {
  public:
-  SpacedOutLetters() : std::ctype<char>(Table()) {}
+  LocaleWithBlankX() : std::ctype<char>(Table()) {}
 
  private:
   static const mask* Table() {
@@ -75,472 +79,207 @@ class SpacedOutLetters : public std::ctype<char> {
   }
 };
 
-/// The extracted text of a buffer with this content, and how far into the buffer it starts.
-struct Extracted {
-  std::string text;
-  std::ptrdiff_t offset;
-};
-
-Extracted Extract(const std::string& text) {
-  std::vector<char> buffer(text.begin(), text.end());
-  buffer.push_back('\0');
-  LogProperties properties;
-  const char* const result = properties.ExtractExpression(buffer.data());
-  return {result, result - buffer.data()};
-}
-
 static_assert(std::has_virtual_destructor_v<LogProperties>);
 
-TEST(LogPropertiesTest, IsEmptyWhenNew) {
-  LogProperties properties;
+// The set.
 
-  EXPECT_EQ("", properties.GetProperty("key"));
-  EXPECT_EQ("", properties.GetProperty(""));
-  EXPECT_FALSE(properties.RemoveProperty("key"));
+TEST(LogPropertiesTest, KeepsTheFirstValueThatIsAddedForAKey) {
+  for (const std::string& key : {"key"s, ""s, "Key"s, "key "s, "key\0"s, " k=#\" "s}) {
+    SCOPED_TRACE(key);
+    LogProperties properties;
+    properties.AddProperty("ke", "other");
+    EXPECT_EQ("", properties.GetProperty(key));
+    EXPECT_FALSE(properties.RemoveProperty(key));
+
+    EXPECT_TRUE(properties.AddProperty(key, " \"v\" # = \n"));
+    EXPECT_FALSE(properties.AddProperty(key, "second"));
+
+    EXPECT_EQ(" \"v\" # = \n", properties.GetProperty(key));
+    EXPECT_EQ("", properties.GetProperty("KEY"));
+    EXPECT_TRUE(properties.RemoveProperty(key));
+    EXPECT_EQ("", properties.GetProperty(key));
+    EXPECT_TRUE(properties.AddProperty(key, ""));
+    EXPECT_FALSE(properties.AddProperty(key, "after an empty one"));
+    EXPECT_EQ("", properties.GetProperty(key));
+    EXPECT_EQ("other", properties.GetProperty("ke"));
+  }
 }
 
-TEST(LogPropertiesTest, GivesTheValueThatWasAdded) {
+TEST(LogPropertiesTest, DistinguishesKeysByEveryByte) {
   LogProperties properties;
+  const std::vector<std::string> keys{"key", "Key", "key ", "key\0"s, ""};
+  for (const std::string& key : keys) EXPECT_TRUE(properties.AddProperty(key, "of " + key));
 
-  EXPECT_TRUE(properties.AddProperty("key", "value"));
-
-  EXPECT_EQ("value", properties.GetProperty("key"));
-}
-
-TEST(LogPropertiesTest, KeepsTheFirstValueThatWasAdded) {
-  LogProperties properties;
-  properties.AddProperty("key", "first");
-
-  EXPECT_FALSE(properties.AddProperty("key", "second"));
-
-  EXPECT_EQ("first", properties.GetProperty("key"));
-}
-
-TEST(LogPropertiesTest, KeepsAnEmptyValueThatWasAddedFirst) {
-  LogProperties properties;
-  properties.AddProperty("key", "");
-
-  EXPECT_FALSE(properties.AddProperty("key", "second"));
-
-  EXPECT_EQ("", properties.GetProperty("key"));
-}
-
-TEST(LogPropertiesTest, TellsKeysApartByEveryByte) {
-  LogProperties properties;
-  properties.AddProperty("key", "lower");
-  properties.AddProperty("Key", "upper");
-  properties.AddProperty("key ", "blank");
-  properties.AddProperty(std::string("key\0", 4), "zero");
-
-  EXPECT_EQ("lower", properties.GetProperty("key"));
-  EXPECT_EQ("upper", properties.GetProperty("Key"));
-  EXPECT_EQ("blank", properties.GetProperty("key "));
-  EXPECT_EQ("zero", properties.GetProperty(std::string("key\0", 4)));
-  EXPECT_EQ("", properties.GetProperty("KEY"));
-}
-
-TEST(LogPropertiesTest, TakesTheEmptyKey) {
-  LogProperties properties;
-
-  EXPECT_TRUE(properties.AddProperty("", "value"));
-  EXPECT_FALSE(properties.AddProperty("", "other"));
-
-  EXPECT_EQ("value", properties.GetProperty(""));
-  EXPECT_TRUE(properties.RemoveProperty(""));
-  EXPECT_EQ("", properties.GetProperty(""));
-}
-
-TEST(LogPropertiesTest, AddsKeysAndValuesAsTheyStand) {
-  LogProperties properties;
-
-  properties.AddProperty(" k=#\" ", " \"v\" # = \n");
-
-  EXPECT_EQ(" \"v\" # = \n", properties.GetProperty(" k=#\" "));
-}
-
-TEST(LogPropertiesTest, GivesValuesThatLaterChangesLeaveAlone) {
-  LogProperties properties;
-  properties.AddProperty("key", "value");
-
-  logstring value = properties.GetProperty("key");
-  value += " changed";
-
-  EXPECT_EQ("value", properties.GetProperty("key"));
-}
-
-TEST(LogPropertiesTest, RemovesAnEntryOnce) {
-  LogProperties properties;
-  properties.AddProperty("key", "value");
-  properties.AddProperty("other", "stays");
-
-  EXPECT_TRUE(properties.RemoveProperty("key"));
-  EXPECT_FALSE(properties.RemoveProperty("key"));
-
-  EXPECT_EQ("", properties.GetProperty("key"));
-  EXPECT_EQ("stays", properties.GetProperty("other"));
-}
-
-TEST(LogPropertiesTest, TakesAKeyAgainThatWasRemoved) {
-  LogProperties properties;
-  properties.AddProperty("key", "former");
-  properties.RemoveProperty("key");
-
-  EXPECT_TRUE(properties.AddProperty("key", "new"));
-
-  EXPECT_EQ("new", properties.GetProperty("key"));
+  for (const std::string& key : keys) EXPECT_EQ("of " + key, properties.GetProperty(key));
 }
 
 TEST(LogPropertiesTest, IsEmptyAfterClear) {
   LogProperties properties;
+  EXPECT_TRUE(properties.Clear());
   properties.AddProperty("a", "1");
   properties.AddProperty("b", "2");
 
   EXPECT_TRUE(properties.Clear());
 
-  EXPECT_FALSE(properties.RemoveProperty("a"));
-  EXPECT_FALSE(properties.RemoveProperty("b"));
+  EXPECT_EQ(kNone, Taken(properties, "a"));
+  EXPECT_EQ(kNone, Taken(properties, "b"));
 }
 
-TEST(LogPropertiesTest, ClearsAnEmptySet) {
-  LogProperties properties;
-
-  EXPECT_TRUE(properties.Clear());
-}
-
-TEST(LogPropertiesTest, IsEmptyWhenCopyConstructed) {
-  LogProperties source;
-  source.AddProperty("key", "value");
-
-  LogProperties copy(source);
-
-  EXPECT_FALSE(copy.RemoveProperty("key"));
-  EXPECT_EQ("value", source.GetProperty("key"));
-}
-
-TEST(LogPropertiesTest, KeepsItsOwnEntriesWhenAssignedTo) {
+TEST(LogPropertiesTest, CopiesNoEntries) {
   LogProperties source;
   source.AddProperty("key", "value");
   source.AddProperty("common", "source");
   LogProperties target;
-  target.AddProperty("own", "stays");
   target.AddProperty("common", "target");
 
+  LogProperties copy(source);
   LogProperties& result = (target = source);
+  target.Assign(source);
+  const LogProperties& self = source;
+  LogProperties& same = (source = self);
 
+  EXPECT_EQ(kNone, Taken(copy, "key"));
   EXPECT_EQ(&target, &result);
-  EXPECT_EQ("stays", target.GetProperty("own"));
-  EXPECT_EQ("target", target.GetProperty("common"));
-  EXPECT_FALSE(target.RemoveProperty("key"));
+  EXPECT_EQ("target", Taken(target, "common"));
+  EXPECT_EQ(kNone, Taken(target, "key"));
+  EXPECT_EQ(&source, &same);
   EXPECT_EQ("value", source.GetProperty("key"));
 }
 
-TEST(LogPropertiesTest, KeepsItsEntriesWhenAssignedToItself) {
-  LogProperties properties;
-  properties.AddProperty("key", "value");
-  const LogProperties& self = properties;
+// Lines.
 
-  LogProperties& result = (properties = self);
-
-  EXPECT_EQ(&properties, &result);
-  EXPECT_EQ("value", properties.GetProperty("key"));
+TEST(LogPropertiesTest, ReadsAKeyAndAValueFromALine) {
+  std::string allBytes;
+  for (int byte = 1; byte < 256; ++byte) {
+    if (byte != '\n' && byte != '#' && byte != '"') allBytes.push_back(static_cast<char>(byte));
+  }
+  const struct {
+    std::string text;
+    std::string key;
+    std::string value;
+  } rows[] = {
+      {"a = 1\nb=2\n", "a", "1"},
+      {"a = 1\nb=2\n", "b", "2"},
+      {"a = 1\nb = 2", "b", "2"},  // The last line without a line feed.
+      {"", "", kNone},
+      // Blanks around a key and a value.
+      {"   loglevel   =   3   \n", "loglevel", "3"},
+      {" \t\v\f\rloglevel \t\v\f\r=\t\v\f\r 3\t\v\f\r \n", "loglevel", "3"},
+      {"my \t key = a \t b\n", "my \t key", "a \t b"},
+      {"a = 1\r\n\r\nb = \"2\"\r\n# note\r\nc =\r\nd = 4\r", "a", "1"},
+      {"a = 1\r\n\r\nb = \"2\"\r\n# note\r\nc =\r\nd = 4\r", "b", "2"},
+      {"a = 1\r\n\r\nb = \"2\"\r\n# note\r\nc =\r\nd = 4\r", "c", ""},
+      {"a = 1\r\n\r\nb = \"2\"\r\n# note\r\nc =\r\nd = 4\r", "d", "4"},
+      // The first separator.
+      {"name = a = b\n", "name", "a = b"},
+      {"name ==\n", "name", "="},
+      {"\"a = b\" = c\n", "\"a", "b\" = c"},
+      {"= value\n", "", "value"},
+      {"   = value\n", "", "value"},
+      {"\"\" = value\n", "", "value"},
+      {"=", "", ""},
+      // The first comment sign.
+      {"name = value # note\n", "name", "value"},
+      {"name = value#note # again\n", "name", "value"},
+      {"name = value # other = 3\n", "name", "value"},
+      {"name = # note\n", "name", ""},
+      {"name = a\\#b\n", "name", "a\\"},
+      {"name = \"a#b\"\n", "name", "\"a"},
+      {"name # = value\n", "name", kNone},
+      {"name # = value\n", "name #", kNone},
+      {"#a = 1\n", "#a", kNone},
+      // Lines without a separator.
+      {"\n   \n# whole-line comment\n[section]\nword\n", "", kNone},
+      {"[section]\nword\n", "[section]", kNone},
+      {"[section]\nword\n", "word", kNone},
+      {"[section]\nname = 1\n", "name", "1"},
+      // No continued lines, escapes and substitutions.
+      {"a = 1 \\\n  2\nb = 3\n", "a", "1 \\"},
+      {"a = 1 \\\n  2\nb = 3\n", "b", "3"},
+      {"name = \\t\\n $HOME ${HOME} %d\n", "name", "\\t\\n $HOME ${HOME} %d"},
+      // Quotes.
+      {"name = \"  padded  \"\n", "name", "  padded  "},
+      {"name =   \"   \"   \n", "name", "   "},
+      {"  \" my key \"  = value\n", " my key ", "value"},
+      {"name = \"\"\n", "name", ""},
+      {"name = \"open\n", "name", "\"open"},
+      {"name = \"open  \n", "name", "\"open"},
+      {"name = \"  open\n", "name", "\"  open"},
+      {"name = \"a\" b\n", "name", "\"a\" b"},
+      {"name = \"a \"b\" c\"\n", "name", "a \"b\" c"},
+      {"name = \"\"a\"\"\n", "name", "\"a\""},
+      {"name = a \"b\"\n", "name", "a \"b\""},
+      {"name = 'a'\n", "name", "'a'"},
+      // The last line of a key.
+      {"name = first\nother = 1\n name=second\n", "name", "second"},
+      {"name = first\nname =\n", "name", ""},
+      // Bytes: a line ends at its first zero byte.
+      {"a = 1\0 2\nb\0 = 2\nc = 3\n"s, "a", "1"},
+      {"a = 1\0 2\nb\0 = 2\nc = 3\n"s, "b", kNone},
+      {"a = 1\0 2\nb\0 = 2\nc = 3\n"s, "c", "3"},
+      {"name = \"" + allBytes + "\"\n", "name", allBytes},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.value, ValueIn(row.text, row.key)) << row.text;
 }
 
-TEST(LogPropertiesTest, CopiesNothingWithAssign) {
-  LogProperties source;
-  source.AddProperty("key", "value");
-  LogProperties target;
-  target.AddProperty("own", "stays");
-
-  target.Assign(source);
-
-  EXPECT_EQ("stays", target.GetProperty("own"));
-  EXPECT_FALSE(target.RemoveProperty("key"));
-}
-
-TEST(LogPropertiesTest, LoadsOnePairPerLine) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "a = 1\nb = 2\nc=3\n"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ("2", properties.GetProperty("b"));
-  EXPECT_EQ("3", properties.GetProperty("c"));
-}
-
-TEST(LogPropertiesTest, LoadsALastLineWithoutALineFeed) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "a = 1\nb = 2"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ("2", properties.GetProperty("b"));
-}
-
-TEST(LogPropertiesTest, LoadsAnEmptyStream) {
+TEST(LogPropertiesTest, AddsWhatItLoadsAndReplacesFormerValues) {
   LogProperties properties;
   properties.AddProperty("own", "stays");
+  properties.AddProperty("name", "added");
 
+  EXPECT_TRUE(LoadText(properties, "name = loaded\na = 1\n"));
+  EXPECT_EQ("loaded", properties.GetProperty("name"));
+  EXPECT_TRUE(LoadText(properties, "a = 10\n"));
   EXPECT_TRUE(LoadText(properties, ""));
 
-  EXPECT_EQ("stays", properties.GetProperty("own"));
-  EXPECT_FALSE(TakesOut(properties, ""));
-}
-
-TEST(LogPropertiesTest, LoadsLinesWithCarriageReturns) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "a = 1\r\n\r\nb = \"2\"\r\n# note\r\nc =\r\nd = 4\r"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ("2", properties.GetProperty("b"));
-  EXPECT_EQ("4", properties.GetProperty("d"));
-  EXPECT_TRUE(TakesOut(properties, "c"));
-}
-
-TEST(LogPropertiesTest, TrimsKeyAndValue) {
-  EXPECT_EQ("3", ValueIn("   loglevel   =   3   \n", "loglevel"));
-  EXPECT_EQ("3", ValueIn(" \t\v\f\rloglevel \t\v\f\r=\t\v\f\r 3\t\v\f\r \n", "loglevel"));
-}
-
-TEST(LogPropertiesTest, KeepsBlanksWithinKeyAndValue) {
-  EXPECT_EQ("a \t b", ValueIn("my \t key = a \t b\n", "my \t key"));
-}
-
-TEST(LogPropertiesTest, SplitsALineAtItsFirstSeparator) {
-  EXPECT_EQ("a = b", ValueIn("name = a = b\n", "name"));
-  EXPECT_EQ("=", ValueIn("name ==\n", "name"));
-  EXPECT_EQ("b\" = c", ValueIn("\"a = b\" = c\n", "\"a"));
-}
-
-TEST(LogPropertiesTest, EndsALineAtItsFirstCommentSign) {
-  EXPECT_EQ("value", ValueIn("name = value # note\n", "name"));
-  EXPECT_EQ("value", ValueIn("name = value#note # again\n", "name"));
-  EXPECT_EQ("value", ValueIn("name = value # other = 3\n", "name"));
-}
-
-TEST(LogPropertiesTest, HasNoEscapeForACommentSign) {
-  EXPECT_EQ("a\\", ValueIn("name = a\\#b\n", "name"));
-}
-
-TEST(LogPropertiesTest, EndsAQuotedValueAtACommentSign) {
-  EXPECT_EQ("\"a", ValueIn("name = \"a#b\"\n", "name"));
-}
-
-TEST(LogPropertiesTest, IgnoresALineWhoseSeparatorIsInItsComment) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "name # = value\n"));
-
-  EXPECT_FALSE(TakesOut(properties, "name"));
-  EXPECT_FALSE(TakesOut(properties, "name #"));
-  EXPECT_FALSE(TakesOut(properties, ""));
-}
-
-TEST(LogPropertiesTest, IgnoresLinesWithoutASeparator) {
-  LogProperties properties;
-
-  EXPECT_TRUE(
-      LoadText(properties, "\n   \n# whole-line comment\n#a = 1\n[section]\nword\nb = 2\n"));
-
-  EXPECT_EQ("2", properties.GetProperty("b"));
-  for (const char* const key : {"", "[section]", "section", "word", "a", "#a"}) {
-    EXPECT_FALSE(TakesOut(properties, key)) << key;
-  }
-}
-
-TEST(LogPropertiesTest, HasNoSections) { EXPECT_EQ("1", ValueIn("[section]\nname = 1\n", "name")); }
-
-TEST(LogPropertiesTest, HasNoContinuedLines) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "a = 1 \\\n  2\nb = 3\n"));
-
-  EXPECT_EQ("1 \\", properties.GetProperty("a"));
-  EXPECT_EQ("3", properties.GetProperty("b"));
-}
-
-TEST(LogPropertiesTest, HasNoEscapesOrSubstitutions) {
-  EXPECT_EQ("\\t\\n $HOME ${HOME} %d", ValueIn("name = \\t\\n $HOME ${HOME} %d\n", "name"));
-}
-
-TEST(LogPropertiesTest, KeepsBlanksInQuotes) {
-  EXPECT_EQ("  padded  ", ValueIn("name = \"  padded  \"\n", "name"));
-  EXPECT_EQ("   ", ValueIn("name =   \"   \"   \n", "name"));
-}
-
-TEST(LogPropertiesTest, KeepsBlanksInAQuotedKey) {
-  EXPECT_EQ("value", ValueIn("  \" my key \"  = value\n", " my key "));
-}
-
-TEST(LogPropertiesTest, ReadsQuotesWithNothingBetweenAsEmpty) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "name = \"\"\n"));
-
-  EXPECT_EQ("", properties.GetProperty("name"));
-  EXPECT_TRUE(TakesOut(properties, "name"));
-}
-
-TEST(LogPropertiesTest, KeepsAnOpeningQuoteThatIsNotClosedAtTheEnd) {
-  EXPECT_EQ("\"open", ValueIn("name = \"open\n", "name"));
-  EXPECT_EQ("\"open", ValueIn("name = \"open  \n", "name"));
-  EXPECT_EQ("\"  open", ValueIn("name = \"  open\n", "name"));
-  EXPECT_EQ("\"a\" b", ValueIn("name = \"a\" b\n", "name"));
-}
-
-TEST(LogPropertiesTest, DropsOnlyOnePairOfQuotes) {
-  EXPECT_EQ("a \"b\" c", ValueIn("name = \"a \"b\" c\"\n", "name"));
-  EXPECT_EQ("\"a\"", ValueIn("name = \"\"a\"\"\n", "name"));
-  EXPECT_EQ("a \"b\"", ValueIn("name = a \"b\"\n", "name"));
-  EXPECT_EQ("'a'", ValueIn("name = 'a'\n", "name"));
-}
-
-TEST(LogPropertiesTest, LoadsTheEmptyKey) {
-  EXPECT_EQ("value", ValueIn("= value\n", ""));
-  EXPECT_EQ("value", ValueIn("   = value\n", ""));
-  EXPECT_EQ("value", ValueIn("\"\" = value\n", ""));
-}
-
-TEST(LogPropertiesTest, StoresALoadedKeyWithAnEmptyValue) {
-  LogProperties properties;
-
-  EXPECT_TRUE(LoadText(properties, "a =\nb = # note\n="));
-
-  EXPECT_TRUE(TakesOut(properties, "a"));
-  EXPECT_TRUE(TakesOut(properties, "b"));
-  EXPECT_TRUE(TakesOut(properties, ""));
-}
-
-TEST(LogPropertiesTest, KeepsTheLastLoadedValueOfAKey) {
-  EXPECT_EQ("second", ValueIn("name = first\nother = 1\n name=second\n", "name"));
-  EXPECT_EQ("", ValueIn("name = first\nname =\n", "name"));
-}
-
-TEST(LogPropertiesTest, ReplacesAnAddedValueWhenLoading) {
-  LogProperties properties;
-  properties.AddProperty("name", "added");
-  properties.AddProperty("own", "stays");
-
-  EXPECT_TRUE(LoadText(properties, "name = loaded\n"));
-
+  EXPECT_FALSE(properties.AddProperty("name", "added again"));
   EXPECT_EQ("loaded", properties.GetProperty("name"));
+  EXPECT_EQ("10", properties.GetProperty("a"));
   EXPECT_EQ("stays", properties.GetProperty("own"));
 }
 
-TEST(LogPropertiesTest, AddsToWhatWasLoadedBefore) {
-  LogProperties properties;
-  LoadText(properties, "a = 1\nb = 2\n");
+TEST(LogPropertiesTest, StopsAtALineOfMoreThan511Bytes) {
+  const std::string v509(509, 'v');
+  const std::string blanks(508, ' ');
+  const struct {
+    std::string line;
+    bool isWhole;
+    std::string value;  ///< Of b.
+  } rows[] = {
+      {"b=" + v509.substr(1), true, v509.substr(1)},
+      {"b=" + v509, true, v509},
+      {"b=" + v509 + "X", false, v509},
+      {"b=" + std::string(100000, 'v'), false, v509},
+      {"#" + std::string(510, '-'), true, kNone},
+      {"#" + std::string(511, '-'), false, kNone},
+      {"b=" + blanks + "\r", true, ""},  // Blanks and carriage returns count.
+      {"b=" + blanks + " \r", false, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.line);
+    LogProperties inside;
+    LogProperties last;
 
-  EXPECT_TRUE(LoadText(properties, "b = 20\nc = 30\n"));
+    EXPECT_EQ(row.isWhole, LoadText(inside, "a = 1\n" + row.line + "\nc = 3\n"));
+    EXPECT_EQ(row.isWhole, LoadText(last, row.line));
 
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ("20", properties.GetProperty("b"));
-  EXPECT_EQ("30", properties.GetProperty("c"));
-}
-
-TEST(LogPropertiesTest, KeepsALoadedValueWhenAdding) {
-  LogProperties properties;
-  LoadText(properties, "name = loaded\n");
-
-  EXPECT_FALSE(properties.AddProperty("name", "added"));
-
-  EXPECT_EQ("loaded", properties.GetProperty("name"));
-}
-
-TEST(LogPropertiesTest, LoadsLinesOfUpTo511Bytes) {
-  LogProperties properties;
-  const std::string value510(507, 'v');
-  const std::string value511(508, 'w');
-
-  EXPECT_TRUE(LoadText(properties, "a =" + value510 + "\nb =" + value511 + "\nc = 3\n"));
-
-  EXPECT_EQ(value510, properties.GetProperty("a"));
-  EXPECT_EQ(value511, properties.GetProperty("b"));
-  EXPECT_EQ("3", properties.GetProperty("c"));
-}
-
-TEST(LogPropertiesTest, LoadsALastLineOf510BytesWithoutALineFeed) {
-  const std::string value(508, 'v');
-
-  EXPECT_EQ(value, ValueIn("a=" + value, "a"));
-}
-
-TEST(LogPropertiesTest, LoadsALastLineOf511BytesWithoutALineFeed) {
-  const std::string value(509, 'v');
-
-  EXPECT_EQ(value, ValueIn("a=" + value, "a"));
-}
-
-TEST(LogPropertiesTest, StopsAtALineOf512Bytes) {
-  LogProperties properties;
-  const std::string value(509, 'v');
-
-  EXPECT_FALSE(LoadText(properties, "a = 1\nb=" + value + "X\nc = 3\n"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ(value, properties.GetProperty("b"));
-  EXPECT_FALSE(TakesOut(properties, "c"));
-}
-
-TEST(LogPropertiesTest, StopsAtALastLineOf512BytesWithoutALineFeed) {
-  LogProperties properties;
-  const std::string value(509, 'v');
-
-  EXPECT_FALSE(LoadText(properties, "a=" + value + "X"));
-
-  EXPECT_EQ(value, properties.GetProperty("a"));
-}
-
-TEST(LogPropertiesTest, StopsAtAMuchTooLongLine) {
-  LogProperties properties;
-
-  EXPECT_FALSE(LoadText(properties, "a=1\nb=" + std::string(100000, 'v') + "\nc=3\n"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ(std::string(509, 'v'), properties.GetProperty("b"));
-  EXPECT_FALSE(TakesOut(properties, "c"));
-}
-
-TEST(LogPropertiesTest, StopsAtATooLongComment) {
-  LogProperties properties;
-
-  EXPECT_FALSE(LoadText(properties, "a = 1\n#" + std::string(511, '-') + "\nc = 3\n"));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_FALSE(TakesOut(properties, "c"));
-}
-
-TEST(LogPropertiesTest, PassesACommentOf511Bytes) {
-  EXPECT_EQ("3", ValueIn("#" + std::string(510, '-') + "\nc = 3\n", "c"));
-}
-
-TEST(LogPropertiesTest, CountsBlanksAndCarriageReturnsAsPartOfALine) {
-  const std::string line = "a=" + std::string(508, ' ');
-
-  EXPECT_EQ("3", ValueIn(line + "\r\nc = 3\n", "c"));
-  LogProperties properties;
-  EXPECT_FALSE(LoadText(properties, line + " \r\nc = 3\n"));
-}
-
-TEST(LogPropertiesTest, ReadsALineUpToItsFirstZeroByte) {
-  LogProperties properties;
-  const std::string text("a = 1\0 2\nb\0 = 2\nc = 3\n", 22);
-
-  EXPECT_TRUE(LoadText(properties, text));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_FALSE(TakesOut(properties, "b"));
-  EXPECT_EQ("3", properties.GetProperty("c"));
-}
-
-TEST(LogPropertiesTest, KeepsEveryOtherByte) {
-  std::string value;
-  for (int byte = 1; byte < 256; ++byte) {
-    if (byte != '\n' && byte != '#' && byte != '"') value.push_back(static_cast<char>(byte));
+    EXPECT_EQ("1", Taken(inside, "a"));
+    EXPECT_EQ(row.value, Taken(inside, "b"));
+    EXPECT_EQ(row.isWhole ? "3" : kNone, Taken(inside, "c"));
+    EXPECT_EQ(row.value, Taken(last, "b"));
   }
-
-  EXPECT_EQ(value, ValueIn("name = \"" + value + "\"\n", "name"));
 }
+
+TEST(LogPropertiesTest, DoesNotFollowTheProcessesLocale) {
+  const std::locale former = std::locale::global(std::locale(std::locale(), new LocaleWithBlankX));
+  std::setlocale(LC_ALL, "C.UTF-8");
+
+  EXPECT_EQ("\x85xvaluex\xA0", ValueIn("xkeyx = \x85xvaluex\xA0\n", "xkeyx"));
+
+  std::locale::global(former);
+}
+
+// Streams.
 
 TEST(LogPropertiesTest, ReadsNothingFromAStreamThatIsNotGood) {
   for (const auto state : {std::ios::eofbit, std::ios::failbit, std::ios::badbit}) {
@@ -550,7 +289,7 @@ TEST(LogPropertiesTest, ReadsNothingFromAStreamThatIsNotGood) {
 
     EXPECT_FALSE(properties.Load(in));
 
-    EXPECT_FALSE(TakesOut(properties, "a"));
+    EXPECT_EQ(kNone, Taken(properties, "a"));
     in.clear();
     EXPECT_EQ('a', in.get());
   }
@@ -571,36 +310,29 @@ TEST(LogPropertiesTest, StoresTheLineInWhichItsStreamThrows) {
   EXPECT_TRUE(in.bad());
 }
 
-TEST(LogPropertiesTest, StopsBehindTheLineInWhichItsStreamGoesBad) {
-  std::istream in(nullptr);
-  LineSource source({"a = 1\n", "b = 2\n", "c = 3\n"}, [&in] { in.setstate(std::ios::badbit); });
-  in.rdbuf(&source);
-  LogProperties properties;
+TEST(LogPropertiesTest, StopsAfterTheLineInWhichItsStreamGoesBad) {
+  for (const bool isLast : {false, true}) {
+    SCOPED_TRACE(isLast);
+    std::istream in(nullptr);
+    std::vector<std::string> lines{"a = 1\n", "b = 2"};
+    if (!isLast) lines = {"a = 1\n", "b = 2\n", "c = 3\n"};
+    LineSource source(lines, [&in] { in.setstate(std::ios::badbit); });
+    in.rdbuf(&source);
+    LogProperties properties;
 
-  EXPECT_FALSE(properties.Load(in));
+    EXPECT_FALSE(properties.Load(in));
 
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ("2", properties.GetProperty("b"));
-  EXPECT_FALSE(TakesOut(properties, "c"));
-  EXPECT_EQ(2U, source.LinesGiven());
-}
-
-TEST(LogPropertiesTest, IsFalseForALastLineInWhichItsStreamGoesBad) {
-  std::istream in(nullptr);
-  LineSource source({"a = 1\n", "b = 2"}, [&in] { in.setstate(std::ios::badbit); });
-  in.rdbuf(&source);
-  LogProperties properties;
-
-  EXPECT_FALSE(properties.Load(in));
-
-  EXPECT_EQ("2", properties.GetProperty("b"));
-  EXPECT_TRUE(in.eof());
+    EXPECT_EQ("1", Taken(properties, "a"));
+    EXPECT_EQ("2", Taken(properties, "b"));
+    EXPECT_EQ(kNone, Taken(properties, "c"));
+    EXPECT_EQ(2U, source.LinesGiven());
+    EXPECT_EQ(isLast, in.eof());
+  }
 }
 
 TEST(LogPropertiesTest, LoadsFromAStreamThatGivesByteByByte) {
   std::vector<std::string> bytes;
-  for (const char byte : std::string("a = 1\r\nb = \" 2 \"\n# note\nc=3"))
-    bytes.emplace_back(1, byte);
+  for (const char byte : "a = 1\r\nb = \" 2 \"\n# note\nc=3"s) bytes.emplace_back(1, byte);
   LineSource source(bytes, nullptr);
   std::istream in(&source);
   LogProperties properties;
@@ -612,38 +344,27 @@ TEST(LogPropertiesTest, LoadsFromAStreamThatGivesByteByByte) {
   EXPECT_EQ("3", properties.GetProperty("c"));
 }
 
-TEST(LogPropertiesTest, LoadsAFile) {
+// Files.
+
+TEST(LogPropertiesTest, LoadsFiles) {
   const TemporaryFolder folder;
-  WriteFile(folder.Path("a.ini"), "a = 1\nb = 2");
+  const std::string file = folder.Path("a.ini");
   LogProperties properties;
 
-  EXPECT_TRUE(properties.Load(folder.Path("a.ini")));
+  WriteFile(file, "");
+  EXPECT_TRUE(properties.Load(file));
+  WriteFile(file, "a = 1\nb = 2");
+  EXPECT_TRUE(properties.Load(file));
+  WriteFile(file, "c=" + std::string(510, 'v') + "\nd = 3\n");
+  EXPECT_FALSE(properties.Load(file));
 
   EXPECT_EQ("1", properties.GetProperty("a"));
   EXPECT_EQ("2", properties.GetProperty("b"));
+  EXPECT_EQ(std::string(509, 'v'), properties.GetProperty("c"));
+  EXPECT_EQ(kNone, Taken(properties, "d"));
 }
 
-TEST(LogPropertiesTest, LoadsAnEmptyFile) {
-  const TemporaryFolder folder;
-  WriteFile(folder.Path("a.ini"), "");
-  LogProperties properties;
-
-  EXPECT_TRUE(properties.Load(folder.Path("a.ini")));
-}
-
-TEST(LogPropertiesTest, StopsAtATooLongLineOfAFile) {
-  const TemporaryFolder folder;
-  WriteFile(folder.Path("a.ini"), "a = 1\nb=" + std::string(510, 'v') + "\nc = 3\n");
-  LogProperties properties;
-
-  EXPECT_FALSE(properties.Load(folder.Path("a.ini")));
-
-  EXPECT_EQ("1", properties.GetProperty("a"));
-  EXPECT_EQ(std::string(509, 'v'), properties.GetProperty("b"));
-  EXPECT_FALSE(TakesOut(properties, "c"));
-}
-
-TEST(LogPropertiesTest, StaysAsItIsWhenThereIsNoSuchFile) {
+TEST(LogPropertiesTest, StaysAsItIsWhenAFileCannotBeRead) {
   const TemporaryFolder folder;
   LogProperties properties;
   properties.AddProperty("own", "stays");
@@ -651,21 +372,10 @@ TEST(LogPropertiesTest, StaysAsItIsWhenThereIsNoSuchFile) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   EXPECT_FALSE(properties.Load(folder.Path("missing.ini")));
-
-  EXPECT_EQ("", testing::internal::GetCapturedStderr());
-  EXPECT_EQ("", testing::internal::GetCapturedStdout());
-  EXPECT_EQ("stays", properties.GetProperty("own"));
-}
-
-TEST(LogPropertiesTest, IsFalseForADirectory) {
-  const TemporaryFolder folder;
-  LogProperties properties;
-  properties.AddProperty("own", "stays");
-
-  testing::internal::CaptureStderr();
   EXPECT_FALSE(properties.Load(folder.Path()));
 
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
+  EXPECT_EQ("", testing::internal::GetCapturedStdout());
   EXPECT_EQ("stays", properties.GetProperty("own"));
 }
 
@@ -679,104 +389,49 @@ TEST(LogPropertiesTest, EndsTheProcessForAnEmptyFileName) {
       "Assertion `!fileName\\.empty\\(\\)' failed\\.");
 }
 
-TEST(LogPropertiesTest, DoesNotFollowTheProcessesLocale) {
-  const std::locale former = std::locale::global(std::locale(std::locale(), new SpacedOutLetters));
-  std::setlocale(LC_ALL, "C.UTF-8");
+// Single expressions.
 
-  const std::string value = ValueIn("xkeyx = \x85xvaluex\xA0\n", "xkeyx");
+TEST(LogPropertiesTest, ExtractsATextInPlace) {
+  constexpr std::ptrdiff_t kAnywhere = -1;
+  const struct {
+    std::string text;
+    std::string result;
+    std::ptrdiff_t offset;
+  } rows[] = {
+      {"text", "text", 0},
+      {"  some text\t", "some text", 2},
+      {" \"  a\"  ", "  a", 2},
+      {"\n\n a\nb \n", "a\nb", 3},
+      {"", "", 0},
+      {" \t\n\v\f\r ", "", kAnywhere},
+      {"\"", "\"", 0},
+      {"  \"  ", "\"", 2},
+      {"\"\"", "", 1},
+      {" \"\" ", "", 2},
+      {"\"\"\"", "\"", 1},
+      {"\" \t \"", " \t ", 1},
+      {" \"open ", "\"open", 1},
+      {"\"a\" b", "\"a\" b", 0},
+      {"open\"", "open\"", 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    std::string buffer = "  " + row.text;  // What stands before the text is left alone.
+    char* const text = buffer.data() + 2;
+    LogProperties properties;
+    properties.AddProperty("text", "value");
 
-  EXPECT_EQ("\x85xvaluex\xA0", value);
-  std::locale::global(former);
-}
+    const char* const result = properties.ExtractExpression(text);
 
-TEST(LogPropertiesTest, ExtractsTrimmedText) {
-  const Extracted extracted = Extract("  some text\t");
-
-  EXPECT_EQ("some text", extracted.text);
-  EXPECT_EQ(2, extracted.offset);
-}
-
-TEST(LogPropertiesTest, ExtractsInPlace) {
-  char text[] = " \"  a\"  ";
-  LogProperties properties;
-
-  const char* const result = properties.ExtractExpression(text);
-
-  EXPECT_EQ(text + 2, result);
-  EXPECT_STREQ("  a", result);
-  EXPECT_EQ('\0', text[5]);
-}
-
-TEST(LogPropertiesTest, ExtractsTextThatNeedsNoChange) {
-  const Extracted extracted = Extract("text");
-
-  EXPECT_EQ("text", extracted.text);
-  EXPECT_EQ(0, extracted.offset);
-}
-
-TEST(LogPropertiesTest, ExtractsLineFeedsAsBlanks) {
-  EXPECT_EQ("a\nb", Extract("\n\n a\nb \n").text);
-}
-
-TEST(LogPropertiesTest, ExtractsNothingFromAnEmptyText) {
-  const Extracted extracted = Extract("");
-
-  EXPECT_EQ("", extracted.text);
-  EXPECT_EQ(0, extracted.offset);
-}
-
-TEST(LogPropertiesTest, ExtractsNothingFromAnAllBlankText) {
-  const std::string blanks = " \t\n\v\f\r ";
-
-  const Extracted extracted = Extract(blanks);
-
-  EXPECT_EQ("", extracted.text);
-  EXPECT_GE(extracted.offset, 0);
-  EXPECT_LE(extracted.offset, static_cast<std::ptrdiff_t>(blanks.size()));
-}
-
-TEST(LogPropertiesTest, ExtractsWithoutTouchingWhatIsBeforeTheText) {
-  std::string buffer = "    ";
-  LogProperties properties;
-
-  EXPECT_STREQ("", properties.ExtractExpression(buffer.data() + 2));
-
-  EXPECT_EQ("  ", buffer.substr(0, 2));
-}
-
-TEST(LogPropertiesTest, ExtractsASingleQuoteMark) {
-  EXPECT_EQ("\"", Extract("\"").text);
-  EXPECT_EQ("\"", Extract("  \"  ").text);
-}
-
-TEST(LogPropertiesTest, ExtractsNothingFromAPairOfQuoteMarks) {
-  EXPECT_EQ("", Extract("\"\"").text);
-  EXPECT_EQ("", Extract(" \"\" ").text);
-}
-
-TEST(LogPropertiesTest, ExtractsTheMiddleOneOfThreeQuoteMarks) {
-  EXPECT_EQ("\"", Extract("\"\"\"").text);
-}
-
-TEST(LogPropertiesTest, ExtractsBlanksBetweenQuotes) {
-  EXPECT_EQ(" \t ", Extract("\" \t \"").text);
-}
-
-TEST(LogPropertiesTest, ExtractsAnUnclosedQuoteWithItsMark) {
-  EXPECT_EQ("\"open", Extract(" \"open ").text);
-  EXPECT_EQ("\"a\" b", Extract("\"a\" b").text);
-  EXPECT_EQ("open\"", Extract("open\"").text);
-}
-
-TEST(LogPropertiesTest, ExtractsWithoutALookAtItsEntries) {
-  LogProperties properties;
-  properties.AddProperty("key", "value");
-  char text[] = " key ";
-
-  EXPECT_STREQ("key", properties.ExtractExpression(text));
-
-  EXPECT_EQ("value", properties.GetProperty("key"));
-  EXPECT_FALSE(TakesOut(properties, " key "));
+    EXPECT_EQ(row.result, result);
+    EXPECT_GE(result, text);
+    EXPECT_LE(result, text + row.text.size());
+    if (row.offset != kAnywhere) {
+      EXPECT_EQ(row.offset, result - text);
+    }
+    EXPECT_EQ("  ", buffer.substr(0, 2));
+    EXPECT_EQ("value", properties.GetProperty("text"));
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <ostream>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include "LogLevelManager.h"
 #include "LogProperties.h"
 #include "Logger.h"
+#include "Support/Events.h"
 
 /// A kind of client that remembers the parameters it was given and the lines it would have written.
 /// It is not initialised when its parameter "broken" is "yes".
@@ -31,13 +33,16 @@ class ConfiguredClient : public LogClient {
 
   bool Publish(const LogEvent& event) override {
     if (layout_ == nullptr) return false;
-    std::ostringstream line;
-    layout_->FormatAndAppend(line, event);
-    lines.push_back(line.str());
+    lines.push_back(LineOf(event));
     return true;
   }
 
-  bool HasLayout() const { return layout_ != nullptr; }
+  /// The line that it would write of an event, or nothing without a layout.
+  std::string LineOf(const LogEvent& event) const {
+    std::ostringstream line;
+    if (layout_ != nullptr) layout_->FormatAndAppend(line, event);
+    return line.str();
+  }
 
   /// Makes the kind known to configurators, as "ConfiguredClient".
   static void Register() {
@@ -80,6 +85,40 @@ inline std::vector<LogHandlerClient*> Receivers(const std::string& handler) {
     receivers.push_back(parent->GetLogClientAt(index));
   }
   return receivers;
+}
+
+/// The process's logging system as a text: its levels, its handlers with the levels that are off
+/// and what is attached to them, and its ConfiguredClients with their parameters and a line of
+/// each.
+inline std::string SystemText() {
+  const auto& made = ConfiguredClient::Made();
+  std::ostringstream text;
+  for (const auto& [level, name] : RegisteredLevels()) {
+    text << "level " << level << " " << name << "\n";
+  }
+  for (const std::string& name : Logger::GetLogManager()->GetLogHandlerNames()) {
+    text << "[" << name << "]";
+    for (const auto& [level, ignored] : RegisteredLevels()) {
+      if (!Logger::GetExistingLogHandler(name)->GetLogLevel(level)) text << " -" << level;
+    }
+    for (LogHandlerClient* const receiver : Receivers(name)) {
+      const auto client = std::find(made.begin(), made.end(), receiver);
+      if (auto* const handler = dynamic_cast<LogHandler*>(receiver)) {
+        text << " [" << handler->GetName() << "]";
+      } else if (client != made.end()) {
+        text << " client " << client - made.begin();
+      } else {
+        text << " another client";
+      }
+    }
+    text << "\n";
+  }
+  for (std::size_t index = 0; index < made.size(); ++index) {
+    text << "client " << index << ":";
+    for (const auto& [key, value] : made[index]->parameters) text << " " << key << "=" << value;
+    text << " writes " << made[index]->LineOf(EventWith("text"));
+  }
+  return text.str();
 }
 
 /// The levels among these that the handler accepts.
