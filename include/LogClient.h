@@ -5,6 +5,7 @@
 #include "LogHandlerClient.h"
 #include "LoggerExport.h"
 
+class LogForkListener;
 class LogLayout;
 class LogProperties;
 
@@ -25,6 +26,11 @@ class ForkGuard;
 /// Clients take no lock: the handler that a client is attached to serialises its calls. Attached to
 /// several handlers, or with its layout or state changed while events come in, it needs the
 /// caller's own serialisation.
+///
+/// A process may fork at any time. In the child a client goes on as it is, unless it has a
+/// LogForkListener. A client that is attached to no handler and was made by another thread than the
+/// one that forks may have been half made at that moment: the child's manager forgets it, and does
+/// not delete it at the end.
 class LOGGER_EXPORT LogClient : public LogHandlerClient {
  public:
   LogClient();
@@ -53,6 +59,11 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
   bool SetLayout(LogLayout* layout);
 
  protected:
+  /// Registers what the client does in a forked child; null takes it back. A client does the first
+  /// as the last step of its constructor and the second as the first step of its destructor: a
+  /// thread that forks meanwhile then never meets half a client. The listener stays the client's.
+  void SetForkListener(LogForkListener* listener);
+
   LogLayout* layout_;  ///< Owned; may be null.
   bool initialized_;   ///< What IsInitialize() tells; set by the kinds derived from this one.
 

@@ -9,7 +9,8 @@
 namespace Logger {
 namespace Internal {
 class FileStream;
-class ForkGuard;
+template <typename Client>
+class ForkListenerOf;
 }  // namespace Internal
 }  // namespace Logger
 
@@ -58,9 +59,11 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   bool append_;  ///< Whether Init() keeps what is in the file.
 
  private:
-  friend class Logger::Internal::ForkGuard;
+  template <typename Client>
+  friend class Logger::Internal::ForkListenerOf;
 
   std::atomic<bool> isReopenDue_;
+  std::unique_ptr<LogForkListener> forkListener_;
 
   void Reopen();
   void ContinueInChild(bool wasBusy);

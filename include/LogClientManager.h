@@ -1,13 +1,18 @@
 #pragma once
 
+#include <pthread.h>
+#include <time.h>
+
 #include <list>
 
 #include "LibKelUtilities/MutexWrapper.h"
 #include "LoggerExport.h"
 
 class LogClient;
+class LogForkListener;
 
 namespace Logger {
+class LogManager;
 namespace Internal {
 class ForkGuard;
 }
@@ -30,7 +35,18 @@ class LOGGER_EXPORT LogClientManager : public LibKelUtilities::MutexWrapper {
   void Clear();
 
  private:
+  friend class ::LogClient;
+  friend class Logger::LogManager;
   friend class Logger::Internal::ForkGuard;
 
-  std::list<LogClient*> clients_;
+  struct Entry {
+    LogClient* client;
+    LogForkListener* forkListener;  // Not owned; may be null.
+    pthread_t maker;                // The thread that made the client.
+  };
+  std::list<Entry> clients_;
+
+  std::list<Entry>::iterator Find(const LogClient& client);
+  void SetForkListener(const LogClient& client, LogForkListener* listener);
+  bool DetachAndDelete(const timespec& deadline);
 };

@@ -11,7 +11,8 @@
 namespace Logger {
 namespace Internal {
 class FrameBatch;
-class ForkGuard;
+template <typename Client>
+class ForkListenerOf;
 }  // namespace Internal
 }  // namespace Logger
 
@@ -64,7 +65,8 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   bool SendToServer(bool wait);
 
  private:
-  friend class Logger::Internal::ForkGuard;
+  template <typename Client>
+  friend class Logger::Internal::ForkListenerOf;
 
   enum class Sent { Everything, NotEvenAHeader, PartOfARecord };
 
@@ -77,6 +79,7 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   int ignoredThreadId_;
   int timeout_;  // Milliseconds, or below 0 for none.
   std::unique_ptr<Logger::Internal::FrameBatch> batch_;
+  std::unique_ptr<LogForkListener> forkListener_;
 
   bool CanSend() const;
   bool SendNow(const LogEvent& event);

@@ -10,7 +10,8 @@ struct _xmlNode;
 
 namespace Logger {
 namespace Internal {
-class ForkGuard;
+template <typename Client>
+class ForkListenerOf;
 class XmlBacklog;
 struct XmlEntry;
 class XmlLogFile;
@@ -50,7 +51,8 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   bool Publish(const LogEvent& event) override;
 
  private:
-  friend class Logger::Internal::ForkGuard;
+  template <typename Client>
+  friend class Logger::Internal::ForkListenerOf;
 
   std::string filename_;
   _xmlDoc* document_;  // Owned.
@@ -58,6 +60,7 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
   std::unique_ptr<Logger::Internal::XmlBacklog> backlog_;  // Entries that the document lacks yet.
+  std::unique_ptr<LogForkListener> forkListener_;
 
   void ContinueInChild(bool wasBusy);
   void PublishByLibxml(const LogEvent& event);

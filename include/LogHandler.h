@@ -17,8 +17,9 @@
 namespace Logger {
 class LogManager;
 namespace Internal {
+class ForkGuard;
 class LivingHandlers;
-}
+}  // namespace Internal
 }  // namespace Logger
 
 /// A named logger and a node of the log tree.
@@ -63,8 +64,8 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   void SetName(const logstring& name);
   logstring GetName() const;  ///< A copy. Takes no lock either.
 
-  /// The master switch: an inactive handler rejects every event. Does not wait for the handler's
-  /// lock.
+  /// The master switch: an inactive handler rejects every event. Takes no lock: a signal handler
+  /// may call it.
   void SetLogHandlerActive(bool active);
   bool GetLogHandlerActive() const;  ///< Whether the master switch is on.
 
@@ -121,6 +122,7 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
 
  private:
   friend class Logger::LogManager;
+  friend class Logger::Internal::ForkGuard;
   friend class Logger::Internal::LivingHandlers;
 
   static constexpr unsigned int kLevelsInWord = 64;
@@ -128,24 +130,20 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
   struct SourcePosition;
   class Distribution;
 
-  std::vector<LogHandlerClient*> clients_;    // Not owned, in order of attachment.
-  std::vector<unsigned int> disabledLevels_;  // What is off; everything else is on.
+  std::vector<LogHandlerClient*> clients_;  // Not owned, in order of attachment.
   logstring name_;
-  std::atomic<bool> active_;
-
-  // Bit n is set when level n would be rejected. Its place is known to programs that were built
-  // with LoggerMacros.h: it must not move. It repeats, for the levels that everybody uses, what the
-  // level registry, the list above and the master switch say; LivingHandlers keeps it in step.
+  // Bit n is set when level n would be rejected: what the level registry, the switches below and
+  // the master switch come to. Its place is known to programs that were built with LoggerMacros.h:
+  // it must not move.
   std::atomic<std::uint64_t> rejectedLevels_;
-  std::uint64_t disabledCommon_;  // The list above as bits. Guarded by LivingHandlers.
-  LogHandler* nextLiving_;        // The list of all living handlers. Guarded by LivingHandlers.
-  LogHandler* previousLiving_;
+  std::atomic<bool> isActive_;         // The master switch, as far as `rejectedLevels_` follows it.
+  std::atomic<bool> wantsToBeActive_;  // The master switch, as it was set last.
+  std::atomic<std::uint64_t> disabledCommon_;   // Bit n is set when level n is switched off.
+  std::vector<unsigned int> disabledUncommon_;  // Levels without a bit that are switched off.
   LogEvent event_;  // The one under way, filled again for each. Guarded by the lock, like the next.
   mutable Distribution*
       distributions_;  // Under way on the thread that holds the lock, innermost first.
-  bool isHeld_;        // By LivingHandlers, which guards it.
 
-  static bool IsRegistered(unsigned int level);
   inline bool Accepts(unsigned int level) const;
   bool AcceptsUncommon(unsigned int level) const;
   bool IsDisabled(unsigned int level) const;
@@ -160,6 +158,11 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
                      std::size_t length);
   inline bool PublishText(unsigned int level, const SourcePosition& position, const char* text,
                           std::size_t length);
-  void DropReceivers();
-  void ContinueInChild();
+  void UpdateRejectedLevels() noexcept;
+  bool HasReceiver(const LogHandlerClient& receiver) const;
+  LogHandlerClient* EraseReceiverAt(std::size_t index);
+  void EraseReceiver(const LogHandlerClient& receiver);
+  void EraseReceivers();
+  void RemoveAllReceivers();
+  void ContinueInChild(bool isHeld);
 };

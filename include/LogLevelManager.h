@@ -1,8 +1,8 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include "LibKelUtilities/MutexWrapper.h"
@@ -15,7 +15,7 @@
 ///
 /// A new registry is empty: every level that a system uses is registered by its configuration or by
 /// code. Levels are never taken back, and stay in the order in which they were registered. Any
-/// thread may register and read at any time; readers take no lock.
+/// thread may register and read at any time.
 class LOGGER_EXPORT LogLevelManager : public LibKelUtilities::MutexWrapper {
  public:
   LogLevelManager();
@@ -41,17 +41,14 @@ class LOGGER_EXPORT LogLevelManager : public LibKelUtilities::MutexWrapper {
  private:
   friend struct Logger::Internal::LevelAccess;
 
-  /// Levels below this number are looked up without a search.
+  /// Levels below this number are looked up without a lock.
   static constexpr unsigned int kCommonLevels = 64;
 
-  std::atomic<LogLevel**> levels_;  // In order of registration; `count_` of them are set.
-  std::atomic<std::size_t> count_;  // Raised after its entry is in place.
-  std::size_t capacity_;            // Of `levels_`. Guarded by the mutex, like `formerArrays_`.
-  std::vector<LogLevel**> formerArrays_;  // Outgrown, kept for the readers that still look at them.
+  std::vector<LogLevel*> levels_;                 // Owned, in order of registration.
+  std::map<unsigned int, LogLevel*> uncommon_;    // By number, from kCommonLevels on.
   std::atomic<LogLevel*> common_[kCommonLevels];  // By number; null where not registered.
   std::atomic<std::uint64_t> registeredCommon_;   // Bit n: level n is registered, all over.
   const LogLevel unregistered_;                   // Stands in for any other level; has no name.
 
   const LogLevel* Find(unsigned int level) const;
-  void MakeRoomForOne();
 };

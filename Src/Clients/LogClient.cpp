@@ -23,6 +23,11 @@ void LogClient::Init() {
   initialized_ = false;
 }
 
+void LogClient::SetForkListener(LogForkListener* listener) {
+  LogClientManager* manager = Logger::GetLogManager()->GetLogClientManager();
+  if (manager != nullptr) manager->SetForkListener(*this, listener);
+}
+
 bool LogClient::IsInitialize() { return initialized_; }
 
 bool LogClient::IsLogClient() const { return true; }

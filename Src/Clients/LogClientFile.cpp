@@ -3,6 +3,7 @@
 #include <new>
 
 #include "Clients/FileStream.h"
+#include "Clients/ForkListenerOf.h"
 #include "Internal/CancellationHold.h"
 #include "Layouts/DirectLine.h"
 #include "LogLayout.h"
@@ -12,6 +13,7 @@ using Logger::Internal::AppendDirectLine;
 using Logger::Internal::ByteBuffer;
 using Logger::Internal::CancellationHold;
 using Logger::Internal::FileStream;
+using Logger::Internal::ForkListenerOf;
 
 namespace {
 
@@ -34,6 +36,7 @@ namespace {
 LogClientFile::LogClientFile(const std::string& filename, bool append)
     : stream_(new FileStream), filename_(filename), append_(append), isReopenDue_(false) {
   Init();
+  forkListener_ = std::make_unique<ForkListenerOf<LogClientFile>>(*this);
 }
 
 LogClientFile::LogClientFile(const LogProperties& properties)
@@ -42,10 +45,11 @@ LogClientFile::LogClientFile(const LogProperties& properties)
       append_(properties.GetProperty("fileappend") != "false"),  // On unless exactly this word.
       isReopenDue_(false) {
   if (!filename_.empty()) Init();
+  forkListener_ = std::make_unique<ForkListenerOf<LogClientFile>>(*this);
 }
 
 // The stream writes what it still has and closes its file.
-LogClientFile::~LogClientFile() = default;
+LogClientFile::~LogClientFile() { forkListener_.reset(); }
 
 bool LogClientFile::Init() {
   if (!filename_.empty()) stream_->Open(filename_, append_);

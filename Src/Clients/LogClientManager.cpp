@@ -2,10 +2,12 @@
 
 #include <algorithm>
 
+#include "Core/LivingHandlers.h"
 #include "Internal/Require.h"
 #include "LogClient.h"
 
 using Logger::Internal::Contract;
+using Logger::Internal::LivingHandlers;
 using Logger::Internal::Require;
 
 namespace {
@@ -21,26 +23,46 @@ LogClientManager::LogClientManager() = default;
 
 LogClientManager::~LogClientManager() = default;
 
+std::list<LogClientManager::Entry>::iterator LogClientManager::Find(const LogClient& client) {
+  return std::find_if(clients_.begin(), clients_.end(),
+                      [&](const Entry& entry) { return entry.client == &client; });
+}
+
 void LogClientManager::AddLogClient(LogClient* lc) {
   Require(lc != nullptr, kAddLogClient);
   const ThreadGuard guard(GetMutex());
-  if (std::find(clients_.begin(), clients_.end(), lc) == clients_.end()) clients_.push_back(lc);
+  if (Find(*lc) == clients_.end()) clients_.push_back({lc, nullptr, pthread_self()});
 }
 
 void LogClientManager::RemoveLogClient(LogClient* lc) {
   Require(lc != nullptr, kRemoveLogClient);
   const ThreadGuard guard(GetMutex());
-  const auto found = std::find(clients_.begin(), clients_.end(), lc);
+  const auto found = Find(*lc);
   if (found != clients_.end()) clients_.erase(found);
+}
+
+void LogClientManager::SetForkListener(const LogClient& client, LogForkListener* listener) {
+  const ThreadGuard guard(GetMutex());
+  const auto found = Find(client);
+  if (found != clients_.end()) found->forkListener = listener;
 }
 
 void LogClientManager::Clear() {
   const ThreadGuard guard(GetMutex());
-  const std::list<LogClient*> present = clients_;
-  for (LogClient* client : present) {
+  for (const Entry& present : std::list<Entry>(clients_)) {
     // Each one leaves the list as it is deleted; a client may also have deleted another.
-    const bool isListed = std::find(clients_.begin(), clients_.end(), client) != clients_.end();
-    if (isListed) delete client;
+    if (Find(*present.client) != clients_.end()) delete present.client;
   }
   clients_.clear();
+}
+
+/// Takes each client out of its handlers and deletes it. False when some are left, because another
+/// thread held one of their handlers up to the deadline, or made them meanwhile.
+bool LogClientManager::DetachAndDelete(const timespec& deadline) {
+  const ThreadGuard guard(GetMutex());
+  for (const Entry& present : std::list<Entry>(clients_)) {
+    if (Find(*present.client) == clients_.end()) continue;
+    if (LivingHandlers::Detach(*present.client, deadline)) delete present.client;
+  }
+  return clients_.empty();
 }

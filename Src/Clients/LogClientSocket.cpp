@@ -4,6 +4,7 @@
 #include <iterator>
 #include <new>
 
+#include "Clients/ForkListenerOf.h"
 #include "Clients/FrameBatch.h"
 #include "Internal/Decimal.h"
 #include "Internal/ReportError.h"
@@ -12,6 +13,7 @@
 
 namespace WireFormat = Logger::Internal::WireFormat;
 using LibKelUtilities::SocketWrapper;
+using Logger::Internal::ForkListenerOf;
 using Logger::Internal::FrameBatch;
 using Logger::Internal::ParseDecimal;
 using Logger::Internal::ReportError;
@@ -78,6 +80,7 @@ LogClientSocket::LogClientSocket(std::string serverAddress, int serverPort, bool
       timeout_(SocketWrapper::kNoTimeout),
       batch_(new FrameBatch) {
   Init();
+  forkListener_ = std::make_unique<ForkListenerOf<LogClientSocket>>(*this);
 }
 
 LogClientSocket::LogClientSocket(const LogProperties& properties)
@@ -88,9 +91,10 @@ LogClientSocket::LogClientSocket(const LogProperties& properties)
       timeout_(TimeoutOf(properties.GetProperty("timeout"))),
       batch_(new FrameBatch) {
   if (!serverAddress_.empty() && serverPort_ != 0) Init();
+  forkListener_ = std::make_unique<ForkListenerOf<LogClientSocket>>(*this);
 }
 
-LogClientSocket::~LogClientSocket() = default;
+LogClientSocket::~LogClientSocket() { forkListener_.reset(); }
 
 void LogClientSocket::Init() {
   if (!socket_.IsValid()) return;

@@ -1,5 +1,6 @@
 #include "LogClientXml.h"
 
+#include "Clients/ForkListenerOf.h"
 #include "Clients/XmlBacklog.h"
 #include "Clients/XmlEntry.h"
 #include "Clients/XmlEntryText.h"
@@ -14,6 +15,7 @@
 using Logger::Internal::AppendByLibxml;
 using Logger::Internal::AppendSimply;
 using Logger::Internal::CancellationHold;
+using Logger::Internal::ForkListenerOf;
 using Logger::Internal::NewEntry;
 using Logger::Internal::WithoutForbiddenCharacters;
 using Logger::Internal::XmlBacklog;
@@ -48,6 +50,7 @@ LogClientXml::LogClientXml(const std::string& filename, const std::string& xslfi
       escapesText_(false),
       file_(new XmlLogFile(filename)) {
   Init(xslfilename);
+  forkListener_ = std::make_unique<ForkListenerOf<LogClientXml>>(*this);
 }
 
 LogClientXml::LogClientXml(const LogProperties& properties)
@@ -56,6 +59,7 @@ LogClientXml::LogClientXml(const LogProperties& properties)
 }
 
 LogClientXml::~LogClientXml() {
+  forkListener_.reset();
   const CancellationHold hold;
   const XmlSilence silence;
   // Without memory for the whole document the file stays as it is, which mostly has it all.

@@ -4,50 +4,58 @@
 
 class LogHandler;
 class LogHandlerClient;
-class LogLevelManager;
 
 namespace Logger::Internal {
 
-/// Every living handler of the process, the manager's and the application's own, with its word of
-/// the levels below 64 that it would reject.
+struct LivingHandler {
+  LogHandler* handler;
+  bool isHeld;  ///< While the process forks: the forking thread holds the handler's lock.
+};
+
+/// Every living handler of the process, the manager's and the application's own.
 ///
-/// The words follow all that can change them: a handler's switches, its master switch, and the
-/// levels of the process's registry. All operations take one lock, under which no other is ever
-/// taken, and safe from any thread.
+/// The list has a lock of its own. A thread that holds a handler's lock may take it, so a thread
+/// that holds the list takes a handler's lock only by HoldUntil, with a deadline.
+///
+/// What a handler publishes to changes under both locks, the handler's and the list's: either is
+/// enough to read it. So a handler can be asked for its receivers while a thread hangs in it.
 class LivingHandlers {
  public:
-  static void Enter(LogHandler& handler) noexcept;
-  static void Leave(LogHandler& handler) noexcept;
+  /// Holds the list for a scope.
+  class Guard {
+   public:
+    Guard();
+    ~Guard();
 
-  /// From now on the registry decides which levels are registered; null when there is none.
-  static void FollowRegistry(const LogLevelManager* levels) noexcept;
-  /// A registry has another level. That of some other registry than the process's changes nothing.
-  static void LevelsChanged(const LogLevelManager& levels) noexcept;
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+  };
 
-  static void SetActive(LogHandler& handler, bool active) noexcept;
-  /// A level of any number was switched on or off.
-  static void SetDisabled(LogHandler& handler, unsigned int level, bool disabled) noexcept;
+  static void Enter(LogHandler& handler);
+  static void Leave(const LogHandler& handler) noexcept;
 
-  /// Takes the locks of all handlers, and keeps the list as it is. False when they could not all be
-  /// had up to the deadline (CLOCK_MONOTONIC): those that could are held then.
-  static bool HoldAll(const timespec& deadline) noexcept;
-  static void ReleaseAll() noexcept;  ///< Undoes HoldAll, whatever it told.
-  /// Detaches all receivers from all handlers. False when a thread that is busy with a handler does
-  /// not come to an end: its receivers stay.
-  static bool DropAllReceivers() noexcept;
+  /// Has every handler follow the levels that are registered now.
+  static void UpdateAll() noexcept;
 
-  /// Makes all handlers usable in a forked child, after HoldAll.
+  /// Takes the receiver out of every handler. False when a handler that has it is held by another
+  /// thread up to the deadline (CLOCK_MONOTONIC): the receiver stays attached there.
+  static bool Detach(const LogHandlerClient& receiver, const timespec& deadline);
+  /// Takes all receivers out of every handler whose lock can be had. False when some cannot.
+  static bool DetachAll(const timespec& deadline);
+
+  struct Range {
+    LivingHandler* first;
+    LivingHandler* last;
+    LivingHandler* begin() const { return first; }
+    LivingHandler* end() const { return last; }
+  };
+  /// The entries, for a caller that holds the list or is the only thread.
+  static Range All() noexcept;
+
+  // For a fork, which holds the list longer than a scope.
+  static bool HoldUntil(const timespec& deadline) noexcept;
+  static void Release() noexcept;
   static void RenewInChild() noexcept;
-  /// Whether a thread that does not exist in the child may have been in this receiver: the lock of
-  /// a handler that it is attached to could not be had.
-  static bool WasBusyAtFork(const LogHandlerClient& receiver) noexcept;
-
- private:
-  static bool TryToDropReceivers(const timespec& deadline);
-  static void Link(LogHandler& handler);
-  static void Unlink(LogHandler& handler);
-  static void Refresh(LogHandler& handler, bool active);
-  static void RefreshAll();
 };
 
 }  // namespace Logger::Internal

@@ -10,11 +10,11 @@
 #include "Core/EventAccess.h"
 #include "Core/LevelAccess.h"
 #include "Core/LivingHandlers.h"
+#include "Core/ProcessLevels.h"
 #include "Internal/ErrnoKeeper.h"
 #include "Internal/FormattedText.h"
 #include "Internal/Require.h"
 #include "LibKelUtilities/GetTid.h"
-#include "LogLevelManager.h"
 #include "Logger.h"
 
 using Logger::Internal::Contract;
@@ -23,6 +23,7 @@ using Logger::Internal::EventAccess;
 using Logger::Internal::FormattedText;
 using Logger::Internal::LevelAccess;
 using Logger::Internal::LivingHandlers;
+using Logger::Internal::ProcessLevels;
 using Logger::Internal::Require;
 
 namespace {
@@ -83,14 +84,12 @@ class LogHandler::Distribution {
 
 LogHandler::LogHandler(const logstring& name)
     : name_(name),
-      active_(false),
       rejectedLevels_(0),
+      isActive_(false),
+      wantsToBeActive_(false),
       disabledCommon_(0),
-      nextLiving_(nullptr),
-      previousLiving_(nullptr),
       event_(EmptyEvent()),
-      distributions_(nullptr),
-      isHeld_(false) {
+      distributions_(nullptr) {
   LivingHandlers::Enter(*this);
   LogHandler::Init();
 }
@@ -113,41 +112,56 @@ void LogHandler::SetName(const logstring& name) { name_ = name; }
 
 logstring LogHandler::GetName() const { return name_; }
 
-void LogHandler::SetLogHandlerActive(bool active) { LivingHandlers::SetActive(*this, active); }
+void LogHandler::SetLogHandlerActive(bool active) {
+  static_assert(
+      std::atomic<bool>::is_always_lock_free && std::atomic<std::uint64_t>::is_always_lock_free,
+      "A signal handler may call it.");
+  wantsToBeActive_ = active;
+  UpdateRejectedLevels();
+}
 
-bool LogHandler::GetLogHandlerActive() const { return active_; }
+bool LogHandler::GetLogHandlerActive() const { return isActive_; }
 
-/// No level is registered once the process's manager has ended the logging.
-bool LogHandler::IsRegistered(unsigned int level) {
-  Logger::LogManager* const manager = Logger::LogManager::IfThereIsOne();
-  return manager != nullptr && manager->GetLogLevelManager()->ExistLogLevel(level);
+/// Makes the word follow its causes, each of which any thread and any signal handler may change
+/// meanwhile. It is right in the end: a thread that stored something outdated sees that afterwards,
+/// and stores again. A thread that sees the handler active finds that it accepts events.
+void LogHandler::UpdateRejectedLevels() noexcept {
+  constexpr std::uint64_t kEveryLevel = ~std::uint64_t{0};
+  const auto rejected = [this](bool isActive) {
+    return isActive ? ~ProcessLevels::Common() | disabledCommon_ : kEveryLevel;
+  };
+  bool isActive;
+  std::uint64_t word;
+  do {
+    isActive = wantsToBeActive_;
+    word = rejected(isActive);
+    rejectedLevels_ = word;
+    isActive_ = isActive;
+  } while (isActive != wantsToBeActive_ || word != rejected(isActive));
 }
 
 void LogHandler::SetLogLevel(unsigned int level, bool enable) {
-  if (!IsRegistered(level)) return;
+  if (!ProcessLevels::Exists(level)) return;
   const TurnGuard guard(*this);
-  const auto found = std::find(disabledLevels_.begin(), disabledLevels_.end(), level);
-  const bool isEnabled = found == disabledLevels_.end();
-  if (enable == isEnabled) return;
-  if (enable) {
-    disabledLevels_.erase(found);
-  } else {
-    disabledLevels_.push_back(level);
+  if (level < kLevelsInWord) {
+    const std::uint64_t bit = std::uint64_t{1} << level;
+    disabledCommon_ = enable ? disabledCommon_ & ~bit : disabledCommon_ | bit;
+    return UpdateRejectedLevels();
   }
-  LivingHandlers::SetDisabled(*this, level, !enable);
+  const auto end = std::remove(disabledUncommon_.begin(), disabledUncommon_.end(), level);
+  disabledUncommon_.erase(end, disabledUncommon_.end());
+  if (!enable) disabledUncommon_.push_back(level);
 }
 
 bool LogHandler::GetLogLevel(unsigned int level) {
-  return IsRegistered(level) && IsEnabledFor(level);
+  return ProcessLevels::Exists(level) && IsEnabledFor(level);
 }
 
 bool LogHandler::IsEnabledFor(unsigned int level) const {
+  if (level < kLevelsInWord) return (disabledCommon_ >> level & 1) == 0;
   const TurnGuard guard(*this);
-  return !IsDisabled(level);
-}
-
-bool LogHandler::IsDisabled(unsigned int level) const {
-  return std::find(disabledLevels_.begin(), disabledLevels_.end(), level) != disabledLevels_.end();
+  return std::find(disabledUncommon_.begin(), disabledUncommon_.end(), level) ==
+         disabledUncommon_.end();
 }
 
 /// HandleLogEvent, in place.
@@ -160,13 +174,14 @@ bool LogHandler::HandleLogEvent(unsigned int level) const { return Accepts(level
 
 /// The test of a level that has no bit.
 [[gnu::cold, gnu::noinline]] bool LogHandler::AcceptsUncommon(unsigned int level) const {
-  return active_ && IsRegistered(level) && IsEnabledFor(level);
+  return isActive_ && ProcessLevels::Exists(level) && IsEnabledFor(level);
 }
 
 bool LogHandler::AddLogClient(LogHandlerClient* logClient) {
   Require(logClient != nullptr, kAddLogClient);
   const TurnGuard guard(*this);
-  if (std::find(clients_.begin(), clients_.end(), logClient) != clients_.end()) return false;
+  if (HasReceiver(*logClient)) return false;
+  const LivingHandlers::Guard listGuard;
   clients_.push_back(logClient);
   return true;
 }
@@ -174,9 +189,8 @@ bool LogHandler::AddLogClient(LogHandlerClient* logClient) {
 void LogHandler::RemoveLogClient(LogHandlerClient* logClient) {
   Require(logClient != nullptr, kRemoveLogClient);
   const TurnGuard guard(*this);
-  const auto found = std::find(clients_.begin(), clients_.end(), logClient);
-  if (found == clients_.end()) return;
-  static_cast<void>(RemoveLogClientAt(static_cast<unsigned int>(found - clients_.begin())));
+  const LivingHandlers::Guard listGuard;
+  EraseReceiver(*logClient);
 }
 
 unsigned int LogHandler::GetLogClientCount() const {
@@ -191,23 +205,48 @@ LogHandlerClient* LogHandler::GetLogClientAt(unsigned int index) {
 
 LogHandlerClient* LogHandler::RemoveLogClientAt(unsigned int index) {
   const TurnGuard guard(*this);
-  if (index >= clients_.size()) return nullptr;
-  LogHandlerClient* const removed = clients_[index];
-  clients_.erase(clients_.begin() + index);
+  const LivingHandlers::Guard listGuard;
+  return index < clients_.size() ? EraseReceiverAt(index) : nullptr;
+}
+
+/// For a thread that holds the handler's lock or that of the list of handlers.
+bool LogHandler::HasReceiver(const LogHandlerClient& receiver) const {
+  return std::find(clients_.begin(), clients_.end(), &receiver) != clients_.end();
+}
+
+// These are for a thread that holds both.
+
+LogHandlerClient* LogHandler::EraseReceiverAt(std::size_t index) {
+  const auto place = clients_.begin() + static_cast<std::ptrdiff_t>(index);
+  LogHandlerClient* const erased = *place;
+  clients_.erase(place);
   for (Distribution* under = distributions_; under != nullptr; under = under->Outer()) {
     under->ReceiverRemoved(index);
   }
-  return removed;
+  return erased;
 }
 
-void LogHandler::DropReceivers() {
-  while (RemoveLogClientAt(0) != nullptr) continue;
+void LogHandler::EraseReceiver(const LogHandlerClient& receiver) {
+  const auto found = std::find(clients_.begin(), clients_.end(), &receiver);
+  if (found == clients_.end()) return;
+  static_cast<void>(EraseReceiverAt(static_cast<std::size_t>(found - clients_.begin())));
 }
 
-/// Makes the handler usable in a forked child. The forking thread may have been within it, and goes
-/// on there; every other thread that was is gone.
-void LogHandler::ContinueInChild() {
-  if (!isHeld_) {
+void LogHandler::EraseReceivers() {
+  while (!clients_.empty()) static_cast<void>(EraseReceiverAt(0));
+}
+
+void LogHandler::RemoveAllReceivers() {
+  const TurnGuard guard(*this);
+  const LivingHandlers::Guard listGuard;
+  EraseReceivers();
+}
+
+/// Makes the handler usable in a forked child. `isHeld` says that the forking thread took the lock
+/// for the fork. That thread may also have been within the handler, and goes on there; every other
+/// thread that was is gone.
+void LogHandler::ContinueInChild(bool isHeld) {
+  if (!isHeld) {
     distributions_ = nullptr;
     new (&event_) LogEvent(EmptyEvent());  // The former one may have been half filled.
   }

@@ -3,14 +3,15 @@
 #include <pthread.h>
 #include <sched.h>
 
+#include <algorithm>
+
 #include "Core/LivingHandlers.h"
 #include "Internal/RetryBudget.h"
 #include "Internal/TimeText.h"
 #include "LogClient.h"
-#include "LogClientFile.h"
 #include "LogClientManager.h"
-#include "LogClientSocket.h"
-#include "LogClientXml.h"
+#include "LogForkListener.h"
+#include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 
@@ -22,18 +23,31 @@ thread_local ForkGuard::Holds ForkGuard::holds_;
 
 void ForkGuard::Prepare() noexcept {
   RetryBudget budget;
-  while (!HoldAll(budget.NextDeadline()) && !budget.IsSpent()) {
+  while (!HoldAll(budget.NextDeadline())) {
     ContinueInParent();
+    if (budget.IsSpent()) return HoldWhatIsFree();
     sched_yield();
   }
 }
 
 /// Handlers first: a thread in a handler may want the others, hardly ever the other way round.
 bool ForkGuard::HoldAll(const timespec& deadline) {
-  const bool areHandlersHeld = LivingHandlers::HoldAll(deadline);
-  const bool areManagersHeld = HoldManagers(deadline);
+  if (!HoldHandlers(deadline) || !HoldManagers(deadline)) return false;
   holds_.isTimeTextHeld = TimeTextLock::HoldForFork(deadline);
-  return areHandlersHeld && areManagersHeld && holds_.isTimeTextHeld;
+  return holds_.isTimeTextHeld;
+}
+
+bool ForkGuard::HoldHandlers(const timespec& deadline) {
+  holds_.isListOfHandlersHeld = LivingHandlers::HoldUntil(deadline);
+  if (!holds_.isListOfHandlersHeld) return false;
+  const LivingHandlers::Range handlers = LivingHandlers::All();
+  const auto missed = std::find_if_not(handlers.begin(), handlers.end(), [&](LivingHandler& entry) {
+    return entry.isHeld = entry.handler->HoldUntil(deadline);
+  });
+  if (missed == handlers.end()) return true;
+  // Next time it comes before those that a thread inside it may be waiting for.
+  std::iter_swap(handlers.begin(), missed);
+  return false;
 }
 
 bool ForkGuard::HoldManagers(const timespec& deadline) {
@@ -54,14 +68,32 @@ bool ForkGuard::HoldManagers(const timespec& deadline) {
   return allHeld;
 }
 
+/// The last attempt: each lock for itself, so that one which cannot be had costs no other.
+void ForkGuard::HoldWhatIsFree() {
+  RetryBudget eachForItself;
+  holds_.isListOfHandlersHeld = LivingHandlers::HoldUntil(eachForItself.NextDeadline());
+  if (holds_.isListOfHandlersHeld) {
+    for (LivingHandler& entry : LivingHandlers::All()) {
+      entry.isHeld = entry.handler->HoldUntil(RetryBudget().NextDeadline());
+    }
+  }
+  static_cast<void>(HoldManagers(RetryBudget().NextDeadline()));
+  holds_.isTimeTextHeld = TimeTextLock::HoldForFork(RetryBudget().NextDeadline());
+}
+
 void ForkGuard::ContinueInParent() noexcept {
   if (holds_.isTimeTextHeld) TimeTextLock::ReleaseInParent();
-  holds_.isTimeTextHeld = false;
-  for (Hold& hold : holds_.managers) {
+  for (const Hold& hold : holds_.managers) {
     if (hold.isHeld) hold.mutex->Release();
-    hold = {};
   }
-  LivingHandlers::ReleaseAll();
+  if (holds_.isListOfHandlersHeld) {
+    for (LivingHandler& entry : LivingHandlers::All()) {
+      if (entry.isHeld) entry.handler->Release();
+      entry.isHeld = false;
+    }
+    LivingHandlers::Release();
+  }
+  holds_ = {};
 }
 
 void ForkGuard::ContinueInChild() noexcept {
@@ -70,25 +102,44 @@ void ForkGuard::ContinueInChild() noexcept {
     if (hold.mutex != nullptr) hold.mutex->RenewInChild(0);
   }
   if (LogManager* const manager = LogManager::IfThereIsOne()) manager->ContinueInChild();
-  LivingHandlers::RenewInChild();
+  RenewHandlers();
   ContinueClients();
+  for (LivingHandler& entry : LivingHandlers::All()) entry.isHeld = false;
   holds_ = {};
+}
+
+void ForkGuard::RenewHandlers() {
+  for (LivingHandler& entry : LivingHandlers::All()) {
+    entry.isHeld = entry.isHeld && holds_.isListOfHandlersHeld;
+    entry.handler->ContinueInChild(entry.isHeld);
+  }
+  LivingHandlers::RenewInChild();
+}
+
+ForkGuard::Use ForkGuard::UseOf(const LogClient& client) {
+  Use use{false, false};
+  for (const LivingHandler& entry : LivingHandlers::All()) {
+    if (!entry.handler->HasReceiver(client)) continue;
+    use.isAttached = true;
+    use.isBusy = use.isBusy || !entry.isHeld;
+  }
+  return use;
 }
 
 void ForkGuard::ContinueClients() {
   LogManager* const manager = LogManager::IfThereIsOne();
   if (manager == nullptr) return;
-  for (LogClient* client : manager->GetLogClientManager()->clients_) {
-    ContinueClient(*client, LivingHandlers::WasBusyAtFork(*client));
+  auto& clients = manager->GetLogClientManager()->clients_;
+  for (const LogClientManager::Entry& entry : clients) {
+    const bool wasBusy = UseOf(*entry.client).isBusy;
+    if (wasBusy) entry.client->initialized_ = false;
+    if (entry.forkListener != nullptr) entry.forkListener->ContinueInChild(wasBusy);
   }
-}
-
-/// A client that was busy may be in any state: a thread that does not exist here was in it.
-void ForkGuard::ContinueClient(LogClient& client, bool wasBusy) {
-  if (wasBusy) client.initialized_ = false;
-  if (auto* const file = dynamic_cast<LogClientFile*>(&client)) file->ContinueInChild(wasBusy);
-  if (auto* const log = dynamic_cast<LogClientXml*>(&client)) log->ContinueInChild(wasBusy);
-  if (auto* const peer = dynamic_cast<LogClientSocket*>(&client)) peer->ContinueInChild(wasBusy);
+  // One that nobody uses, and that this thread did not make, may be half made or half deleted by a
+  // thread that does not exist here.
+  clients.remove_if([](const LogClientManager::Entry& entry) {
+    return pthread_equal(entry.maker, pthread_self()) == 0 && !UseOf(*entry.client).isAttached;
+  });
 }
 
 namespace {

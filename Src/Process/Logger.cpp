@@ -1,12 +1,16 @@
 #include "Logger.h"
 
+#include <sched.h>
+
 #include <algorithm>
 #include <mutex>
 #include <new>
 #include <shared_mutex>
 
 #include "Core/LivingHandlers.h"
+#include "Core/ProcessLevels.h"
 #include "Internal/Require.h"
+#include "Internal/RetryBudget.h"
 #include "LogClientFactory.h"
 #include "LogClientManager.h"
 #include "LogHandler.h"
@@ -19,7 +23,9 @@ namespace Logger {
 
 using Internal::Contract;
 using Internal::LivingHandlers;
+using Internal::ProcessLevels;
 using Internal::Require;
+using Internal::RetryBudget;
 
 namespace {
 
@@ -28,6 +34,16 @@ constexpr Contract kRemoveLogHandler{"lh", "Src/Logger", 148,
 
 // The manager whose levels decide for all handlers, while it lives. An application may make others.
 std::atomic<LogManager*> processManager{nullptr};
+
+/// Tries at least once, and until it succeeds or the budget is spent. Returns whether it succeeded.
+template <typename Attempt>
+bool Retry(RetryBudget& budget, Attempt attempt) {
+  while (!attempt(budget.NextDeadline())) {
+    if (budget.IsSpent()) return false;
+    sched_yield();
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -81,19 +97,21 @@ LogManager::~LogManager() {
   delete layoutFactory_.exchange(nullptr);
 }
 
-/// Makes every handler reject every level, detaches all receivers, and deletes the clients. False
-/// when a thread that is busy with a handler does not come to an end: what it uses must stay as it
-/// is then, for what is left of the process's life.
+/// Deletes the clients, then makes every handler reject every level and detaches all receivers.
+/// False when a thread that is busy with a handler does not leave it: what it uses must stay as it
+/// is then, for the rest of the process's life.
 bool LogManager::EndLogging() {
-  if (processManager == this) {
-    LivingHandlers::FollowRegistry(nullptr);
-    processManager = nullptr;
-    if (!LivingHandlers::DropAllReceivers()) return false;
-  } else {
-    VisitHandlers([](LogHandler& handler) { handler.DropReceivers(); });
+  if (processManager != this) {
+    VisitHandlers([](LogHandler& handler) { handler.RemoveAllReceivers(); });
+    clientManager_.load()->Clear();
+    return true;
   }
-  clientManager_.load()->Clear();
-  return true;
+  RetryBudget budget;
+  const bool areClientsDeleted = Retry(
+      budget, [this](const timespec& end) { return GetLogClientManager()->DetachAndDelete(end); });
+  ProcessLevels::Follow(nullptr);
+  processManager = nullptr;
+  return Retry(budget, LivingHandlers::DetachAll) && areClientsDeleted;
 }
 
 void LogManager::Init() {
@@ -103,7 +121,7 @@ void LogManager::Init() {
   levelManager_ = new LogLevelManager;
   clientFactory_ = new LogClientFactory;
   layoutFactory_ = new LogLayoutFactory;
-  if (processManager == this) LivingHandlers::FollowRegistry(levelManager_);
+  if (processManager == this) ProcessLevels::Follow(levelManager_);
 }
 
 void LogManager::KeepAbandoned() {
@@ -215,7 +233,7 @@ class ProcessManager {
   ProcessManager() : manager_(new (place_) LogManager) {
     RegisterBuiltIns(*manager_->GetLogClientFactory(), *manager_->GetLogLayoutFactory());
     processManager = manager_;
-    LivingHandlers::FollowRegistry(manager_->GetLogLevelManager());
+    ProcessLevels::Follow(manager_->GetLogLevelManager());
   }
   ~ProcessManager() {
     if (IsLibraryUnloaded()) {

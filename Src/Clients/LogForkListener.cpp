@@ -1,0 +1,3 @@
+#include "LogForkListener.h"
+
+LogForkListener::~LogForkListener() = default;
