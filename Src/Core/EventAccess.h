@@ -44,6 +44,10 @@ struct EventAccess {
   static const logstring& HandlerName(const LogEvent& event) { return event.handlerName_; }
   static const logstring& FileName(const LogEvent& event) { return event.fileName_; }
 
+  /// The event's local time.
+  static Internal::DateTime LocalTime(const LogEvent& event) {
+    return LocalDateTime(event.time_.tv_sec);
+  }
   /// As DateTimeText: stays as it is until the thread asks for another event's.
   static std::string_view DateTime(const LogEvent& event) {
     return DateTimeText(event.time_.tv_sec);

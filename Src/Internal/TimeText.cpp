@@ -12,7 +12,6 @@ namespace Logger::Internal {
 
 namespace {
 
-constexpr std::size_t kDateTimeSize = 20;  // With the terminator.
 constexpr std::size_t kPartSize = 16;
 
 /// What tzset() leaves behind, as far as it can be seen: the names are the C library's own copies,
@@ -45,9 +44,8 @@ struct LocalSecond {
   time_t formattedAt;
   Zone zone;
   tm local;
-  std::size_t dateTimeLength;
+  DateTime dateTime;
   std::size_t dateLength;  // Of what stands before the T, if there is a text.
-  char dateTime[kDateTimeSize];
 };
 
 // Nothing here needs to be destroyed, so the library can be unloaded while threads go on.
@@ -69,10 +67,11 @@ class ConversionGuard {
   const ConversionGuard guard;
   const Zone before = Zone::Current();
   last.isConvertible = LibKelUtilities::Localtime(&last.local, &seconds);
-  last.dateTimeLength = last.isConvertible ? strftime(last.dateTime, sizeof last.dateTime,
-                                                      "%Y-%m-%dT%H:%M:%S", &last.local)
-                                           : 0;
-  last.dateLength = std::string_view(last.dateTime, last.dateTimeLength).find('T');
+  last.dateTime.length = last.isConvertible
+                             ? strftime(last.dateTime.text, sizeof last.dateTime.text,
+                                        "%Y-%m-%dT%H:%M:%S", &last.local)
+                             : 0;
+  last.dateLength = last.dateTime.View().find('T');
   last.seconds = seconds;
   last.formattedAt = now;
   last.zone = Zone::Current();
@@ -93,14 +92,13 @@ const LocalSecond& LocalTime(long seconds) {
 
 }  // namespace
 
-std::string_view DateTimeText(long seconds) {
-  const LocalSecond& second = LocalTime(seconds);
-  return {second.dateTime, second.dateTimeLength};
-}
+DateTime LocalDateTime(long seconds) { return LocalTime(seconds).dateTime; }
+
+std::string_view DateTimeText(long seconds) { return LocalTime(seconds).dateTime.View(); }
 
 logstring DateText(long seconds) {
   const LocalSecond& second = LocalTime(seconds);
-  if (second.dateTimeLength > 0) return {second.dateTime, second.dateLength};
+  if (second.dateTime.length > 0) return {second.dateTime.text, second.dateLength};
   const ConversionGuard guard;
   char text[kPartSize];  // A year that has no room with the time may have some without.
   return {text, second.isConvertible ? strftime(text, sizeof text, "%Y-%m-%d", &second.local) : 0};
@@ -108,10 +106,8 @@ logstring DateText(long seconds) {
 
 logstring TimeOfDayText(long seconds) {
   const LocalSecond& second = LocalTime(seconds);
-  if (second.dateTimeLength > 0) {
-    const std::size_t start = second.dateLength + 1;
-    return {second.dateTime + start, second.dateTimeLength - start};
-  }
+  if (second.dateTime.length > 0)
+    return logstring(second.dateTime.View().substr(second.dateLength + 1));
   const ConversionGuard guard;
   char text[kPartSize];
   return {text, second.isConvertible ? strftime(text, sizeof text, "%H:%M:%S", &second.local) : 0};

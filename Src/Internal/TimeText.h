@@ -2,16 +2,27 @@
 
 #include <time.h>
 
+#include <cstddef>
 #include <string_view>
 
 #include "LogString.h"
 
 namespace Logger::Internal {
 
-/// The local date and time of a second, as "%Y-%m-%dT%H:%M:%S"; empty when it has no room in 19
-/// characters or cannot be converted. The text belongs to the calling thread and stays as it is
-/// until that thread asks for another one. A thread that asks for the same second again gets the
-/// text it has, unless the process's time zone changed meanwhile.
+/// A second's local date and time, as "%Y-%m-%dT%H:%M:%S"; empty when it has no room in 19
+/// characters or cannot be converted.
+struct DateTime {
+  std::size_t length;
+  char text[20];  // With the terminator.
+
+  std::string_view View() const { return {text, length}; }
+};
+
+/// A thread that asks for the same second again gets the text it has, unless the process's time
+/// zone changed meanwhile.
+DateTime LocalDateTime(long seconds);
+
+/// The thread's own text, which changes when that thread asks for another second's.
 std::string_view DateTimeText(long seconds);
 
 logstring DateText(long seconds);       ///< "%Y-%m-%d", or empty.

@@ -1,13 +1,9 @@
 #include "LogLayoutMessage.h"
 
-#include <ostream>
-
-#include "Core/EventAccess.h"
-
-using Logger::Internal::EventAccess;
+#include "Layouts/Lines.h"
 
 LogLayoutMessage::~LogLayoutMessage() = default;
 
 void LogLayoutMessage::FormatAndAppend(std::ostream& out, const LogEvent& event) {
-  out << EventAccess::Message(event) << "\n";
+  Logger::Internal::MessageLine(event, Logger::Internal::InsertInto(out));
 }

@@ -1,13 +1,9 @@
 #include "LogLayoutSimple.h"
 
-#include <ostream>
-
-#include "Core/EventAccess.h"
-
-using Logger::Internal::EventAccess;
+#include "Layouts/Lines.h"
 
 LogLayoutSimple::~LogLayoutSimple() = default;
 
 void LogLayoutSimple::FormatAndAppend(std::ostream& out, const LogEvent& event) {
-  out << EventAccess::LevelName(event) << " - " << EventAccess::Message(event) << "\n";
+  Logger::Internal::SimpleLine(event, Logger::Internal::InsertInto(out));
 }

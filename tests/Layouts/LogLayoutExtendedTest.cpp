@@ -7,10 +7,13 @@
 #include <sstream>
 #include <string>
 
+#include "LogClientFile.h"
+#include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "Support/Events.h"
 #include "Support/Layouts.h"
+#include "Support/TemporaryFolder.h"
 #include "Support/TimeZone.h"
 
 namespace {
@@ -93,6 +96,19 @@ TEST_F(LogLayoutExtendedTest, AppliesTheStreamsWidthToTheTimeOnly) {
   layout_.FormatAndAppend(out, EventFrom("main.cpp", 7));
 
   EXPECT_EQ("...2024-03-05T14:07:09 |ERROR| main.cpp 7 disk full\n", out.str());
+}
+
+TEST_F(LogLayoutExtendedTest, KeepsTheTimeWhenTheStreamLogsAnEventItself) {
+  const TemporaryFolder folder;
+  LogClientFile file(folder.Path("app.log"), true);
+  LogHandler handler("net");
+  handler.AddLogClient(&file);
+  CallingBuffer buffer([&] { handler.Log(1, "sending"); });
+  std::ostream out(&buffer);
+
+  layout_.FormatAndAppend(out, EventFrom("main.cpp", 42));
+
+  EXPECT_EQ("2024-03-05T14:07:09 |ERROR| main.cpp 42 disk full\n", buffer.str());
 }
 
 TEST_F(LogLayoutExtendedTest, DoesNotFlush) {

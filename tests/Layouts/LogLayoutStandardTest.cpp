@@ -9,10 +9,13 @@
 #include <thread>
 #include <vector>
 
+#include "LogClientFile.h"
+#include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "Support/Events.h"
 #include "Support/Layouts.h"
+#include "Support/TemporaryFolder.h"
 #include "Support/TimeZone.h"
 
 namespace {
@@ -61,6 +64,19 @@ TEST_F(LogLayoutStandardTest, AppliesTheStreamsWidthToTheTimeOnly) {
 
   EXPECT_EQ("...2024-03-05T14:07:09 |ERROR| disk full\n2024-03-05T14:07:09 |ERROR| again\n",
             out.str());
+}
+
+TEST_F(LogLayoutStandardTest, KeepsTheTimeWhenTheStreamLogsAnEventItself) {
+  const TemporaryFolder folder;
+  LogClientFile file(folder.Path("app.log"), true);
+  LogHandler handler("net");
+  handler.AddLogClient(&file);
+  CallingBuffer buffer([&] { handler.Log(1, "sending"); });
+  std::ostream out(&buffer);
+
+  layout_.FormatAndAppend(out, EventWith("disk full"));
+
+  EXPECT_EQ("2024-03-05T14:07:09 |ERROR| disk full\n", buffer.str());
 }
 
 TEST_F(LogLayoutStandardTest, DoesNotFlush) {

@@ -52,6 +52,21 @@ class FlushCounter : public std::stringbuf {
   }
 };
 
+/// Text in memory that calls a function before each piece.
+class CallingBuffer : public std::stringbuf {
+ public:
+  explicit CallingBuffer(std::function<void()> function) : function_(std::move(function)) {}
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize length) override {
+    function_();
+    return std::stringbuf::xsputn(text, length);
+  }
+
+ private:
+  std::function<void()> function_;
+};
+
 /// Text in memory with room for a few characters only.
 class ShortBuffer : public std::streambuf {
  public:
