@@ -9,12 +9,21 @@ set(LOGGER_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/liblogger)
 set_target_properties(logger PROPERTIES EXPORT_NAME liblogger)
 install(TARGETS logger
   EXPORT libloggerTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 
 install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR}
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_INCLUDE_DIR}
   COMPONENT development FILES_MATCHING PATTERN "*.h")
+
+# What a program has to link as well: liblogger.so brings it along, liblogger.a does not.
+set(LOGGER_FIND_LIBXML2 "")
+set(LOGGER_PC_LIBS "")
+if(NOT LOGGER_SHARED)
+  set(LOGGER_FIND_LIBXML2 "find_dependency(LibXml2)")
+  set(LOGGER_PC_LIBS " -lxml2 -pthread")
+endif()
 
 install(EXPORT libloggerTargets NAMESPACE liblogger:: DESTINATION ${LOGGER_PACKAGE_DIR}
   COMPONENT development)
@@ -33,6 +42,18 @@ configure_file(packaging/liblogger.pc.in liblogger.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/liblogger.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
+# In the same folders as here, which the links between them lead to.
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  PATTERN man EXCLUDE
+  PATTERN Doxyfile EXCLUDE
+  PATTERN "*.json" EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  PATTERN CMakeLists.txt EXCLUDE)
+
+if(NOT LOGGER_BUILD_TOOLS)
+  return()
+endif()
 install(TARGETS loggerctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(FILES share/liblogger/log.xsl Src/Configuration/liblogger.xsd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/liblogger COMPONENT tools)
@@ -50,12 +71,3 @@ endforeach()
 configure_file(packaging/loggerctl-serve.service.in loggerctl-serve.service @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/loggerctl-serve.service
   DESTINATION lib/systemd/system COMPONENT tools)
-
-# In the same folders as here, which the links between them lead to.
-install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  PATTERN man EXCLUDE
-  PATTERN Doxyfile EXCLUDE
-  PATTERN "*.json" EXCLUDE)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  PATTERN CMakeLists.txt EXCLUDE)

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -52,6 +53,26 @@ LogClient* CreateClient(const LogProperties& properties) {
   return new ClientThatPrints(properties);
 }
 
+/// The library's layouts, and its kinds of clients that need no server, can be created by their
+/// names.
+bool HasBuiltIns() {
+  LogProperties properties;
+  properties.AddProperty("filename", "consumer.log");
+  for (const char* const kind :
+       {"LogClientConsole", "LogClientFile", "LogClientRollingFile", "LogClientXML"}) {
+    const std::unique_ptr<LogClient> client(
+        Logger::GetLogManager()->GetLogClientFactory()->CreateLogClient(kind, properties));
+    if (client == nullptr) return false;
+  }
+  for (const char* const name :
+       {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
+    const std::unique_ptr<LogLayout> layout(
+        Logger::GetLogManager()->GetLogLayoutFactory()->CreateLogLayout(name));
+    if (layout == nullptr) return false;
+  }
+  return true;
+}
+
 bool Configure(const char* file) {
   std::ofstream configuration(file);
   configuration << "loglevel = 1 2\n"
@@ -72,6 +93,7 @@ bool Configure(const char* file) {
 }  // namespace
 
 int main() {
+  if (!HasBuiltIns()) return 1;
   Logger::GetLogManager()->GetLogLayoutFactory()->RegisterLogLayout("LayoutWithHandler",
                                                                     CreateLayout);
   Logger::GetLogManager()->GetLogClientFactory()->RegisterLogClient("ClientThatPrints",
