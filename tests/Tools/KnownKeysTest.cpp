@@ -56,7 +56,7 @@ std::set<std::string> NamesOf(const std::vector<Named>& all) {
 }
 
 TEST(KnownKeysTest, HasTheKindsThatTheLibraryHas) {
-  EXPECT_EQ(FoundInSources("Clients", "Register(\""), NamesOf(KnownKinds()));
+  EXPECT_EQ(FoundInSources("Process", "RegisterLogClient(\""), NamesOf(KnownKinds()));
 
   LogClientFactory& factory = *Logger::GetLogManager()->GetLogClientFactory();
   for (const KnownKind& kind : KnownKinds()) {
@@ -65,7 +65,7 @@ TEST(KnownKeysTest, HasTheKindsThatTheLibraryHas) {
 }
 
 TEST(KnownKeysTest, HasTheLayoutsThatTheLibraryHas) {
-  EXPECT_EQ(FoundInSources("Layouts", "Register(\""), NamesOf(KnownLayouts()));
+  EXPECT_EQ(FoundInSources("Process", "RegisterLogLayout(\""), NamesOf(KnownLayouts()));
 
   LogLayoutFactory& factory = *Logger::GetLogManager()->GetLogLayoutFactory();
   for (const KnownLayout& layout : KnownLayouts()) {
