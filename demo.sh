@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the library as users install it, and shows its main job on real input.
+# Builds the library as users install it, and shows what it does with real input.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
@@ -8,62 +8,71 @@ cmake --preset release >/dev/null
 cmake --build --preset release
 
 project=$PWD
-build=$project/build/release
-examples=$project/examples
 output=$project/demo-output
+PATH=$project/build/release/examples:$project/build/release/tools:$PATH
 rm -rf "$output"
 mkdir "$output"
 cd "$output"
+ln -s ../examples examples
 
-run() { # Shows a command, then runs it.
+title() { printf '\n\n== %s\n' "$*"; }
+
+run() { # Shows a command line, then runs it.
   printf '\n$ %s\n' "$*"
-  "$@"
+  eval "$*"
 }
 
-show_heads() { # The first lines of each file, cut to the width of a page.
-  for file in "$@"; do
-    printf '\n%s (%s lines):\n' "$output/$file" "$(wc -l <"$file")"
-    head -n 4 "$file" | cut -c 1-110
-  done
+fail() {
+  printf 'demo.sh: %s\n' "$*" >&2
+  exit 1
 }
 
-echo
-echo "== An application that logs from several threads, set up by examples/file_survey.ini"
-run "$build/examples/file_survey" "$examples/file_survey.ini" /usr/include /usr/lib /etc
-show_heads trouble.log survey.log*
+title "A program, and the configuration that says where its messages go"
+run cat examples/hello.ini
+run hello_ini examples/hello.ini
 
-echo
-echo "== The same application set up by examples/file_survey.xml, with a log as a page"
-run "$build/examples/file_survey" "$examples/file_survey.xml" /usr/include /etc /no/such/folder
+title "Mistakes in a configuration are found before they cost messages"
+sed -e 's/LogLayoutSimple/LogLayoutSimpel/' -e 's/screen.handler = net/screen.handler = nett/' examples/hello.ini >wrong.ini
+run 'loggerctl check wrong.ini || echo "exit code $?"'
+
+title "Three threads, a tree of handlers, one file that rolls over and one for trouble"
+run loggerctl show examples/file_survey.ini
+run file_survey examples/file_survey.ini /usr/include /usr/lib/gcc /no/such/folder
+run 'wc -lc survey.log*'
+run 'tail -n 2 survey.log'
+run 'grep ERROR trouble.log'
+grep -q 'ERROR.*/no/such/folder: No such file' trouble.log || fail "the error is missing in trouble.log"
+
+title "The same program with an XML log, as a page for a browser"
+run 'file_survey examples/file_survey.xml /usr/include /usr/lib/gcc /no/such/folder >/dev/null'
 run xsltproc --output survey.html "$project/share/liblogger/log.xsl" survey.xml
-printf '\n%s has %s entries; %s shows them in a browser.\n' "$output/survey.xml" \
-  "$(grep -c '<entry ' survey.xml)" "$output/survey.html"
+run 'ls -sh survey.xml survey.html'
 
-echo
-echo "== The same application in one process, the log server in another"
-printf '\n$ loggerctl serve --config examples/server.ini --handler collected &\n'
+title "The same program sends its events to a log server in another process"
+printf '\n$ loggerctl serve --config examples/server.ini --handler collected --port 0 &\n'
 mkfifo server.out
-"$build/tools/loggerctl" serve --config "$examples/server.ini" --handler collected >server.out &
+loggerctl serve --config examples/server.ini --handler collected --port 0 >server.out &
 server=$!
 trap 'kill "$server" 2>/dev/null || true' EXIT
 exec 3<server.out
 read -r line <&3
 echo "$line"
-sed "s/4711/${line##* }/" "$examples/file_survey_remote.ini" >remote.ini
-run "$build/examples/file_survey" remote.ini /usr/include /etc
-kill -TERM "$server"
+sed "s/4711/${line##* }/" examples/file_survey_remote.ini >remote.ini
+run file_survey remote.ini /usr/include/c++
+tries=300  # The server reads the last events after the program has ended.
+until cmp -s collected.log sent.log; do
+  [ $((tries -= 1)) -gt 0 ] || fail "collected.log is not sent.log"
+  sleep 0.1
+done
+run kill -TERM '$server'
 read -r line <&3
 echo "$line"
 wait "$server"
 exec 3<&-
 trap - EXIT
 rm server.out
-show_heads collected.log
-
-# The oldest backup has the first events.
-mapfile -t received < <(ls -rv collected.log*)
-cat "${received[@]}" | cmp - sent.log
-printf '\nAll %s events arrived, in their order and byte by byte.\n' "$(wc -l <sent.log)"
+run 'cmp collected.log sent.log && wc -l collected.log'
+run 'tail -n 1 collected.log'
 
 system_log=
 for candidate in /var/log/dpkg.log /var/log/apt/*.log /var/log/*.log /var/log/*/*.log; do
@@ -71,21 +80,14 @@ for candidate in /var/log/dpkg.log /var/log/apt/*.log /var/log/*.log /var/log/*/
     system_log=$candidate
   fi
 done
-if [ -z "$system_log" ]; then
-  echo "demo.sh: no log below /var/log to read" >&2
-  exit 1
-fi
+[ -n "$system_log" ] || fail "there is no log below /var/log to read"
 
-echo
-echo "== The log of another program, line by line through loggerctl"
-cp "$system_log" packages.original  # The log itself may grow meanwhile.
-printf '\n$ loggerctl write --config examples/system_log.ini --handler packages --level INFO <%s\n' \
-  "$system_log"
-"$build/tools/loggerctl" write --config "$examples/system_log.ini" --handler packages --level INFO \
-  <packages.original
-show_heads packages.copy packages.log*
+title "The log of another program, line by line"
+cp "$system_log" original  # The log itself may grow meanwhile.
+run 'loggerctl write --config examples/system_log.ini --handler packages --level INFO <original'
+run 'tail -n 2 original packages.log'
 
 # The copy has a line feed more when the last line of the original has none yet.
-head -c "$(stat -c %s packages.original)" packages.copy | cmp - packages.original
-printf '\nEvery byte of %s arrived in packages.copy.\n' "$system_log"
-echo "The files are in $output."
+head -c "$(stat -c %s original)" packages.copy | cmp - original
+
+printf '\n\nThe files are in %s; survey.html is for a browser.\n' "$output"
