@@ -27,14 +27,15 @@ class FrameParser;
 /// itself does not. Signals are blocked in them. One thread at a time starts, stops and destroys a
 /// server; a target may stop it from within Publish, but not destroy it.
 ///
-/// Whoever can reach the port can send anything: listen on an address that only trusted peers
-/// reach. A record that does not fit its frame is dropped and counted; a frame longer than the
-/// limit ends its connection. Memory grows with what arrived, up to one frame for each connection.
+/// Any peer that reaches the port can send anything: listen on an address that only trusted peers
+/// reach. A record that does not fit its frame is dropped and counted. Memory grows with what has
+/// arrived, up to one frame for each connection, and a frame has up to 2 GiB unless
+/// SetMaxFrameLength sets a limit.
 ///
 /// A server stays with the process that started it: in a forked child it is not running.
 class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
  public:
-  /// What a receiving thread works with.
+  /// The data of a receiving thread.
   struct RecvThreadData;
 
   SocketLogServer();
@@ -42,29 +43,31 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   ~SocketLogServer() override;
 
   /// Listens on a local host name or address and the low 16 bits of `port`, where 0 lets the system
-  /// choose (GetPort tells). `target` gets every event; it must outlive the server's threads. When
+  /// choose (see GetPort). `target` gets every event; it must outlive the server's threads. When
   /// `stampThreadId` is above 0, it replaces the thread id of every event. False when the server is
   /// running already, there is no target, or the address cannot be listened on; and when the
-  /// waiting thread cannot be started, which is reported on standard error.
+  /// waiting thread cannot be started, which is reported on standard error: the port is then taken
+  /// until Start is tried again, or Stop is called.
   bool Start(LogHandlerClient* target, std::string address, int port, int stampThreadId);
 
-  /// Ends the connections, after publishing what has arrived on them, and refuses new ones from
-  /// here on. Waits a second at most for the threads; a target that takes longer keeps them, and
-  /// the next Start, waiting. True also when the server was not running. False, after a report on
-  /// standard error, when the waiting thread could not be woken as usual; it ends all the same.
+  /// Ends the connections, after publishing what has arrived on them, and refuses new ones. Waits
+  /// a second at most for the threads; when a target takes longer, they end after it, and so does
+  /// the next Start. True also when the server was not running. False, after a report on standard
+  /// error, when the waiting thread could not be woken as usual; it ends all the same.
   bool Stop();
 
   /// Waits until all threads of a stopped server have ended, however long the target takes.
   void AwaitEnd();
 
-  /// The longest frame that is accepted, in bytes, from now on; 64 MiB to begin with.
+  /// The longest frame that is accepted, in bytes, from now on; without a limit to begin with. A
+  /// longer one ends its connection, and the client that sent it cannot send any more.
   void SetMaxFrameLength(int bytes);
 
   // What the server has served since it was made.
   unsigned long GetConnectionCount() const;  ///< Connections taken.
   unsigned long GetEventCount() const;       ///< Events handed to the target.
   unsigned long GetRejectedFrameCount()
-      const;  ///< Frames that were no events, too long, or too much for the memory.
+      const;  ///< Frames that were no events, too long, or larger than the free memory.
 
   static void* WaitForConnectionThread(void* server);  ///< Runs on the waiting thread.
   static void* RecvThread(void* data);                 ///< Runs on a receiving thread.

@@ -70,7 +70,7 @@ bool FrameParser::TakeLength(const char* bytes, int maxFrameLength) {
 std::size_t FrameParser::ParseRecord(const char* data, std::size_t size) {
   const std::size_t count = std::min(size, missing_);
   const bool isHereWhole = collected_.empty() && count == missing_;
-  // What is announced is not made room for before it arrives.
+  // The memory grows with what has arrived, not with the length that was announced.
   if (!isHereWhole) collected_.insert(collected_.end(), data, data + count);
   missing_ -= count;
   if (missing_ > 0) return count;

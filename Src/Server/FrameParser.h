@@ -5,10 +5,10 @@
 
 namespace Logger::Internal {
 
-/// Finds the frames in what arrives on a connection, however it is cut into pieces.
+/// Finds the frames in the bytes of a connection, which may arrive in any pieces.
 class FrameParser {
  public:
-  /// Gets what the parser finds, in order.
+  /// Takes the frames and requests that the parser finds, in order.
   class Receiver {
    public:
     virtual ~Receiver();
@@ -19,8 +19,8 @@ class FrameParser {
 
   explicit FrameParser(Receiver& receiver);
 
-  /// Parses the next piece. Bytes that begin no frame are skipped. False, at a frame that is longer
-  /// than `maxFrameLength` or has a negative length: nothing behind it can be understood.
+  /// Parses the next piece. Bytes that begin no frame are skipped. False at a frame that is longer
+  /// than `maxFrameLength` or has a negative length: what follows it cannot be parsed.
   bool Parse(const char* data, std::size_t size, int maxFrameLength);
 
  private:

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <memory>
 #include <new>
 #include <vector>
@@ -29,7 +30,8 @@ using Logger::Internal::ReportError;
 namespace {
 
 constexpr int kBacklog = 128;
-constexpr int kDefaultMaxFrameLength = 64 * 1024 * 1024;
+constexpr int kNoFrameLimit =
+    std::numeric_limits<int>::max();  // The longest that can be announced.
 constexpr std::size_t kPieceSize = std::size_t{32} * 1024;
 
 // Milliseconds.
@@ -45,7 +47,8 @@ int WaitingBytes(int descriptor) {
   return ioctl(descriptor, FIONREAD, &count) == 0 ? count : 0;
 }
 
-// The server whose receiving thread this is: it does not wait for itself when its target stops it.
+// The server of this receiving thread, which does not wait for itself when its target stops the
+// server.
 thread_local const SocketLogServer* receivingFor = nullptr;
 
 }  // namespace
@@ -64,7 +67,7 @@ struct SocketLogServer::RecvThreadData {
   std::atomic<bool> hasEnded;  // The thread has nothing more to do.
 };
 
-/// Makes events of what one connection's parser finds, and hands them to the target.
+/// Turns the records of one connection into events, and hands them to the target.
 class SocketLogServer::FrameReceiver : public FrameParser::Receiver {
  public:
   explicit FrameReceiver(RecvThreadData& data)
@@ -83,7 +86,7 @@ class SocketLogServer::FrameReceiver : public FrameParser::Receiver {
 
   void ReceiveFlushRequest() override {
     const char answer = 0;
-    // A peer that does not want the answer shows at the next receive.
+    // A peer that takes no answer is noticed by the next receive.
     static_cast<void>(server_.Send(&answer, 1, data_.descriptor));
   }
 
@@ -102,7 +105,7 @@ SocketLogServer::SocketLogServer()
       isTakingConnections_(false),
       protocolVersion_(0),
       stampThreadId_(0),
-      maxFrameLength_(kDefaultMaxFrameLength),
+      maxFrameLength_(kNoFrameLimit),
       endedConnections_(0),
       connectionCount_(0),
       eventCount_(0),
@@ -114,8 +117,8 @@ SocketLogServer::~SocketLogServer() {
   AwaitEnd();
 }
 
-/// Lets go, in a forked child, of what a running server has: its threads and its peers are the
-/// parent's. Nothing is shut down, which the parent would notice.
+/// In a forked child, drops what a running server has: its threads and its peers are the parent's.
+/// Nothing is shut down, which would end the parent's connections.
 void SocketLogServer::LeaveToParent() {
   if (process_ == getpid()) return;
   process_ = getpid();
@@ -133,9 +136,10 @@ void SocketLogServer::LeaveToParent() {
 bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int port,
                             int stampThreadId) {
   LeaveToParent();
-  if (!IsValid() || isRunning_ || target == nullptr) return false;
-  // Of a former run; a target that still keeps it keeps this one from starting.
-  if (waitingThread_.FinishThread(kWaitForWaitingThread) != 0) return false;
+  if (!IsValid() || target == nullptr) return false;
+  // A running server has its thread, unless it could not be started. The thread of a stopped one
+  // may still wait for its target, and this run for the thread.
+  if (waitingThread_.FinishThread(isRunning_ ? 0 : kWaitForWaitingThread) != 0) return false;
   // Why the address cannot be had is not reported, on purpose.
   if (Open(kStream) != 0 || Bind(address, static_cast<unsigned short>(port)) != 0 ||
       Listen(kBacklog) != 0) {
@@ -171,7 +175,7 @@ void SocketLogServer::AwaitEnd() { static_cast<void>(waitingThread_.FinishThread
 bool SocketLogServer::WakeWaitingThread() {
   SocketWrapper visitor;
   if (visitor.Connect(address_, static_cast<unsigned short>(port_)) == 0) return true;
-  if (!isTakingConnections_) return true;  // It came to its end by itself meanwhile.
+  if (!isTakingConnections_) return true;  // The thread has ended by itself meanwhile.
   ReportError("Stop", 61, visitor.GetLastErrorStr().c_str());
   return false;
 }
@@ -199,11 +203,11 @@ void SocketLogServer::WaitForConnections() {
     if (isRunning_) {
       StartReceiving(descriptor);
     } else {
-      close(descriptor);  // The one that came to wake this thread.
+      close(descriptor);  // The connection that woke this thread.
     }
   }
   isTakingConnections_ = false;
-  Shutdown();  // Who connects now is refused, instead of waiting for nobody.
+  Shutdown();  // New connections are refused, instead of waiting to be accepted.
   DropAllConnections();
 }
 
@@ -246,16 +250,16 @@ void SocketLogServer::Receive(RecvThreadData& data) {
     int received = 1;
     while (isRunning_ && received > 0) {
       received = ReceivePiece(data, parser, piece);
-      // A sender on the same processor gets on first: what it sends meanwhile arrives as one piece,
-      // instead of with a change between the two threads for each event.
+      // A sender on the same CPU runs first: what it sends meanwhile arrives as one piece, instead
+      // of with a context switch for each event.
       sched_yield();
     }
-    // What had arrived by now is still taken; a peer that goes on sending cannot go on for ever.
+    // What has arrived by now is still taken, and no more: a peer may send for ever.
     for (int left = WaitingBytes(data.descriptor); left > 0 && received > 0; left -= received) {
       received = ReceivePiece(data, parser, piece);
     }
   } catch (const std::bad_alloc&) {
-    ++rejectedFrameCount_;  // No memory for what this peer sends: its connection ends, no other.
+    ++rejectedFrameCount_;  // No memory for this peer's frame: only its connection ends.
   }
 }
 
@@ -298,16 +302,16 @@ void SocketLogServer::DropEndedConnections() {
   }
 }
 
-/// Ends all connections: first asks for no more, so that the threads finish what they have; then,
-/// when some wait for peers that take no answers, ends these too; and waits for targets as long as
-/// they take.
+/// Ends all connections in three steps: ends receiving, so that the threads finish what they have;
+/// after a time ends sending too, for threads that wait for peers that take no answers; then waits
+/// for the targets without a limit.
 void SocketLogServer::DropAllConnections() {
   using Clock = std::chrono::steady_clock;
-  const auto patienceEnds = Clock::now() + std::chrono::milliseconds(kWaitForReceivers);
+  const auto deadline = Clock::now() + std::chrono::milliseconds(kWaitForReceivers);
   for (const auto& [thread, data] : connections_) shutdown(data->descriptor, SHUT_RD);
   for (const auto& [thread, data] : connections_) {
     const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(patienceEnds - Clock::now()).count();
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     static_cast<void>(thread->FinishThread(static_cast<int>(std::max<decltype(left)>(left, 0))));
   }
   for (const auto& [thread, data] : connections_) shutdown(data->descriptor, SHUT_RDWR);

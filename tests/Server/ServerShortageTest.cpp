@@ -74,23 +74,55 @@ TEST_F(ServerShortageTest, ReportsThatNoThreadCanWaitForConnections) {
   noThreadCanBeMade = false;
 }
 
-TEST_F(ServerShortageTest, StartsOnceItWasStoppedAndThereAreThreadsAgain) {
+TEST_F(ServerShortageTest, StartsOnTheSamePortOnceThereAreThreadsAgain) {
   noThreadCanBeMade = true;
   CaptureStderr();
-  Start();
-  GetCapturedStderr();
-  noThreadCanBeMade = false;
-  EXPECT_FALSE(Start());  // It counts as running.
+  EXPECT_FALSE(Start());
   const int port = server_.GetPort();
+  EXPECT_FALSE(server_.Start(&target_, kHere, port, 0));
+  const std::string line = "LOGGER ERROR at Start [48]: 'Resource temporarily unavailable'\n";
+  EXPECT_EQ(line + line, GetCapturedStderr());
+  noThreadCanBeMade = false;
 
+  EXPECT_TRUE(server_.Start(&target_, kHere, port, 0));
+
+  EXPECT_EQ(port, server_.GetPort());
+  PlainConnection client = Client();
+  SendAndFlush(client, FrameOf(EventWith("one")));
+  EXPECT_EQ(Texts{"one"}, target_.Messages());
   EXPECT_TRUE(server_.Stop());
-  EXPECT_FALSE(PlainConnection::To(port).IsOpen());
-  EXPECT_TRUE(Start());
+}
 
-  PlainConnection client = PlainConnection::To(server_.GetPort());
-  client.Send(kVersionOne + FrameOf(EventWith("one")) + kFlushRequest);
-  EXPECT_EQ(5U, client.Receive(5).size());
-  EXPECT_EQ(std::vector<std::string>{"one"}, target_.Messages());
+TEST_F(ServerShortageTest, KeepsItsPortUntilItIsStoppedWhenNoThreadWaits) {
+  noThreadCanBeMade = true;
+  CaptureStderr();
+  EXPECT_FALSE(Start());
+  noThreadCanBeMade = false;
+  const int port = server_.GetPort();
+  EXPECT_TRUE(PlainConnection::To(port).IsOpen());
+
+  EXPECT_TRUE(server_.Stop());  // It counts as running, on purpose.
+
+  EXPECT_FALSE(PlainConnection::To(port).IsOpen());
+  EXPECT_EQ("LOGGER ERROR at Start [48]: 'Resource temporarily unavailable'\n",
+            GetCapturedStderr());
+}
+
+TEST_F(ServerShortageTest, ReportsThatItCannotBeStoppedWhenItsPortIsNotListenedOn) {
+  noThreadCanBeMade = true;
+  CaptureStderr();
+  EXPECT_FALSE(Start());
+  noThreadCanBeMade = false;
+  const PlainListener taken;
+  EXPECT_FALSE(server_.Start(&target_, kHere, taken.Port(), 0));
+  GetCapturedStderr();
+
+  CaptureStderr();
+  EXPECT_FALSE(server_.Stop());  // It counts as running, on purpose.
+  EXPECT_TRUE(server_.Stop());
+  EXPECT_EQ("LOGGER ERROR at Stop [61]: 'Connection refused'\n", GetCapturedStderr());
+
+  EXPECT_TRUE(Start());
 }
 
 TEST_F(ServerShortageTest, ClosesAConnectionForWhichThereIsNoThread) {
@@ -122,7 +154,7 @@ TEST_F(ServerShortageTest, GoesOnAcceptingWhenItHasDescriptorsAgain) {
     EXPECT_EQ(0, connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address));
     late = PlainConnection(descriptor);
     late.Send(kVersionOne);
-    SendAndFlush(former, FrameOf(EventWith("former")));  // Who was there is served.
+    SendAndFlush(former, FrameOf(EventWith("former")));  // A connection that exists is served.
     EXPECT_EQ("", late.Waiting());
     EXPECT_EQ(1U, server_.GetConnectionCount());
   }

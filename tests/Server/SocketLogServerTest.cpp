@@ -67,7 +67,7 @@ void SendAndFlush(PlainConnection& connection, const std::string& bytes) {
 /// Returns when the server has taken all that was sent on the connection.
 void Flush(PlainConnection& connection) { SendAndFlush(connection, ""); }
 
-/// What a server tells of itself.
+/// What a server counts.
 struct Served {
   unsigned long connections;
   unsigned long events;
@@ -689,6 +689,7 @@ TEST_F(SocketLogServerTest, PublishesARecordWithANegativeLengthThatStaysInside) 
 }
 
 TEST_F(SocketLogServerTest, EndsOnlyTheConnectionOfAFrameThatIsTooLong) {
+  server_.SetMaxFrameLength(64 * 1024 * 1024);
   Start();
   PlainConnection other = ClientOf(server_);
   std::vector<PlainConnection> clients;
@@ -702,6 +703,33 @@ TEST_F(SocketLogServerTest, EndsOnlyTheConnectionOfAFrameThatIsTooLong) {
 
   EXPECT_EQ((Texts{"before", "before", "before", "before", "other"}), target_.Messages());
   EXPECT_EQ((Served{5, 5, 4}), ServedBy(server_));
+}
+
+TEST_F(SocketLogServerTest, EndsAConnectionOnlyAtANegativeLengthWithoutALimit) {
+  Start();
+  PlainConnection negative = ClientOf(server_);
+  negative.Send("\1" + Number(-1));
+  EXPECT_EQ("", negative.ReceiveToEnd());
+
+  PlainConnection longest = ClientOf(server_);
+  longest.Send("\1" + Number(INT_MAX) + "and little of it");
+  longest.EndSending();
+
+  EXPECT_EQ("", longest.ReceiveToEnd());
+  EXPECT_EQ((Served{2, 0, 1}), ServedBy(server_));
+}
+
+TEST_F(SocketLogServerTest, ReceivesAnEventOfMoreThan64Megabytes) {
+  Start();
+  LogClientSocket client(kHere, server_.GetPort(), false, 0);
+  const std::string large(std::size_t{70} * 1024 * 1024, 'x');
+
+  EXPECT_TRUE(client.Publish(EventWith(large)));
+  EXPECT_TRUE(client.Publish(EventWith("next")));
+  EXPECT_TRUE(client.SendToServer(true));
+
+  EXPECT_TRUE((Texts{large, "next"}) == target_.Messages());
+  EXPECT_EQ((Served{1, 2, 0}), ServedBy(server_));
 }
 
 TEST_F(SocketLogServerTest, TakesFramesUpToTheLimit) {
@@ -730,7 +758,6 @@ TEST_F(SocketLogServerTest, TakesLongerFramesWhenItsLimitIsRaisedWhileItRuns) {
 }
 
 TEST_F(SocketLogServerTest, TakesALengthOfTwoGigabytesWithoutTheMemoryForIt) {
-  server_.SetMaxFrameLength(INT_MAX);
   Start();
   std::vector<PlainConnection> clients;
   for (int i = 0; i < 20; ++i) {
