@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <list>
 #include <memory>
 #include <string>
@@ -20,18 +22,18 @@ class ForkListenerOf;
 /// "LogClientSocket".
 ///
 /// A synchronous client sends each event as it is published; an asynchronous one only collects
-/// them, and the application sends them with SendToServer. The connection is made once, by the
-/// constructor, and never anew: when the server goes away, sending fails until the client is
-/// destroyed. The queue has no bound: a client that is not connected keeps every event. The layout
-/// is not used.
+/// them, and the application sends them with SendToServer. The constructor connects; only Init()
+/// connects again. After a failure all sends fail until then. The queue has no bound: a client that
+/// cannot send keeps every event. The layout is not used.
 ///
-/// Texts must not contain a zero byte. A server takes events of up to 64 MiB unless it was told
-/// otherwise, and ends the connection at a larger one. SIGPIPE is never raised. The client takes no
-/// lock: an application that calls SendToServer from another thread than the one that publishes
-/// serialises the calls.
+/// Texts must not contain a zero byte. SIGPIPE is never raised. The client takes no lock: an
+/// application that calls SendToServer from another thread than the one that publishes serialises
+/// the calls.
 ///
-/// What is queued when a process forks stays the parent's to send, and so does the connection: in
-/// the child the queue is empty, and the client is not initialised until Init() connects it anew.
+/// At a fork the connection and the queued events stay with the parent. In the child the queue is
+/// empty, and a client that was initialised connects by itself, once, at its first event or at
+/// SendToServer. When that fails, it is reported like a failure of the constructor, and the client
+/// is not initialised. A process that forks and ends, as daemon() does, sends its queue before.
 class LOGGER_EXPORT LogClientSocket : public LogClient {
  public:
   /// Connects to the host name or address, on the low 16 bits of `serverPort`. Events of the thread
@@ -40,15 +42,16 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   LogClientSocket(std::string serverAddress, int serverPort, bool asynchronous,
                   int ignoredThreadId);
   /// Reads "serverip", "serverport" (decimal), "socketasynchron", which is off unless it is exactly
-  /// "1", and "timeout": milliseconds, decimal, for which the client waits at most when it
-  /// connects, for each of the server's answers and in each send. Without it, or with a number that
-  /// is not above 0, it waits as long as it takes. Without an address or with port 0 no connection
-  /// is tried.
+  /// "1", and "timeout": the milliseconds, decimal, that connecting, each of the server's answers
+  /// and each send may take. Without it, or with a number that is not above 0, there is no limit.
+  /// Without an address or with port 0 no connection is tried.
   explicit LogClientSocket(const LogProperties& properties);
   /// Closes the connection. What is still queued is lost.
   ~LogClientSocket() override;
 
-  /// Connects, and exchanges protocol versions with the server.
+  /// Connects, and exchanges protocol versions with the server, also again after a failure: the
+  /// new connection takes the place of the former one, which stays when none can be made. Sets what
+  /// IsInitialize() returns when the server agrees, and never clears it.
   void Init();
 
   /// Queues the event, and sends the queue unless the client is asynchronous. False when sending
@@ -56,10 +59,11 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   bool Publish(const LogEvent& event) override;
 
   /// Sends all queued events, oldest first, and empties the queue. With `wait` it returns when the
-  /// server has confirmed that it has taken all of them.
+  /// server has confirmed that it has taken all of them, or when the connection or the timeout
+  /// ended; the result does not depend on the answer.
   ///
-  /// False when the client is not connected, or when not even the beginning of an event could be
-  /// sent: the queue then stays as it was, and events already sent go out again with the next call.
+  /// False when the client is not initialised, or when not even the beginning of an event could be
+  /// sent: the queue then stays as it was, and events already sent are sent again by the next call.
   /// False also when an event could only be sent in part: that one is lost, and the queue is
   /// emptied.
   bool SendToServer(bool wait);
@@ -69,6 +73,10 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   friend class Logger::Internal::ForkListenerOf;
 
   enum class Sent { Everything, NotEvenAHeader, PartOfARecord };
+  struct BatchResult {
+    Sent sent;
+    std::size_t frame;  // In which the sending ended.
+  };
 
   std::list<LogEvent> queue_;               // Not sent yet, oldest first.
   std::list<LogEvent>::iterator position_;  // Of the next event to send, in SendToServer.
@@ -80,11 +88,14 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   int timeout_;  // Milliseconds, or below 0 for none.
   std::unique_ptr<Logger::Internal::FrameBatch> batch_;
   std::unique_ptr<LogForkListener> forkListener_;
+  bool isConnectionDue_;          // In a forked child, which has not tried to connect yet.
+  std::atomic<bool> isChanging_;  // A thread is changing the queue or the batch.
 
   bool CanSend() const;
   bool SendNow(const LogEvent& event);
   bool ExchangeVersions();
-  Sent SendBatch(std::size_t& failedFrame);
+  void FillBatch();
+  BatchResult SendBatch();
   void AwaitAnswer();
   void ContinueInChild(bool wasBusy);
 };

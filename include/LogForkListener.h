@@ -19,6 +19,6 @@ class LOGGER_EXPORT LogForkListener {
   /// log, or wait for another thread. `wasBusy` says that the lock of a handler that the client is
   /// attached to could not be had within a second: a thread that does not exist in the child may
   /// have been inside the client, whose members may then be in any state. The client is marked as
-  /// not initialised in that case.
+  /// not initialised afterwards in that case.
   virtual void ContinueInChild(bool wasBusy) = 0;
 };

@@ -158,9 +158,13 @@ SocketWrapper::SocketWrapper(int type) : descriptor_(-1), lastError_(0) { Open(t
 
 SocketWrapper::~SocketWrapper() { Replace(-1); }
 
+/// Also called by destructors, which a cancelled thread cannot leave: close() must not end it.
 void SocketWrapper::Replace(int descriptor) {
+  int former = PTHREAD_CANCEL_ENABLE;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
   if (descriptor_ >= 0) close(descriptor_);
   descriptor_ = descriptor;
+  pthread_setcancelstate(former, nullptr);
 }
 
 int SocketWrapper::Fail(int error) {
@@ -175,6 +179,10 @@ int SocketWrapper::Open(int type) {
   if (descriptor < 0) return Fail(errno);
   Replace(descriptor);
   return 0;
+}
+
+void SocketWrapper::Disconnect() {
+  if (Open(kStream) != 0) Shutdown();
 }
 
 bool SocketWrapper::IsValid() const { return descriptor_ >= 0; }

@@ -736,6 +736,40 @@ TEST(SocketWrapperTest, KeepsTheFormerSocketWhenItCannotOpenAnother) {
   EXPECT_EQ('x', byte);
 }
 
+/// A socket that was connected: what was sent has arrived, and nothing can be sent any more.
+void ExpectToBeDisconnected(Connection& connection) {
+  EXPECT_TRUE(connection.client.IsValid());
+  EXPECT_EQ("sent", ReceiveAll(connection.client, 5, connection.server.Number()));
+  EXPECT_EQ(-1, connection.SendFromClient("more"));  // The default for SIGPIPE ends the process.
+  char byte = 0;
+  EXPECT_GE(0, connection.client.Recv(&byte, 1));
+}
+
+TEST(SocketWrapperTest, IsValidAndUnconnectedOnceItWasDisconnected) {
+  Connection connection;
+  connection.SendFromClient("sent");
+
+  connection.client.Disconnect();
+
+  ExpectToBeDisconnected(connection);
+  EXPECT_EQ(0, connection.client.Connect(kHere, connection.listener.Port()));
+  EXPECT_EQ(4, connection.SendFromClient("more"));
+}
+
+TEST(SocketWrapperTest, CanBeDisconnectedWithoutADescriptorForAnotherSocket) {
+  Connection connection;
+  connection.SendFromClient("sent");
+
+  {
+    const NoDescriptorsLeft shortage;
+    connection.client.Disconnect();
+  }
+
+  ExpectToBeDisconnected(connection);
+  EXPECT_EQ(0, connection.client.Connect(kHere, connection.listener.Port()));
+  EXPECT_EQ(4, connection.SendFromClient("more"));
+}
+
 TEST(SocketWrapperTest, OpensAfterItWasNotValid) {
   SocketWrapper socket(1);
 
@@ -809,6 +843,22 @@ TEST(SocketWrapperTest, DoesNotWaitForATimeoutWithoutASocket) {
   EXPECT_EQ(-1, socket.AcceptWithin(&byte, 1, 10));
   EXPECT_EQ("Bad file descriptor", socket.GetLastErrorStr());
   EXPECT_FALSE(socket.HasTimedOut());
+}
+
+TEST(SocketWrapperTest, CanBeDestroyedByAThreadThatIsAboutToBeCancelled) {
+  std::atomic<bool> isDestroyed{false};
+  std::thread thread([&] {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    pthread_cancel(pthread_self());
+    auto socket = std::make_unique<SocketWrapper>();
+    pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+    socket.reset();
+    isDestroyed = true;
+  });
+
+  thread.join();
+
+  EXPECT_TRUE(isDestroyed);
 }
 
 TEST(SocketWrapperTest, CanBeClosedTwiceAndOpenedAgain) {

@@ -1,6 +1,7 @@
 #include "Clients/FrameBatch.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <new>
 
@@ -31,11 +32,10 @@ void FrameBatch::Clear() {
   ends_.clear();
 }
 
-std::size_t FrameBatch::PartSent(std::size_t sent, std::size_t& frame) const {
-  const auto firstNotOut = std::upper_bound(ends_.begin(), ends_.end(), sent);
-  frame = static_cast<std::size_t>(firstNotOut - ends_.begin());
-  const std::size_t start = frame == 0 ? 0 : ends_[frame - 1];
-  return sent - start;
+FrameBatch::Position FrameBatch::PositionAfter(std::size_t sent) const {
+  const auto firstNotSent = std::upper_bound(ends_.begin(), ends_.end(), sent);
+  const std::size_t start = firstNotSent == ends_.begin() ? 0 : *std::prev(firstNotSent);
+  return {static_cast<std::size_t>(firstNotSent - ends_.begin()), sent - start};
 }
 
 }  // namespace Logger::Internal

@@ -9,23 +9,29 @@ class LogEvent;
 
 namespace Logger::Internal {
 
-/// The frames of several events one behind the other, so that they can leave together.
+/// The frames of several events, one after the other, to be sent together.
 class FrameBatch {
  public:
+  /// A place in the batch: the number of an event's frame, from 0, and the bytes before the place
+  /// in that frame.
+  struct Position {
+    std::size_t frame;
+    std::size_t offset;
+  };
+
   FrameBatch();
 
   void Append(const LogEvent& event);
   void AppendFlushRequest();
-  /// Empties the batch. What unusually large events needed is given back.
+  /// Empties the batch. The memory that unusually large events needed is freed.
   void Clear();
 
   const char* Data() const { return bytes_.Data(); }
   std::size_t Size() const { return bytes_.Size(); }
 
-  /// How many of the batch's first `sent` bytes belong to a frame that did not go out whole; 0 when
-  /// they end with a frame. `frame` becomes that frame's number, from 0, or that of the first one
-  /// not begun.
-  std::size_t PartSent(std::size_t sent, std::size_t& frame) const;
+  /// Where the batch goes on after its first `sent` bytes. The end of a frame is the beginning of
+  /// the next one, whose number is FrameCount() after the last.
+  Position PositionAfter(std::size_t sent) const;
   std::size_t FrameCount() const { return ends_.size(); }
 
  private:

@@ -1,8 +1,9 @@
 #include "LogClientSocket.h"
 
-#include <cstring>
+#include <cstddef>
 #include <iterator>
 #include <new>
+#include <utility>
 
 #include "Clients/ForkListenerOf.h"
 #include "Clients/FrameBatch.h"
@@ -22,26 +23,41 @@ namespace {
 
 constexpr std::size_t kBatchSize = std::size_t{64} * 1024;
 
-/// What a timeout's text means: none unless it is a number above 0.
+/// The timeout of a configuration: none unless the text is a number above 0.
 int TimeoutOf(const logstring& text) {
   const int milliseconds = ParseDecimal(text);
   return milliseconds > 0 ? milliseconds : SocketWrapper::kNoTimeout;
 }
 
-/// Closes a connection at the end of its scope, unless what was being sent ended with a whole
-/// frame: the server would take what comes next for the rest. Also for a thread that is cancelled
-/// while it sends.
-class WholeFramesOnly {
+/// Marks queue and batch as being changed, up to the end of the scope. A child that another thread
+/// forks meanwhile finds the mark.
+class ChangeMark {
  public:
-  WholeFramesOnly(SocketWrapper& socket, const FrameBatch& batch, const std::size_t& sent)
+  explicit ChangeMark(std::atomic<bool>& isChanging) : isChanging_(isChanging) {
+    isChanging_.store(true, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);  // Before the first change.
+  }
+  ~ChangeMark() { isChanging_.store(false, std::memory_order_release); }
+
+  ChangeMark(const ChangeMark&) = delete;
+  ChangeMark& operator=(const ChangeMark&) = delete;
+
+ private:
+  std::atomic<bool>& isChanging_;
+};
+
+/// Ends a connection at the end of the scope if a frame was sent in part: the server would take the
+/// next bytes for the rest of it. Also when the sending thread is cancelled.
+class DisconnectInMidFrame {
+ public:
+  DisconnectInMidFrame(SocketWrapper& socket, const FrameBatch& batch, const std::size_t& sent)
       : socket_(socket), batch_(batch), sent_(sent) {}
-  ~WholeFramesOnly() {
-    std::size_t frame = 0;
-    if (sent_ < batch_.Size() && batch_.PartSent(sent_, frame) > 0) socket_.Close();
+  ~DisconnectInMidFrame() {
+    if (sent_ < batch_.Size() && batch_.PositionAfter(sent_).offset > 0) socket_.Disconnect();
   }
 
-  WholeFramesOnly(const WholeFramesOnly&) = delete;
-  WholeFramesOnly& operator=(const WholeFramesOnly&) = delete;
+  DisconnectInMidFrame(const DisconnectInMidFrame&) = delete;
+  DisconnectInMidFrame& operator=(const DisconnectInMidFrame&) = delete;
 
  private:
   SocketWrapper& socket_;
@@ -49,20 +65,19 @@ class WholeFramesOnly {
   const std::size_t& sent_;
 };
 
-/// Closes a connection at the end of its scope, unless the answer came: one that comes too late
-/// would be taken for that to the next question. Also for a thread that is cancelled while it
-/// waits.
-class AnsweredOnly {
+/// Ends a connection at the end of the scope unless the answer has come: a late one would be taken
+/// for the answer to the next question. Also when the waiting thread is cancelled.
+class DisconnectUnlessAnswered {
  public:
-  explicit AnsweredOnly(SocketWrapper& socket) : socket_(socket) {}
-  ~AnsweredOnly() {
-    if (!isAnswered_) socket_.Close();
+  explicit DisconnectUnlessAnswered(SocketWrapper& socket) : socket_(socket) {}
+  ~DisconnectUnlessAnswered() {
+    if (!isAnswered_) socket_.Disconnect();
   }
 
-  AnsweredOnly(const AnsweredOnly&) = delete;
-  AnsweredOnly& operator=(const AnsweredOnly&) = delete;
+  DisconnectUnlessAnswered(const DisconnectUnlessAnswered&) = delete;
+  DisconnectUnlessAnswered& operator=(const DisconnectUnlessAnswered&) = delete;
 
-  void IsAnswered() { isAnswered_ = true; }
+  void SetAnswered() { isAnswered_ = true; }
 
  private:
   SocketWrapper& socket_;
@@ -78,7 +93,9 @@ LogClientSocket::LogClientSocket(std::string serverAddress, int serverPort, bool
       asynchronous_(asynchronous),
       ignoredThreadId_(ignoredThreadId),
       timeout_(SocketWrapper::kNoTimeout),
-      batch_(new FrameBatch) {
+      batch_(new FrameBatch),
+      isConnectionDue_(false),
+      isChanging_(false) {
   Init();
   forkListener_ = std::make_unique<ForkListenerOf<LogClientSocket>>(*this);
 }
@@ -89,7 +106,9 @@ LogClientSocket::LogClientSocket(const LogProperties& properties)
       asynchronous_(properties.GetProperty("socketasynchron") == "1"),  // Off unless exactly this.
       ignoredThreadId_(0),
       timeout_(TimeoutOf(properties.GetProperty("timeout"))),
-      batch_(new FrameBatch) {
+      batch_(new FrameBatch),
+      isConnectionDue_(false),
+      isChanging_(false) {
   if (!serverAddress_.empty() && serverPort_ != 0) Init();
   forkListener_ = std::make_unique<ForkListenerOf<LogClientSocket>>(*this);
 }
@@ -97,12 +116,14 @@ LogClientSocket::LogClientSocket(const LogProperties& properties)
 LogClientSocket::~LogClientSocket() { forkListener_.reset(); }
 
 void LogClientSocket::Init() {
+  // In a forked child, the flag was the parent's until now.
+  if (std::exchange(isConnectionDue_, false)) initialized_ = false;
   if (!socket_.IsValid()) return;
   if (socket_.Connect(serverAddress_, static_cast<unsigned short>(serverPort_), timeout_) != 0) {
     ReportError("Init", 61, socket_.GetLastErrorStr().c_str());
     return;
   }
-  initialized_ = ExchangeVersions();
+  if (ExchangeVersions()) initialized_ = true;
 }
 
 bool LogClientSocket::ExchangeVersions() {
@@ -110,6 +131,7 @@ bool LogClientSocket::ExchangeVersions() {
   constexpr int kLongestAnswer = 256;
   unsigned char buffer[kLongestAnswer];
   IntToBuf(buffer, WireFormat::kProtocolVersion);
+  DisconnectUnlessAnswered disconnect(socket_);
   std::size_t sent = 0;
   if (!socket_.SendAll(buffer, kVersionSize, sent, timeout_)) {
     ReportError("Init", 71, socket_.GetLastErrorStr().c_str());
@@ -118,6 +140,7 @@ bool LogClientSocket::ExchangeVersions() {
   const int count = socket_.RecvAtLeast(kVersionSize, buffer, kLongestAnswer,
                                         SocketWrapper::kOwnDescriptor, timeout_);
   if (count < kVersionSize) return false;
+  disconnect.SetAnswered();
   int answer = 0;
   BufToInt(buffer, &answer);
   return answer <= WireFormat::kProtocolVersion;
@@ -125,45 +148,46 @@ bool LogClientSocket::ExchangeVersions() {
 
 bool LogClientSocket::Publish(const LogEvent& event) {
   if (ignoredThreadId_ > 0 && event.GetThreadId() == ignoredThreadId_) return true;
-  if (!asynchronous_ && queue_.empty() && CanSend()) return SendNow(event);
-  queue_.push_back(event);
+  if (isConnectionDue_) Init();
+  {
+    const ChangeMark mark(isChanging_);
+    if (!asynchronous_ && queue_.empty() && CanSend()) return SendNow(event);
+    queue_.push_back(event);
+  }
   return asynchronous_ || SendToServer(false);
 }
 
 bool LogClientSocket::CanSend() const { return initialized_ && socket_.IsValid(); }
 
-/// What queueing the event and sending the queue comes to, without the queue: the event enters it
-/// only when it stays there.
+/// Has the effect of queueing the event and sending the queue; the event enters the queue only when
+/// it would stay there.
 bool LogClientSocket::SendNow(const LogEvent& event) {
   batch_->Clear();
   batch_->Append(event);
-  std::size_t failedFrame = 0;
-  const Sent sent = SendBatch(failedFrame);
+  const Sent sent = SendBatch().sent;
   if (sent == Sent::NotEvenAHeader) queue_.push_back(event);
   return sent == Sent::Everything;
 }
 
 bool LogClientSocket::SendToServer(bool wait) {
+  if (isConnectionDue_) Init();
   if (!CanSend()) return false;
+  const ChangeMark mark(isChanging_);
   bool allSent = true;
-  bool isConfirmationAsked = !wait;
+  bool isFlushRequestDue = wait;
   position_ = queue_.begin();
-  while (position_ != queue_.end() || !isConfirmationAsked) {
+  while (position_ != queue_.end() || isFlushRequestDue) {
     const auto firstOfBatch = position_;
-    batch_->Clear();
-    for (; position_ != queue_.end() && batch_->Size() < kBatchSize; ++position_) {
-      batch_->Append(*position_);
-    }
-    if (position_ == queue_.end() && !isConfirmationAsked) {
+    FillBatch();
+    if (isFlushRequestDue && position_ == queue_.end()) {
       batch_->AppendFlushRequest();
-      isConfirmationAsked = true;
+      isFlushRequestDue = false;
     }
-    std::size_t failedFrame = 0;
-    const Sent sent = SendBatch(failedFrame);
-    if (sent == Sent::NotEvenAHeader) return false;
-    if (sent == Sent::PartOfARecord) {
+    const BatchResult result = SendBatch();
+    if (result.sent == Sent::NotEvenAHeader) return false;
+    if (result.sent == Sent::PartOfARecord) {
       allSent = false;
-      position_ = std::next(firstOfBatch, static_cast<std::ptrdiff_t>(failedFrame) + 1);
+      position_ = std::next(firstOfBatch, static_cast<std::ptrdiff_t>(result.frame) + 1);
     }
   }
   queue_.clear();
@@ -171,35 +195,47 @@ bool LogClientSocket::SendToServer(bool wait) {
   return allSent;
 }
 
-/// Sends the batch, and tells how far it came: up to a frame of which fewer bytes went out than its
-/// header has, or more. A flush request at its end may be missing: without a connection there is no
-/// answer either.
-LogClientSocket::Sent LogClientSocket::SendBatch(std::size_t& failedFrame) {
-  std::size_t sent = 0;
-  {
-    const WholeFramesOnly wholeFramesOnly(socket_, *batch_, sent);
-    if (socket_.SendAll(batch_->Data(), batch_->Size(), sent, timeout_)) return Sent::Everything;
+/// Replaces the batch by the next events of the queue.
+void LogClientSocket::FillBatch() {
+  batch_->Clear();
+  for (; position_ != queue_.end() && batch_->Size() < kBatchSize; ++position_) {
+    batch_->Append(*position_);
   }
-  const std::size_t part = batch_->PartSent(sent, failedFrame);
-  if (failedFrame == batch_->FrameCount()) return Sent::Everything;
-  return part < WireFormat::kFrameHeaderSize ? Sent::NotEvenAHeader : Sent::PartOfARecord;
 }
 
-/// Waits for the one byte that says that the server has taken everything; what it is does not
-/// matter.
+/// Sends the batch. A flush request at its end may be missing: without a connection there is no
+/// answer either.
+LogClientSocket::BatchResult LogClientSocket::SendBatch() {
+  std::size_t sent = 0;
+  {
+    const DisconnectInMidFrame disconnect(socket_, *batch_, sent);
+    if (socket_.SendAll(batch_->Data(), batch_->Size(), sent, timeout_)) {
+      return {Sent::Everything, batch_->FrameCount()};
+    }
+  }
+  const auto [frame, offset] = batch_->PositionAfter(sent);
+  if (frame == batch_->FrameCount()) return {Sent::Everything, frame};
+  return {offset < WireFormat::kFrameHeaderSize ? Sent::NotEvenAHeader : Sent::PartOfARecord,
+          frame};
+}
+
+/// Waits for the one byte by which the server confirms that it has taken everything. Its value does
+/// not matter.
 void LogClientSocket::AwaitAnswer() {
   socket_.PushPending();
-  AnsweredOnly answeredOnly(socket_);
+  DisconnectUnlessAnswered disconnect(socket_);
   char answer = 0;
   const int count = socket_.Recv(&answer, 1, SocketWrapper::kOwnDescriptor, timeout_);
-  if (count >= 0) answeredOnly.IsAnswered();
+  if (count >= 0) disconnect.SetAnswered();
 }
 
 void LogClientSocket::ContinueInChild(bool wasBusy) {
-  initialized_ = false;
-  // A socket of the child's own takes the place of the connection, which the parent keeps.
-  if (socket_.Open(SocketWrapper::kStream) != 0) socket_.Close();
-  if (wasBusy) {  // Nobody knows what could be destroyed of them.
+  isConnectionDue_ = initialized_;
+  // The connection is the parent's. It is not shut down, and its descriptor here makes room for the
+  // fresh one.
+  socket_.Close();
+  static_cast<void>(socket_.Open(SocketWrapper::kStream));
+  if (wasBusy || isChanging_.exchange(false)) {  // In any state: they cannot be destroyed.
     new (&queue_) std::list<LogEvent>;
     static_cast<void>(batch_.release());
     batch_ = std::make_unique<FrameBatch>();

@@ -132,8 +132,8 @@ void ForkGuard::ContinueClients() {
   auto& clients = manager->GetLogClientManager()->clients_;
   for (const LogClientManager::Entry& entry : clients) {
     const bool wasBusy = UseOf(*entry.client).isBusy;
-    if (wasBusy) entry.client->initialized_ = false;
     if (entry.forkListener != nullptr) entry.forkListener->ContinueInChild(wasBusy);
+    if (wasBusy) entry.client->initialized_ = false;
   }
   // One that nobody uses, and that this thread did not make, may be half made or half deleted by a
   // thread that does not exist here.

@@ -16,11 +16,10 @@ using Part = std::pair<std::size_t, std::size_t>;
 
 std::string BytesOf(const FrameBatch& batch) { return std::string(batch.Data(), batch.Size()); }
 
-/// The number of the frame that did not go out whole, and how much of it did.
+/// The number of the frame that was not sent whole, and how many of its bytes were.
 Part PartSent(const FrameBatch& batch, std::size_t sent) {
-  std::size_t frame = 77;
-  const std::size_t part = batch.PartSent(sent, frame);
-  return {frame, part};
+  const FrameBatch::Position position = batch.PositionAfter(sent);
+  return {position.frame, position.offset};
 }
 
 TEST(FrameBatchTest, IsEmptyWhenNew) {
@@ -40,7 +39,7 @@ TEST(FrameBatchTest, PutsAHeaderBeforeARecord) {
   EXPECT_EQ(1U, batch.FrameCount());
 }
 
-TEST(FrameBatchTest, HoldsFramesOneBehindTheOther) {
+TEST(FrameBatchTest, HoldsFramesOneAfterTheOther) {
   FrameBatch batch;
 
   batch.Append(EventWith("first"));
@@ -87,7 +86,7 @@ TEST(FrameBatchTest, CanBeUsedAgainWhenCleared) {
   EXPECT_EQ(1U, batch.FrameCount());
 }
 
-TEST(FrameBatchTest, TellsWhichFrameDidNotGoOutWholeAndHowMuchOfIt) {
+TEST(FrameBatchTest, KnowsWhichFrameWasNotSentWholeAndHowManyOfItsBytesWere) {
   FrameBatch batch;
   batch.Append(EventWith("first"));
   batch.Append(EventWith("the second"));

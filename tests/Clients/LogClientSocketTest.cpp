@@ -63,6 +63,15 @@ class LogClientSocketTest : public testing::Test {
     client_ = making.get();
   }
 
+  /// Calls Init() and does the server's part, on a new connection.
+  void InitAgain(const std::string& answer = kVersionOne) {
+    std::future<void> init = std::async(std::launch::async, [this] { client_->Init(); });
+    connection_ = listener_.Accept();
+    EXPECT_EQ(kVersionOne, connection_.Receive(4));
+    connection_.Send(answer);
+    init.get();
+  }
+
   /// A client and a server that have agreed.
   void Connect(bool asynchronous, int ignoredThreadId = 0) {
     Answer(Make(kHere, listener_.Port(), asynchronous, ignoredThreadId));
@@ -82,7 +91,7 @@ class LogClientSocketTest : public testing::Test {
     });
   }
 
-  /// Whether an answer is accepted, behind which the server closes.
+  /// Whether an answer is accepted, after which the server closes.
   bool IsInitialisedBy(const std::string& answer) {
     Making making = Make(kHere, listener_.Port(), kSynchronous, 0);
     connection_ = listener_.Accept();
@@ -260,7 +269,7 @@ TEST_F(LogClientSocketTest, SaysNothingWhenThereIsNoSocket) {
   EXPECT_FALSE(listener_.HasVisitor());
 }
 
-TEST_F(LogClientSocketTest, ConnectsAsItsPropertiesTell) {
+TEST_F(LogClientSocketTest, ConnectsAsItsPropertiesSay) {
   Answer(MakeWith({{"other", "ignored"}}));
 
   EXPECT_TRUE(client_->IsInitialize());
@@ -539,11 +548,7 @@ TEST_F(LogClientSocketTest, SendsWhatItQueuedOnceItIsConnected) {
     for (const char* const message : {"one", "two", "three"}) client_->Publish(EventWith(message));
     client_->SendToServer(true);
 
-    std::future<void> init = std::async(std::launch::async, [this] { client_->Init(); });
-    connection_ = listener_.Accept();
-    EXPECT_EQ(kVersionOne, connection_.Receive(4));
-    connection_.Send(kVersionOne);
-    init.get();
+    InitAgain();
 
     EXPECT_TRUE(client_->IsInitialize());
     EXPECT_EQ(FrameOf(EventWith("one")) + FrameOf(EventWith("two")) + FrameOf(EventWith("three")),
@@ -554,11 +559,7 @@ TEST_F(LogClientSocketTest, SendsWhatItQueuedOnceItIsConnected) {
 TEST_F(LogClientSocketTest, SendsTheQueueBeforeANewEvent) {
   client_ = LonelyClient(listener_, kSynchronous);
   EXPECT_FALSE(client_->Publish(EventWith("former")));
-  std::future<void> init = std::async(std::launch::async, [this] { client_->Init(); });
-  connection_ = listener_.Accept();
-  connection_.Receive(4);
-  connection_.Send(kVersionOne);
-  init.get();
+  InitAgain();
 
   EXPECT_TRUE(client_->Publish(EventWith("new")));
 
@@ -584,7 +585,7 @@ TEST_F(LogClientSocketTest, FailsForGoodWithoutASignalWhenTheServerHasGone) {
   EXPECT_FALSE(client_->Publish(EventWith("x")));
   EXPECT_FALSE(client_->SendToServer(true));
   EXPECT_TRUE(client_->IsInitialize());
-  EXPECT_FALSE(listener_.HasVisitor());  // It does not connect anew.
+  EXPECT_FALSE(listener_.HasVisitor());  // It does not connect again by itself.
 }
 
 TEST_F(LogClientSocketTest, KeepsWhatItCouldNotBeginToSend) {
@@ -593,11 +594,7 @@ TEST_F(LogClientSocketTest, KeepsWhatItCouldNotBeginToSend) {
   while (client_->Publish(EventWith("x"))) continue;
   EXPECT_FALSE(client_->Publish(EventWith("y")));
 
-  std::future<void> init = std::async(std::launch::async, [this] { client_->Init(); });
-  connection_ = listener_.Accept();
-  EXPECT_EQ(kVersionOne, connection_.Receive(4));
-  connection_.Send(kVersionOne);
-  init.get();
+  InitAgain();
 
   EXPECT_EQ(FrameOf(EventWith("x")) + FrameOf(EventWith("y")), SentUpToNow());
 }
@@ -704,8 +701,8 @@ TEST_F(LogClientSocketTest, WorksAsUsualWithATimeout) {
   EXPECT_EQ("", SentUpToNow());
 }
 
-TEST_F(LogClientSocketTest, ClosesTheConnectionWhenThePeerStopsReadingInARecord) {
-  ConnectWith({{"timeout", "50"}});
+TEST_F(LogClientSocketTest, EndsTheConnectionWhenThePeerStopsReadingInARecord) {
+  ConnectWith({{"timeout", "300"}});
   const LogEvent event = EventWith(std::string(kLarge, 'x'));
 
   EXPECT_FALSE(client_->Publish(event));
@@ -713,12 +710,30 @@ TEST_F(LogClientSocketTest, ClosesTheConnectionWhenThePeerStopsReadingInARecord)
   const std::string received = connection_.ReceiveToEnd();
   EXPECT_LT(received.size(), FrameOf(event).size());
   EXPECT_TRUE(BeginsWith(FrameOf(event), received));
+  EXPECT_TRUE(client_->SendToServer(false));  // The queue is empty.
   EXPECT_FALSE(client_->Publish(EventWith("next")));
   EXPECT_FALSE(client_->SendToServer(true));
 }
 
+TEST_F(LogClientSocketTest, ConnectsAgainAfterARecordThatWasCut) {
+  Connect(kSynchronous);
+  const LogEvent event = EventWith(std::string(kLarge, 'x'));
+  BlockingCall publishing([&] { return client_->Publish(event) ? 1 : 0; });
+  publishing.Begin();
+  publishing.WaitUntilBlocked();
+  connection_.Reset();
+  EXPECT_EQ(0, publishing.Result());
+  EXPECT_TRUE(client_->SendToServer(false));  // The queue is empty.
+  EXPECT_FALSE(client_->Publish(EventWith("kept")));
+
+  InitAgain();
+  EXPECT_TRUE(client_->Publish(EventWith("next")));
+
+  EXPECT_EQ(FrameOf(EventWith("kept")) + FrameOf(EventWith("next")), SentUpToNow());
+}
+
 TEST_F(LogClientSocketTest, SendsNothingMoreOfAQueueWhenThePeerStopsReading) {
-  ConnectWith({{"timeout", "50"}, {"socketasynchron", "1"}});
+  ConnectWith({{"timeout", "300"}, {"socketasynchron", "1"}});
   const LogEvent event = EventWith(std::string(kLarge / 2, 'x'));
   const std::string frames = FrameOf(EventWith("first")) + FrameOf(event) + FrameOf(event);
   client_->Publish(EventWith("first"));
@@ -734,14 +749,75 @@ TEST_F(LogClientSocketTest, SendsNothingMoreOfAQueueWhenThePeerStopsReading) {
   EXPECT_FALSE(client_->SendToServer(false));
 }
 
-TEST_F(LogClientSocketTest, ClosesTheConnectionWhenAnAnswerDoesNotComeInTime) {
-  ConnectWith({{"timeout", "30"}});
+TEST_F(LogClientSocketTest, EndsTheConnectionWhenAnAnswerDoesNotComeInTime) {
+  ConnectWith({{"timeout", "300"}});
 
   EXPECT_TRUE(client_->SendToServer(true));  // All was sent.
 
   EXPECT_EQ("\2", connection_.ReceiveToEnd());
-  EXPECT_FALSE(client_->SendToServer(true));
+  EXPECT_TRUE(client_->IsInitialize());
   EXPECT_FALSE(client_->Publish(EventWith("next")));
+  EXPECT_FALSE(client_->SendToServer(true));
+}
+
+TEST_F(LogClientSocketTest, SucceedsInSendingAnEmptyQueueWithoutAConnection) {
+  ConnectWith({{"timeout", "300"}});
+  EXPECT_TRUE(client_->SendToServer(true));
+  EXPECT_EQ("\2", connection_.ReceiveToEnd());
+
+  EXPECT_TRUE(client_->SendToServer(false));
+  EXPECT_TRUE(client_->SendToServer(true));  // Waits for nothing.
+}
+
+TEST_F(LogClientSocketTest, ConnectsAgainAfterAnAnswerThatDidNotCome) {
+  Connect(kSynchronous);
+  BlockingCall flush([this] { return client_->SendToServer(true) ? 1 : 0; });
+  flush.Begin();
+  EXPECT_EQ("\2", connection_.Receive(1));
+  flush.WaitUntilBlocked();
+  connection_.Reset();
+  EXPECT_EQ(1, flush.Result());
+  EXPECT_FALSE(client_->Publish(EventWith("kept")));
+
+  InitAgain();
+  EXPECT_TRUE(client_->Publish(EventWith("next")));
+
+  EXPECT_EQ(FrameOf(EventWith("kept")) + FrameOf(EventWith("next")), SentUpToNow());
+}
+
+TEST_F(LogClientSocketTest, KeepsItsConnectionWhenItCannotConnectAgain) {
+  Connect(kSynchronous);
+  listener_.Close();
+
+  CaptureStderr();
+  client_->Init();
+  EXPECT_EQ("LOGGER ERROR at Init [61]: 'Connection refused'\n", GetCapturedStderr());
+
+  EXPECT_TRUE(client_->IsInitialize());
+  EXPECT_TRUE(client_->Publish(EventWith("next")));
+  EXPECT_EQ(FrameOf(EventWith("next")), SentUpToNow());
+}
+
+TEST_F(LogClientSocketTest, StaysInitialisedOnAConnectionWhoseServerAnsweredTwo) {
+  Connect(kSynchronous);
+
+  CaptureStderr();
+  InitAgain(Number(2));
+  EXPECT_EQ("", GetCapturedStderr());
+
+  EXPECT_TRUE(client_->IsInitialize());
+  EXPECT_TRUE(client_->Publish(EventWith("next")));
+  EXPECT_EQ(FrameOf(EventWith("next")), SentUpToNow());
+}
+
+TEST_F(LogClientSocketTest, EndsAConnectionOnWhichTheVersionWasNotAnsweredInTime) {
+  ConnectWith({{"timeout", "300"}});
+
+  client_->Init();  // The test does not accept it.
+
+  EXPECT_TRUE(client_->IsInitialize());
+  EXPECT_FALSE(client_->Publish(EventWith("kept")));
+  EXPECT_EQ(kVersionOne, listener_.Accept().ReceiveToEnd());
 }
 
 TEST_F(LogClientSocketTest, IsMadeByTheFactory) {

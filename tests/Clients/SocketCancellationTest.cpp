@@ -1,5 +1,5 @@
 // A thread that is cancelled while it sends or waits ends there, and leaves no connection on which
-// the peer would take what comes next for something else.
+// the next bytes would be taken for something else.
 
 #include <gtest/gtest.h>
 
@@ -26,10 +26,18 @@ class SocketCancellationTest : public testing::Test {
     auto making = std::async(std::launch::async, [this] {
       return std::make_unique<LogClientSocket>("127.0.0.1", listener_.Port(), false, 0);
     });
+    Answer();
+    client_ = making.get();
+  }
+  void ConnectAgain() {
+    auto init = std::async(std::launch::async, [this] { client_->Init(); });
+    Answer();
+    init.get();
+  }
+  void Answer() {
     connection_ = listener_.Accept();
     EXPECT_EQ(kVersionOne, connection_.Receive(4));
     connection_.Send(kVersionOne);
-    client_ = making.get();
   }
 
   PlainListener listener_;
@@ -37,7 +45,7 @@ class SocketCancellationTest : public testing::Test {
   std::unique_ptr<LogClientSocket> client_;
 };
 
-TEST_F(SocketCancellationTest, ClosesAConnectionOnWhichARecordIsNotWhole) {
+TEST_F(SocketCancellationTest, EndsAConnectionOnWhichARecordIsNotWhole) {
   Connect();
   const LogEvent event = EventWith(std::string(kLarge, 'x'));
   BlockingCall publishing([&] { return client_->Publish(event) ? 1 : 0; });
@@ -62,9 +70,30 @@ TEST_F(SocketCancellationTest, DoesNotLetALateAnswerBeTakenForThatToTheNextQuest
   flush.WaitUntilBlocked();
 
   flush.Cancel();
-  connection_.TrySend("x");
 
-  EXPECT_FALSE(client_->SendToServer(true));
+  EXPECT_EQ("", connection_.ReceiveToEnd());
+  EXPECT_FALSE(client_->Publish(EventWith("kept")));
+  ConnectAgain();
+  EXPECT_TRUE(client_->SendToServer(false));
+  EXPECT_EQ(FrameOf(EventWith("kept")), connection_.Receive(FrameOf(EventWith("kept")).size()));
+}
+
+TEST_F(SocketCancellationTest, LeavesNoConnectionOnWhichTheVersionWasNotAnswered) {
+  Connect();
+  BlockingCall init([&] {
+    client_->Init();
+    return 0;
+  });
+  init.Begin();
+  connection_ = listener_.Accept();
+  EXPECT_EQ(kVersionOne, connection_.Receive(4));
+  init.WaitUntilBlocked();
+
+  init.Cancel();
+
+  EXPECT_EQ("", connection_.ReceiveToEnd());
+  EXPECT_TRUE(client_->IsInitialize());
+  EXPECT_FALSE(client_->Publish(EventWith("kept")));
 }
 
 TEST_F(SocketCancellationTest, LeavesACountOfWhatIsOnItsWay) {

@@ -111,7 +111,6 @@ TEST(ForkTest, LosesAndRepeatsNoEventWhileThreadsLog) {
   onConsole.ExpectThreads(counts);
   onConsole.ExpectChildren(Forks(), {0, 1, 2});
 
-  // What a child logs before it has a connection of its own stays in its queue until then.
   Received atServer;
   for (const std::string& line : Lines(served)) atServer.Add(line);
   EXPECT_EQ(Texts(), atServer.Torn());

@@ -11,9 +11,9 @@ namespace LibKelUtilities {
 /// A TCP socket.
 ///
 /// Addresses are host names or numbers, IPv4 or IPv6. Every descriptor is close-on-exec. Calls that
-/// a signal interrupts go on; a peer that went away shows as a failed Send and never raises
-/// SIGPIPE. One thread at a time uses an object; Send and Recv on descriptors that the caller gives
-/// may be called from several threads at once.
+/// a signal interrupts go on. A send to a peer that went away, or without a connection, fails at
+/// once and never raises SIGPIPE. One thread at a time uses an object; Send and Recv on descriptors
+/// that the caller passes may be called from several threads at once.
 class KELUTILITIES_EXPORT SocketWrapper {
  public:
   static constexpr int kStream = 0;          ///< The only type: a TCP socket.
@@ -21,7 +21,7 @@ class KELUTILITIES_EXPORT SocketWrapper {
   static constexpr int kNoTimeout = -1;    ///< Waits as long as it takes, like any number below 0.
   static constexpr int kNothingCame = -2;  ///< Result of AcceptWithin when the time was over.
 
-  /// Opens a socket of the type; IsValid tells whether that worked.
+  /// Opens a socket of the type; IsValid reports whether that worked.
   explicit SocketWrapper(int type = kStream);
   /// Closes the socket, and with it the connection.
   virtual ~SocketWrapper();
@@ -32,6 +32,10 @@ class KELUTILITIES_EXPORT SocketWrapper {
   /// Opens a new socket in the place of the former one, which is closed. 0, or -1 when that cannot
   /// be: the former one stays.
   int Open(int type);
+  /// Ends the connection: a fresh, unconnected socket takes its place. The peer still gets what was
+  /// sent before. Without a descriptor for a fresh socket the present one is shut down, which is
+  /// the same to the caller: it is valid, sends on it fail, and Connect replaces it.
+  void Disconnect();
   /// Whether there is an open socket.
   bool IsValid() const;
   /// Closes the socket: it is not valid any more.
@@ -49,8 +53,8 @@ class KELUTILITIES_EXPORT SocketWrapper {
   int Accept(char* peerAddress, int size);
   /// As Accept, for at most `timeout` milliseconds, after which it returns kNothingCame.
   int AcceptWithin(char* peerAddress, int size, int timeout);
-  /// Ends taking connections, or a connection in both directions; whoever waits for one of them
-  /// returns. The descriptor stays open.
+  /// Ends taking connections, or a connection in both directions; calls that wait on the socket
+  /// return. The descriptor stays open.
   void Shutdown();
   /// Connects to a server, trying each address that the name has, each for at most `timeout`
   /// milliseconds. 0, or -1: the former connection, if there was one, then stays.
