@@ -11,6 +11,15 @@ constexpr long kBudget = kSecond;
 constexpr long kFirstAttempt = kSecond / 500;
 constexpr long kLongestAttempt = kSecond / 8;
 
+timespec After(long nanoseconds) {
+  timespec deadline;
+  clock_gettime(CLOCK_MONOTONIC, &deadline);
+  deadline.tv_nsec += nanoseconds;
+  deadline.tv_sec += deadline.tv_nsec / kSecond;
+  deadline.tv_nsec %= kSecond;
+  return deadline;
+}
+
 }  // namespace
 
 RetryBudget::RetryBudget() : start_(), attempt_(kFirstAttempt) {
@@ -24,13 +33,11 @@ bool RetryBudget::IsSpent() const {
 }
 
 timespec RetryBudget::NextDeadline() {
-  timespec deadline;
-  clock_gettime(CLOCK_MONOTONIC, &deadline);
-  deadline.tv_nsec += attempt_;
-  deadline.tv_sec += deadline.tv_nsec / kSecond;
-  deadline.tv_nsec %= kSecond;
+  const timespec deadline = After(attempt_);
   attempt_ = std::min(2 * attempt_, kLongestAttempt);
   return deadline;
 }
+
+timespec RetryBudget::LongestDeadline() { return After(kLongestAttempt); }
 
 }  // namespace Logger::Internal

@@ -15,6 +15,8 @@ class RetryBudget {
   /// The deadline (CLOCK_MONOTONIC) of an attempt that begins now. The next attempt is twice as
   /// long, up to an eighth of a second.
   timespec NextDeadline();
+  /// The deadline of an attempt of the greatest length that begins now.
+  static timespec LongestDeadline();
 
  private:
   timespec start_;

@@ -68,17 +68,17 @@ bool ForkGuard::HoldManagers(const timespec& deadline) {
   return allHeld;
 }
 
-/// The last attempt: each lock for itself, so that one which cannot be had costs no other.
+/// The last attempt: each handler has a deadline of its own, so that one which cannot be had costs
+/// no other.
 void ForkGuard::HoldWhatIsFree() {
-  RetryBudget eachForItself;
-  holds_.isListOfHandlersHeld = LivingHandlers::HoldUntil(eachForItself.NextDeadline());
+  holds_.isListOfHandlersHeld = LivingHandlers::HoldUntil(RetryBudget::LongestDeadline());
   if (holds_.isListOfHandlersHeld) {
     for (LivingHandler& entry : LivingHandlers::All()) {
-      entry.isHeld = entry.handler->HoldUntil(RetryBudget().NextDeadline());
+      entry.isHeld = entry.handler->HoldUntil(RetryBudget::LongestDeadline());
     }
   }
-  static_cast<void>(HoldManagers(RetryBudget().NextDeadline()));
-  holds_.isTimeTextHeld = TimeTextLock::HoldForFork(RetryBudget().NextDeadline());
+  static_cast<void>(HoldManagers(RetryBudget::LongestDeadline()));
+  holds_.isTimeTextHeld = TimeTextLock::HoldForFork(RetryBudget::LongestDeadline());
 }
 
 void ForkGuard::ContinueInParent() noexcept {

@@ -1,7 +1,8 @@
 // Logs to the file named by its argument from main and from all that runs after it. The second
 // argument says what happens besides:
 //
-//   stuck     a thread is stuck in a client
+//   stuck     a thread is stuck in a client of another handler
+//   clients   clients log at their end, by way of the others that are left
 //   return    threads go on logging while main returns
 //   worker    they do so while one of them calls exit
 //   quick     they do so while main calls quick_exit
@@ -14,6 +15,7 @@
 
 #include "LogClient.h"
 #include "LogClientFile.h"
+#include "LogClientXml.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -43,13 +45,32 @@ class StuckClient : public LogClient {
   std::promise<void> isIn;
 };
 
-void LetAThreadGetStuck() {
+/// An XML log is indented at its end: that of the handler in which the thread is stuck is not.
+void LetAThreadGetStuck(const std::string& file) {
   auto* const client = new StuckClient;
+  auto* const stuckLog = new LogClientXml(file + ".stuck.xml", "");
+  Logger::GetLogHandler("stuck")->AddLogClient(stuckLog);
   Logger::GetLogHandler("stuck")->AddLogClient(client);
+  Logger::GetDefaultLogHandler()->AddLogClient(new LogClientXml(file + ".xml", ""));
   std::future<void> isIn = client->isIn.get_future();
   std::thread([] { Logger::GetLogHandler("stuck")->Log(1, "for ever"); }).detach();
   isIn.wait();
 }
+
+/// Logs when it is destroyed.
+class ClientThatLogsAtItsEnd : public LogClient {
+ public:
+  explicit ClientThatLogsAtItsEnd(LogHandler& handler) : handler_(handler) {}
+  ~ClientThatLogsAtItsEnd() override {
+    handler_.Log(1, "destructor of a client, level %s",
+                 Logger::GetLogLevelManager()->GetLogLevelName(70).c_str());
+  }
+
+  bool Publish(const LogEvent&) override { return true; }
+
+ private:
+  LogHandler& handler_;
+};
 
 /// Logs for ever, by a handler that it keeps and by one that it looks up.
 [[noreturn]] void GoOnLogging(std::atomic<int>& started, int thread) {
@@ -80,14 +101,18 @@ int main(int argc, char** argv) {
   if (argc < 2) return 2;
   Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
   Logger::GetLogLevelManager()->AddLogLevel(70, "DETAIL");
+  const std::string mode = argc > 2 ? argv[2] : "";
+  if (mode == "clients") {
+    LogHandler* const own = Logger::GetLogHandler("own");
+    own->AddLogClient(new ClientThatLogsAtItsEnd(*Logger::GetDefaultLogHandler()));
+  }
   auto* const client = new LogClientFile(argv[1], true);
   client->SetLayout("LogLayoutMessage");
   Logger::GetDefaultLogHandler()->AddLogClient(client);
   std::atexit([] { LogText("atexit, registered first"); });
   UseLocalStatic();
   std::atexit([] { LogText("atexit, registered last"); });
-  const std::string mode = argc > 2 ? argv[2] : "";
-  if (mode == "stuck") LetAThreadGetStuck();
+  if (mode == "stuck") LetAThreadGetStuck(argv[1]);
   if (mode == "return" || mode == "worker" || mode == "quick") LetThreadsGoOnLogging();
   LogText("main");
   if (mode == "quick") std::quick_exit(0);

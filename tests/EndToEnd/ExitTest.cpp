@@ -30,14 +30,29 @@ TEST(ExitTest, WritesWhatAtexitHandlersAndStaticDestructorsLog) {
       Content(folder.Path("exit.log")));
 }
 
-TEST(ExitTest, EndsAlsoWhenAThreadIsStuckInAClient) {
+TEST(ExitTest, DestroysTheClientsOfAllHandlersButThatWithAStuckThread) {
   const TemporaryFolder folder;
+  const std::string file = folder.Path("exit.log");
 
-  const ProcessResult result = RunProgram({EXIT_PROGRAM, folder.Path("exit.log"), "stuck"});
+  const ProcessResult result = RunProgram({EXIT_PROGRAM, file, "stuck"});
 
   EXPECT_EQ(0, result.exitCode);
   EXPECT_EQ("", result.errors);
-  EXPECT_EQ("destructor of a static object", Lines(folder.Path("exit.log")).back());
+  EXPECT_EQ("destructor of a static object", Lines(file).back());
+  EXPECT_EQ("  <entry level=\"ERROR\">", Lines(file + ".xml")[2])
+      << "indented when it is destroyed";
+  EXPECT_EQ(0U, Lines(file + ".stuck.xml")[1].find("<apitestlog><entry level=\"ERROR\"><date>"))
+      << "as it was after the event";
+}
+
+TEST(ExitTest, WritesWhatClientsLogAtTheirEnd) {
+  const TemporaryFolder folder;
+
+  const ProcessResult result = RunProgram({EXIT_PROGRAM, folder.Path("exit.log"), "clients"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ("destructor of a client, level DETAIL", Lines(folder.Path("exit.log")).back());
 }
 
 /// How often a program ends while its threads log: many times more in the long run.

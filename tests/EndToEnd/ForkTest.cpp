@@ -83,7 +83,7 @@ TEST(ForkTest, LosesAndRepeatsNoEventWhileThreadsLog) {
             "logclient.file.layout = LogLayoutMessage\nlogclient.file.parameter.0.name = filename\n"
             "logclient.file.parameter.0.value = " +
                 served + "\n");
-  ServingProgram server(LOGGERCTL, {"--config", folder.Path("serve.ini")});
+  ServingProgram server(LOGGERCTL, {"--config", folder.Path("serve.ini"), "--port", "0"});
 
   const ProcessResult result =
       RunProgram({FORK_PROGRAM, std::to_string(Forks()), file, std::to_string(server.Port())});
@@ -116,6 +116,24 @@ TEST(ForkTest, LosesAndRepeatsNoEventWhileThreadsLog) {
   EXPECT_EQ(Texts(), atServer.Torn());
   atServer.ExpectThreads(counts);
   atServer.ExpectChildren(Forks(), {0, 1, 2});
+}
+
+TEST(ForkTest, MeetsNoHalfMadeClient) {
+  constexpr int kForks = 1000;
+  const TemporaryFolder folder;
+  const std::string file = folder.Path("children.log");
+  WriteFile(folder.Path("serve.ini"),
+            "loglevel = 1\nloghandler = default\nlogclient = con\n"
+            "logclient.con.type = LogClientConsole\nlogclient.con.handler = default\n");
+  ServingProgram server(LOGGERCTL, {"--config", folder.Path("serve.ini"), "--port", "0"});
+
+  const ProcessResult result = RunProgram({FORK_BESIDE_MAKERS_PROGRAM, std::to_string(kForks), file,
+                                           folder.Path("."), std::to_string(server.Port())});
+
+  EXPECT_EQ(0, result.exitCode) << "signal " << result.signal << result.errors;
+  Texts numbers;
+  for (int number = 0; number < kForks; ++number) numbers.push_back(std::to_string(number));
+  EXPECT_EQ(numbers, Lines(file));
 }
 
 }  // namespace

@@ -25,6 +25,7 @@
 #include "Support/Events.h"
 #include "Support/Eventually.h"
 #include "Support/Files.h"
+#include "Support/ForkedChild.h"
 #include "Support/RecordingClient.h"
 #include "Support/SignalStorm.h"
 #include "Support/TemporaryFolder.h"
@@ -214,6 +215,41 @@ TEST_F(SignalStormTest, LosesNothingOfThreadsThatShareAHandlerOfAllKinds) {
   EXPECT_EQ(lines, Lines(folder_.Path("rolling.log")));
   EXPECT_EQ(lines, XmlLog(folder_.Path("log.xml")).Messages());
   EXPECT_EQ(lines, target.Messages());
+}
+
+LogHandler* switched = nullptr;
+
+/// Interrupted at any point of what takes the library's locks, among them forks.
+TEST_F(SignalStormTest, MaySwitchAHandlerInItsSignalHandler) {
+  LogHandler handler("switched");
+  RecordingClient client;
+  switched = &handler;
+  {
+    const SignalStorm storm([] {
+      static bool isOn = false;
+      isOn = !isOn;
+      switched->SetLogHandlerActive(isOn);
+    });
+    for (unsigned int round = 0; storm.Interruptions() < 10 * kEnoughInterruptions; ++round) {
+      Logger::GetLogLevelManager()->AddLogLevel(2 + round % 60, "another");
+      LogHandler other("other");
+      other.AddLogClient(&handler);
+      handler.SetLogLevel(1, round % 2 == 0);
+      handler.SetLogHandlerActive(round % 3 == 0);
+      handler.AddLogClient(&client);
+      handler.Log(1, "%u", round);
+      handler.RemoveLogClient(&client);
+      if (round % 10 == 0) {
+        EXPECT_TRUE(ForkedChild([] { return true; }).IsWell());
+      }
+    }
+  }
+
+  handler.SetLogLevel(1, true);
+  handler.SetLogHandlerActive(true);
+  EXPECT_TRUE(handler.HandleLogEvent(1));
+  handler.SetLogHandlerActive(false);
+  EXPECT_FALSE(handler.HandleLogEvent(1));
 }
 
 }  // namespace

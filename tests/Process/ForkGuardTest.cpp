@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -14,8 +15,10 @@
 
 #include "LogClient.h"
 #include "LogClientFile.h"
+#include "LogClientManager.h"
 #include "LogClientSocket.h"
 #include "LogClientXml.h"
+#include "LogForkListener.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -171,6 +174,60 @@ TEST_F(ForkGuardTest, LeavesAServerToTheParent) {
   delete server;
 }
 
+/// A client of the application's own that notes what it is asked for in a child.
+class ListeningClient : public LogClient, public LogForkListener {
+ public:
+  ListeningClient() {
+    initialized_ = true;
+    SetForkListener(this);
+  }
+  ~ListeningClient() override { SetForkListener(nullptr); }
+
+  bool Publish(const LogEvent&) override { return true; }
+  void ContinueInChild(bool wasBusy) override { calls.push_back(wasBusy); }
+
+  std::vector<bool> calls;
+};
+
+TEST_F(ForkGuardTest, CallsAClientsOwnListenerInTheChild) {
+  ListeningClient client;
+  { ListeningClient deletedBefore; }
+
+  const ForkedChild child(
+      [&] { return client.calls == std::vector<bool>{false} && client.IsInitialize(); });
+
+  EXPECT_TRUE(child.IsWell());
+  EXPECT_TRUE(client.calls.empty());
+}
+
+class CountingClient : public LogClient {
+ public:
+  static inline std::atomic<int> deleted{0};
+
+  ~CountingClient() override { ++deleted; }
+  bool Publish(const LogEvent&) override { return true; }
+};
+
+/// It may be half made at the fork.
+TEST_F(ForkGuardTest, LetsTheChildForgetAnUnattachedClientOfAnotherThread) {
+  const auto* const own = new CountingClient;
+  std::thread([&] {
+    const auto* const unattached = new CountingClient;
+    static_cast<void>(unattached);
+    handler_->AddLogClient(new CountingClient);
+  }).join();
+  static_cast<void>(own);
+
+  const ForkedChild child([&] {
+    Logger::GetLogManager()->GetLogClientManager()->Clear();
+    return CountingClient::deleted == 2;
+  });
+
+  EXPECT_TRUE(child.IsWell());
+  Logger::GetLogManager()->GetLogClientManager()->Clear();
+  EXPECT_EQ(3, CountingClient::deleted);
+}
+
 TEST_F(ForkGuardTest, LetsTheChildExitInTheUsualWay) {
   RecordingClient target;
   static SocketLogServer server;
@@ -230,6 +287,32 @@ TEST_F(StuckHandlerTest, LetsTheChildGoOnWithTheOthers) {
 
   EXPECT_TRUE(child.IsWell());
   EXPECT_EQ("child\n", Written("other.log"));
+}
+
+TEST_F(StuckHandlerTest, CostsNoClientOfHandlersThatAreMerelyBusy) {
+  constexpr int kBusy = 8;
+  std::vector<LogHandler*> handlers;
+  for (int number = 0; number < kBusy; ++number) {
+    handlers.push_back(Logger::GetLogHandler("busy " + std::to_string(number)));
+    handlers.back()->AddLogClient(FileClient("busy" + std::to_string(number)));
+  }
+  std::atomic<bool> isOver{false};
+  std::vector<std::thread> threads;
+  for (LogHandler* const busy : handlers) {
+    threads.emplace_back([&, busy] {
+      while (!isOver) busy->Log(1, "parent");
+    });
+  }
+
+  const ForkedChild child([&] {
+    return std::all_of(handlers.begin(), handlers.end(), [](LogHandler* handler) {
+      return handler->GetLogClientAt(0)->IsInitialize() && handler->Log(1, "child");
+    });
+  });
+
+  EXPECT_TRUE(child.IsWell());
+  isOver = true;
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(StuckHandlerTest, HasNoInitializedClientsInTheChild) {

@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <functional>
 
@@ -28,8 +29,11 @@ class ForkedChild {
 
   static bool HasEndedWell(pid_t child) {
     int status = -1;
-    return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) &&
-           WEXITSTATUS(status) == 0;
+    pid_t ended = -1;
+    do {
+      ended = waitpid(child, &status, 0);
+    } while (ended < 0 && errno == EINTR);
+    return child > 0 && ended == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
   }
 
  private:

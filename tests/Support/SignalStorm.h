@@ -11,10 +11,15 @@
 /// not go on by themselves afterwards.
 class SignalStorm {
  public:
-  SignalStorm() {
+  /// `work` is what the signal handler does each time.
+  explicit SignalStorm(void (*work)() = [] {}) {
+    handlersWork = work;
     current = &interruptions_;
     struct sigaction action {};
-    action.sa_handler = [](int) { ++*current; };
+    action.sa_handler = [](int) {
+      handlersWork();
+      ++*current;
+    };
     sigaction(SIGUSR1, &action, nullptr);  // Without SA_RESTART.
 
     sigevent toThisThread{};
@@ -40,6 +45,7 @@ class SignalStorm {
 
  private:
   static inline std::atomic<int> afterwards{0};
+  static inline thread_local void (*handlersWork)() = nullptr;
   static inline thread_local std::atomic<int>* current = nullptr;
 
   std::atomic<int> interruptions_{0};
