@@ -102,60 +102,33 @@ extern "C" int rename(const char* from, const char* to) noexcept {
 
 namespace {
 
-TEST_F(FileRenamesTest, ReportDeniedAccess) {
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n",
-      PublishWhile({EACCES, EACCES, EACCES}));
+TEST_F(FileRenamesTest, AreTriedThreeTimesAndEachFailureIsReported) {
+  const std::string denied = "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n";
+  const std::string missing = "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n";
+  const std::string invalid = "LOGGER ERROR at Rollover [76]: 'Rename failed EINVAL\n'\n";
+  const struct {
+    std::deque<int> failures;
+    std::string report;
+    bool isMoved;
+  } rows[] = {
+      {{EACCES, EACCES, EACCES}, denied + denied + denied, false},
+      {{ENOENT, ENOENT, ENOENT}, missing + missing + missing, false},
+      {{EINVAL, EINVAL, EINVAL}, invalid + invalid + invalid, false},
+      {{EIO, EPERM, EROFS}, "", false},
+      {{EACCES, EBUSY, EINVAL}, denied + invalid, false},
+      {{EACCES, EACCES}, denied + denied, true},
+      {{}, "", true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.report);
+    TheRenames().count = 0;
 
-  EXPECT_FALSE(isPublished_);
-  EXPECT_EQ(3, TheRenames().count);
-}
+    EXPECT_EQ(row.report, PublishWhile(row.failures));
 
-TEST_F(FileRenamesTest, ReportAMissingFile) {
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n",
-      PublishWhile({ENOENT, ENOENT, ENOENT}));
-
-  EXPECT_FALSE(isPublished_);
-}
-
-TEST_F(FileRenamesTest, ReportAnInvalidName) {
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [76]: 'Rename failed EINVAL\n'\n"
-      "LOGGER ERROR at Rollover [76]: 'Rename failed EINVAL\n'\n"
-      "LOGGER ERROR at Rollover [76]: 'Rename failed EINVAL\n'\n",
-      PublishWhile({EINVAL, EINVAL, EINVAL}));
-
-  EXPECT_FALSE(isPublished_);
-}
-
-TEST_F(FileRenamesTest, ReportNoOtherFailure) {
-  EXPECT_EQ("", PublishWhile({EIO, EPERM, EROFS}));
-
-  EXPECT_FALSE(isPublished_);
-  EXPECT_EQ(3, TheRenames().count);
-}
-
-TEST_F(FileRenamesTest, ReportEachFailureByItself) {
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [76]: 'Rename failed EINVAL\n'\n",
-      PublishWhile({EACCES, EBUSY, EINVAL}));
-}
-
-TEST_F(FileRenamesTest, AreTriedThreeTimes) {
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n",
-      PublishWhile({EACCES, EACCES}));
-
-  EXPECT_TRUE(isPublished_);
-  EXPECT_EQ("one\n", Content(file_ + ".1"));
-  EXPECT_EQ("", Content(file_));
+    EXPECT_EQ(row.isMoved, isPublished_);
+    EXPECT_EQ(row.isMoved ? static_cast<int>(row.failures.size()) + 1 : 3, TheRenames().count);
+    EXPECT_TRUE(client_.Rollover());  // At the next event it would be tried again.
+  }
 }
 
 TEST_F(FileRenamesTest, AreTriedAgainAtTheNextEvent) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <locale>
+#include <memory>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -33,44 +34,28 @@ class LogClientFileTest : public testing::Test {
   LogProperties properties_;
 };
 
-TEST_F(LogClientFileTest, WritesStandardLines) {
+TEST_F(LogClientFileTest, HasTheLineOfEachLayoutOnDiskWhenPublishReturns) {
   SetTimeZone("UTC0");
   Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
   LogClientFile client(file_, true);
+  EXPECT_EQ("", Content(file_));
 
   EXPECT_TRUE(client.Publish(EventWith("disk full")));
-
-  EXPECT_EQ("2024-03-05T14:07:09 |ERROR| disk full\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, WritesTheLineOfEachLayout) {
-  SetTimeZone("UTC0");
-  Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
-  LogClientFile client(file_, true);
-
-  for (const char* layout :
-       {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
-    EXPECT_TRUE(client.SetLayout(layout));
+  std::string expected = "2024-03-05T14:07:09 |ERROR| disk full\n";
+  EXPECT_EQ(expected, Content(file_));
+  const struct {
+    const char* layout;
+    const char* line;
+  } rows[] = {{"LogLayoutMessage", "disk full\n"},
+              {"LogLayoutSimple", "ERROR - disk full\n"},
+              {"LogLayoutStandard", "2024-03-05T14:07:09 |ERROR| disk full\n"},
+              {"LogLayoutExtended", "2024-03-05T14:07:09 |ERROR| file.cpp 42 disk full\n"}};
+  for (const auto& row : rows) {
+    EXPECT_TRUE(client.SetLayout(row.layout));
     EXPECT_TRUE(client.Publish(EventWith("disk full")));
+    expected += row.line;
+    EXPECT_EQ(expected, Content(file_));
   }
-
-  EXPECT_EQ(
-      "disk full\n"
-      "ERROR - disk full\n"
-      "2024-03-05T14:07:09 |ERROR| disk full\n"
-      "2024-03-05T14:07:09 |ERROR| file.cpp 42 disk full\n",
-      Content(file_));
-}
-
-TEST_F(LogClientFileTest, HasEveryEventOnDiskWhenPublishReturns) {
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
-
-  EXPECT_TRUE(client.Publish(EventWith("one")));
-  EXPECT_EQ("one\n", Content(file_));
-  EXPECT_TRUE(client.Publish(EventWith("two")));
-
-  EXPECT_EQ("one\ntwo\n", Content(file_));
 }
 
 TEST_F(LogClientFileTest, WritesTextThatEndsInNoLineFeedAtOnce) {
@@ -82,133 +67,70 @@ TEST_F(LogClientFileTest, WritesTextThatEndsInNoLineFeedAtOnce) {
   EXPECT_EQ("half", Content(file_));
 }
 
-TEST_F(LogClientFileTest, WritesLargeMessagesWhole) {
-  const std::string message(std::size_t{16} * 1024 * 1024, 'm');
+TEST_F(LogClientFileTest, WritesAnyMessageWhole) {
+  const std::string large(std::size_t{16} * 1024 * 1024, 'm');
+  const std::string bytes("a\0b\xff\r\n", 6);
   LogClientFile client(file_, true);
   client.SetLayout("LogLayoutMessage");
 
-  EXPECT_TRUE(client.Publish(EventWith(message)));
+  EXPECT_TRUE(client.Publish(EventWith(bytes)));
+  EXPECT_TRUE(client.Publish(EventWith(large)));
 
-  EXPECT_TRUE(message + "\n" == Content(file_));  // Not EXPECT_EQ, which would print them.
+  // Not EXPECT_EQ, which would print them.
+  EXPECT_TRUE(bytes + "\n" + large + "\n" == Content(file_));
 }
 
-TEST_F(LogClientFileTest, WritesAnyByte) {
-  const std::string message("a\0b\xff\r\n", 6);
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
+TEST_F(LogClientFileTest, AppendsOrEmptiesTheFileAtOnce) {
+  for (const bool append : {true, false}) {
+    SCOPED_TRACE(append);
+    WriteFile(file_, "old\n");
+    LogClientFile client(file_, append);
+    client.SetLayout("LogLayoutMessage");
+    const std::string former = append ? "old\n" : "";
 
-  EXPECT_TRUE(client.Publish(EventWith(message)));
+    EXPECT_TRUE(client.IsInitialize());
+    EXPECT_EQ(former, Content(file_));
+    client.Publish(EventWith("new"));
 
-  EXPECT_EQ(message + "\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, AppendsWhenToldTo) {
-  WriteFile(file_, "old\n");
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
-
-  client.Publish(EventWith("new"));
-
-  EXPECT_EQ("old\nnew\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, EmptiesTheFileAtOnceWhenNotToAppend) {
-  WriteFile(file_, "old\n");
-
-  LogClientFile client(file_, false);
-
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientFileTest, MakesTheFileAtOnce) {
-  LogClientFile appending(file_, true);
-  LogClientFile emptying(folder_.Path("other.log"), false);
-
-  EXPECT_TRUE(appending.IsInitialize());
-  EXPECT_TRUE(emptying.IsInitialize());
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("", Content(folder_.Path("other.log")));
-}
-
-TEST_F(LogClientFileTest, AppendsUnlessToldOtherwise) {
-  WriteFile(file_, "old\n");
-  properties_.AddProperty("filename", file_);
-  LogClientFile client(properties_);
-  client.SetLayout("LogLayoutMessage");
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_TRUE(client.Publish(EventWith("new")));
-
-  EXPECT_EQ("old\nnew\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, EmptiesTheFileWhenThePropertyIsFalse) {
-  WriteFile(file_, "old\n");
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("fileappend", "false");
-
-  LogClientFile client(properties_);
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientFileTest, AppendsForAnyOtherWordThanFalse) {
-  WriteFile(file_, "old\n");
-  properties_.AddProperty("filename", file_);
-  for (const char* word :
-       {"", "true", "FALSE", "False", "0", "no", "false ", " false", "falsely"}) {
-    SCOPED_TRACE(word);
-    properties_.RemoveProperty("fileappend");
-    properties_.AddProperty("fileappend", word);
-
-    const LogClientFile client(properties_);
-
-    EXPECT_EQ("old\n", Content(file_));
+    EXPECT_EQ(former + "new\n", Content(file_));
   }
 }
 
-TEST_F(LogClientFileTest, ComparesItsKeysExactly) {
-  properties_.AddProperty("Filename", file_);
-  LogClientFile client(properties_);
+TEST_F(LogClientFileTest, AppendsUnlessThePropertyIsExactlyFalse) {
+  for (const std::string word :
+       {"", "true", "FALSE", "False", "0", "no", "false ", " false", "falsely", "false"}) {
+    SCOPED_TRACE(word);
+    WriteFile(file_, "old\n");
+    LogProperties properties;
+    properties.AddProperty("filename", file_);
+    if (!word.empty()) properties.AddProperty("fileappend", word);
+    LogClientFile client(properties);
+    client.SetLayout("LogLayoutMessage");
 
-  EXPECT_FALSE(client.IsInitialize());
-  EXPECT_FALSE(Exists(file_));
+    EXPECT_TRUE(client.IsInitialize());
+    EXPECT_TRUE(client.Publish(EventWith("new")));
+
+    EXPECT_EQ(word == "false" ? "new\n" : "old\nnew\n", Content(file_));
+  }
 }
 
-TEST_F(LogClientFileTest, IsNotInitialisedWithoutAFileName) {
-  properties_.AddProperty("fileappend", "false");
-  LogClientFile configured(properties_);
-  LogClientFile unnamed("", true);
-
-  EXPECT_FALSE(configured.IsInitialize());
-  EXPECT_FALSE(configured.Publish(EventWith("lost")));
-  EXPECT_FALSE(unnamed.IsInitialize());
-  EXPECT_FALSE(unnamed.Publish(EventWith("lost")));
-  EXPECT_FALSE(unnamed.Init());
-}
-
-TEST_F(LogClientFileTest, IsNotInitialisedWhenTheFolderDoesNotExist) {
-  LogClientFile client(folder_.Path("missing/app.log"), true);
-
-  EXPECT_FALSE(client.IsInitialize());
-  EXPECT_FALSE(client.Publish(EventWith("lost")));
-  EXPECT_FALSE(Exists(folder_.Path("missing")));
-}
-
-TEST_F(LogClientFileTest, IsNotInitialisedWhenItsPropertiesNameAFileThatCannotBeOpened) {
-  properties_.AddProperty("filename", folder_.Path());  // A folder.
-  LogClientFile client(properties_);
-
-  EXPECT_FALSE(client.IsInitialize());
-  EXPECT_FALSE(client.Publish(EventWith("lost")));
-}
-
-TEST_F(LogClientFileTest, SaysNothingWhenItsFileCannotBeOpened) {
+TEST_F(LogClientFileTest, IsNotInitialisedWithoutAFile) {
   testing::internal::CaptureStderr();
-  LogClientFile client(folder_.Path("missing/app.log"), true);
-  client.Publish(EventWith("lost"));
+  properties_.AddProperty("Filename", file_);  // Not its key.
+  LogClientFile unnamed(properties_);
+  LogClientFile empty("", true);
+  LogClientFile homeless(folder_.Path("missing/app.log"), true);
+  properties_.AddProperty("filename", folder_.Path());
+  LogClientFile folder(properties_);
 
+  for (LogClientFile* const client : {&unnamed, &empty, &homeless, &folder}) {
+    EXPECT_FALSE(client->IsInitialize());
+    EXPECT_FALSE(client->Publish(EventWith("lost")));
+    EXPECT_FALSE(client->Init());
+  }
+
+  EXPECT_FALSE(Exists(file_));
+  EXPECT_FALSE(Exists(folder_.Path("missing")));
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
@@ -248,7 +170,7 @@ TEST_F(LogClientFileTest, GoesOnInTheFileThatItOpenedFromARelativePath) {
   EXPECT_EQ("disk full\n", Content(file_));
 }
 
-TEST_F(LogClientFileTest, WritesBehindWhatOthersAppended) {
+TEST_F(LogClientFileTest, WritesAfterWhatOthersAppended) {
   LogClientFile first(file_, true);
   LogClientFile second(file_, true);
   first.SetLayout("LogLayoutMessage");
@@ -276,48 +198,33 @@ TEST_F(LogClientFileTest, WritesNothingWithoutALayout) {
   LogClientFile client(file_, true);
 
   EXPECT_TRUE(client.SetLayout(nullptr));
-
   EXPECT_TRUE(client.IsInitialize());
   EXPECT_FALSE(client.Publish(EventWith("lost")));
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientFileTest, WritesNothingAfterAnUnknownLayoutName) {
-  LogClientFile client(file_, true);
-
   EXPECT_FALSE(client.SetLayout("unknown"));
   EXPECT_FALSE(client.Publish(EventWith("lost")));
+  EXPECT_EQ("", Content(file_));
   EXPECT_TRUE(client.SetLayout("LogLayoutMessage"));
   EXPECT_TRUE(client.Publish(EventWith("disk full")));
 
   EXPECT_EQ("disk full\n", Content(file_));
 }
 
-TEST_F(LogClientFileTest, GoesOnAfterALayoutThatThrew) {
-  LogClientFile client(file_, true);
-  client.SetLayout(new FunctionLayout([](std::ostream& out, const LogEvent& event) {
-    out << event.GetLogMessage();
-    throw std::runtime_error("no");
-  }));
-
-  EXPECT_THROW(client.Publish(EventWith("half ")), std::runtime_error);
-  client.SetLayout("LogLayoutMessage");
-  EXPECT_TRUE(client.Publish(EventWith("next")));
-
-  EXPECT_EQ("half next\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, WritesWhatALayoutThatThrewLeftAtItsEnd) {
+TEST_F(LogClientFileTest, WritesWhatALayoutThatThrewLeft) {
   {
     LogClientFile client(file_, true);
-    client.SetLayout(new FunctionLayout([](std::ostream& out, const LogEvent& event) {
+    LogLayout* const half = new FunctionLayout([](std::ostream& out, const LogEvent& event) {
       out << event.GetLogMessage();
-      throw std::runtime_error("no");
-    }));
-    EXPECT_THROW(client.Publish(EventWith("half")), std::runtime_error);
+      if (event.GetLogMessage() != "next\n") throw std::runtime_error("no");
+    });
+    client.SetLayout(half);
+
+    EXPECT_THROW(client.Publish(EventWith("half ")), std::runtime_error);
+    EXPECT_TRUE(client.Publish(EventWith("next\n")));
+    EXPECT_EQ("half next\n", Content(file_));
+    EXPECT_THROW(client.Publish(EventWith("at the end")), std::runtime_error);
   }
 
-  EXPECT_EQ("half", Content(file_));
+  EXPECT_EQ("half next\nat the end", Content(file_));
 }
 
 TEST_F(LogClientFileTest, DropsEventsOnceALayoutSetAnErrorState) {
@@ -367,13 +274,17 @@ TEST_F(LogClientFileTest, DoesNotWriteTheRestOfAFailedEventLater) {
 
 TEST_F(LogClientFileTest, WritesNumbersWithoutTheGroupsOfTheGlobalLocale) {
   SetTimeZone("UTC0");
+  const auto former = std::make_unique<LogClientFile>(file_, true);  // Of another locale.
   const GroupedNumbers grouped;
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutExtended");
+  LogClientFile later(file_, true);
 
-  client.Publish(LogEvent(99, "m", "handler", "a.cpp", 1234567, timeval{1709647629, 42}, 7));
+  for (LogClientFile* const client : {former.get(), &later}) {
+    client->SetLayout("LogLayoutExtended");
+    client->Publish(LogEvent(99, "m", "handler", "a.cpp", 1234567, timeval{1709647629, 42}, 7));
+  }
 
-  EXPECT_EQ("2024-03-05T14:07:09 || a.cpp 1234567 m\n", Content(file_));
+  const std::string line = "2024-03-05T14:07:09 || a.cpp 1234567 m\n";
+  EXPECT_EQ(line + line, Content(file_));
 }
 
 TEST_F(LogClientFileTest, WritesNumbersAsALayoutSetTheStreamTo) {
@@ -404,73 +315,39 @@ TEST_F(LogClientFileTest, FillsTheWidthThatALayoutLeft) {
   EXPECT_EQ("     m\nm\n", Content(file_));
 }
 
-TEST_F(LogClientFileTest, FollowsNoChangeOfTheGlobalLocale) {
-  SetTimeZone("UTC0");
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutExtended");
-  const GroupedNumbers grouped;
+TEST_F(LogClientFileTest, KeepsItsDescriptorFromOtherProgramsAndClosesIt) {
+  for (const bool append : {true, false}) {
+    {
+      const LogClientFile client(file_, append);
+      const int descriptor = DescriptorOf(file_);
+      ASSERT_NE(-1, descriptor);
+      EXPECT_EQ(FD_CLOEXEC, fcntl(descriptor, F_GETFD) & FD_CLOEXEC);
+    }
 
-  client.Publish(LogEvent(99, "m", "handler", "a.cpp", 1234567, timeval{1709647629, 42}, 7));
-
-  EXPECT_EQ("2024-03-05T14:07:09 || a.cpp 1234567 m\n", Content(file_));
-}
-
-TEST_F(LogClientFileTest, KeepsItsDescriptorFromOtherPrograms) {
-  const LogClientFile appending(file_, true);
-  const LogClientFile emptying(folder_.Path("other.log"), false);
-
-  const int first = DescriptorOf(file_);
-  const int second = DescriptorOf(folder_.Path("other.log"));
-
-  ASSERT_NE(-1, first);
-  ASSERT_NE(-1, second);
-  EXPECT_EQ(FD_CLOEXEC, fcntl(first, F_GETFD) & FD_CLOEXEC);
-  EXPECT_EQ(FD_CLOEXEC, fcntl(second, F_GETFD) & FD_CLOEXEC);
-}
-
-TEST_F(LogClientFileTest, ClosesItsFileAtItsEnd) {
-  {
-    const LogClientFile client(file_, true);
-    EXPECT_NE(-1, DescriptorOf(file_));
+    EXPECT_EQ(-1, DescriptorOf(file_));
   }
-
-  EXPECT_EQ(-1, DescriptorOf(file_));
 }
 
 // Whether it can take the next event.
-
-TEST_F(LogClientFileTest, HasNotFailedAsLongAsItsFileTakesEvents) {
-  LogClientFile client(file_, true);
-  EXPECT_FALSE(client.HasFailed());
-
-  client.Publish(EventWith("one"));
-
-  EXPECT_FALSE(client.HasFailed());
-}
 
 TEST_F(LogClientFileTest, HasFailedFromTheStartWhenItsFileCannotBeOpened) {
   EXPECT_TRUE(LogClientFile(folder_.Path("missing/app.log"), true).HasFailed());
   EXPECT_TRUE(LogClientFile("", true).HasFailed());
 }
 
-TEST_F(LogClientFileTest, HasFailedAfterTheVeryEventThatCouldNotBeWritten) {
-  LogClientFile client("/dev/full", true);
+TEST_F(LogClientFileTest, HasFailedAfterTheVeryEventThatCouldNotBeWrittenUntilItsFileIsOpenAgain) {
+  std::filesystem::create_symlink("/dev/full", file_);
+  LogClientFile client(file_, true);
   EXPECT_FALSE(client.HasFailed());
 
   EXPECT_TRUE(client.Publish(EventWith("lost")));
-
   EXPECT_TRUE(client.HasFailed());
-}
-
-TEST_F(LogClientFileTest, HasFailedUntilItsFileIsOpenAgain) {
-  std::filesystem::create_symlink("/dev/full", file_);
-  LogClientFile client(file_, true);
-  client.Publish(EventWith("lost"));
   std::filesystem::remove(file_);
-
   client.ReopenAtNextEvent();
   EXPECT_TRUE(client.HasFailed());
   client.Publish(EventWith("one"));
+  EXPECT_FALSE(client.HasFailed());
+  client.Publish(EventWith("two"));
 
   EXPECT_FALSE(client.HasFailed());
 }
@@ -484,56 +361,28 @@ class LogClientFileReopenTest : public LogClientFileTest {
   const std::string moved_ = folder_.Path("app.log.moved");
 };
 
-TEST_F(LogClientFileReopenTest, WritesOnIntoAMovedFileUnlessToldToOpenItsOwnAgain) {
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
-  client.Publish(EventWith("one"));
-  MoveAside();
+TEST_F(LogClientFileReopenTest, OpensItsFileOnceForEachTimeItIsAsked) {
+  for (const bool append : {true, false}) {
+    SCOPED_TRACE(append);
+    std::filesystem::remove(file_);
+    LogClientFile client(file_, append);
+    client.SetLayout("LogLayoutMessage");
+    client.ReopenAtNextEvent();
+    client.Publish(EventWith("one"));
+    MoveAside();
 
-  EXPECT_TRUE(client.Publish(EventWith("two")));
+    EXPECT_TRUE(client.Publish(EventWith("two")));
+    EXPECT_EQ("one\ntwo\n", Content(moved_));
+    client.ReopenAtNextEvent();
+    EXPECT_FALSE(Exists(file_));
+    EXPECT_TRUE(client.Publish(EventWith("three")));
+    client.ReopenAtNextEvent();  // Appends also where it emptied the file at first.
+    EXPECT_TRUE(client.Publish(EventWith("four")));
 
-  EXPECT_EQ("one\ntwo\n", Content(moved_));
-  EXPECT_FALSE(Exists(file_));
-}
-
-TEST_F(LogClientFileReopenTest, WritesTheNextEventIntoANewFile) {
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
-  client.Publish(EventWith("one"));
-  MoveAside();
-
-  client.ReopenAtNextEvent();
-  EXPECT_FALSE(Exists(file_));
-  EXPECT_TRUE(client.Publish(EventWith("two")));
-  EXPECT_TRUE(client.Publish(EventWith("three")));
-
-  EXPECT_EQ("one\n", Content(moved_));
-  EXPECT_EQ("two\nthree\n", Content(file_));
-  EXPECT_EQ(-1, DescriptorOf(moved_));
-}
-
-TEST_F(LogClientFileReopenTest, AppendsAlsoWhereItEmptiedTheFileAtFirst) {
-  LogClientFile client(file_, false);
-  client.SetLayout("LogLayoutMessage");
-  client.Publish(EventWith("one"));
-
-  client.ReopenAtNextEvent();
-  EXPECT_TRUE(client.Publish(EventWith("two")));
-
-  EXPECT_EQ("one\ntwo\n", Content(file_));
-}
-
-TEST_F(LogClientFileReopenTest, OpensOnceForEachTimeItIsAsked) {
-  LogClientFile client(file_, true);
-  client.SetLayout("LogLayoutMessage");
-  client.ReopenAtNextEvent();
-  client.Publish(EventWith("one"));
-  MoveAside();
-
-  EXPECT_TRUE(client.Publish(EventWith("two")));
-
-  EXPECT_EQ("one\ntwo\n", Content(moved_));
-  EXPECT_FALSE(Exists(file_));
+    EXPECT_EQ("one\ntwo\n", Content(moved_));
+    EXPECT_EQ("three\nfour\n", Content(file_));
+    EXPECT_EQ(-1, DescriptorOf(moved_));
+  }
 }
 
 TEST_F(LogClientFileReopenTest, GoesOnAfterTheDiskWasFull) {
@@ -552,31 +401,21 @@ TEST_F(LogClientFileReopenTest, GoesOnAfterTheDiskWasFull) {
 
 TEST_F(LogClientFileReopenTest, DropsEventsWhileTheFileCannotBeOpened) {
   const std::string subfolder = folder_.Path("logs");
-  std::filesystem::create_directory(subfolder);
-  LogClientFile client(subfolder + "/app.log", true);
-  client.SetLayout("LogLayoutMessage");
-  std::filesystem::remove_all(subfolder);
-
-  client.ReopenAtNextEvent();
-  EXPECT_FALSE(client.Publish(EventWith("lost")));
-  EXPECT_FALSE(client.Publish(EventWith("lost")));
-  std::filesystem::create_directory(subfolder);
-  EXPECT_TRUE(client.Publish(EventWith("one")));
-
-  EXPECT_EQ("one\n", Content(subfolder + "/app.log"));
-}
-
-TEST_F(LogClientFileReopenTest, OpensAFileThatCouldNotBeOpenedAtFirst) {
-  const std::string subfolder = folder_.Path("logs");
   LogClientFile client(subfolder + "/app.log", true);
   client.SetLayout("LogLayoutMessage");
   EXPECT_FALSE(client.IsInitialize());
   std::filesystem::create_directory(subfolder);
 
   client.ReopenAtNextEvent();
+  EXPECT_TRUE(client.Publish(EventWith("moved with its folder")));
+  EXPECT_TRUE(client.IsInitialize());
+  std::filesystem::rename(subfolder, moved_);
+  client.ReopenAtNextEvent();
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+  std::filesystem::create_directory(subfolder);
   EXPECT_TRUE(client.Publish(EventWith("one")));
 
-  EXPECT_TRUE(client.IsInitialize());
   EXPECT_EQ("one\n", Content(subfolder + "/app.log"));
 }
 

@@ -9,11 +9,13 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "LogProperties.h"
+#include "Support/Backups.h"
 #include "Support/Descriptors.h"
 #include "Support/Events.h"
 #include "Support/Files.h"
@@ -26,20 +28,36 @@ using testing::internal::GetCapturedStderr;
 
 namespace {
 
+const std::string kMissing = "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n";
+
 void AppendToFile(const std::string& path, const std::string& text) {
   std::ofstream file(path, std::ios::binary | std::ios::app);
   file << text;
   if (!file.flush()) throw std::runtime_error("cannot append to " + path);
 }
 
+/// A message of which nothing is written.
+const char* const kUnwritten = "(unwritten)";
+
+/// The messages of a text, each of which ends in a semicolon.
+std::vector<std::string> Messages(const std::string& text) {
+  std::vector<std::string> messages;
+  std::istringstream in(text);
+  for (std::string message; std::getline(in, message, ';');) messages.push_back(message);
+  return messages;
+}
+
+/// Publishes a bare message, which is one character longer in the file.
+bool Write(LogClientRollingFile& client, const std::string& message) {
+  client.SetLayout("LogLayoutMessage");
+  if (message == kUnwritten) {
+    client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
+  }
+  return client.Publish(EventWith(message));
+}
+
 class LogClientRollingFileTest : public testing::Test {
  protected:
-  /// Publishes a bare message, which is one character longer in the file.
-  static bool Write(LogClientRollingFile& client, const std::string& message) {
-    client.SetLayout("LogLayoutMessage");
-    return client.Publish(EventWith(message));
-  }
-
   std::string Backup(int number) const { return file_ + "." + std::to_string(number); }
 
   TemporaryFolder folder_;
@@ -47,108 +65,111 @@ class LogClientRollingFileTest : public testing::Test {
   LogProperties properties_;
 };
 
-// The limit.
+// The limit and the backups.
 
-TEST_F(LogClientRollingFileTest, KeepsAFileOfExactlyTheLimit) {
-  LogClientRollingFile client(file_, 5, 3);
-
-  EXPECT_TRUE(Write(client, "abcd"));
-
-  EXPECT_EQ("abcd\n", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
+TEST_F(LogClientRollingFileTest, MovesItsFileAsideOnceItIsLargerThanTheLimit) {
+  const struct {
+    const char* name;
+    std::string before;
+    long limit;
+    int backups;
+    std::string messages;    ///< Each ends in a semicolon.
+    std::string afterwards;  ///< The file and its backups, as of BackupsText.
+  } rows[] = {
+      {"exactly the limit", "-", 5, 3, "abcd;", "abcd;"},
+      {"one byte more", "-", 5, 3, "abcde;", "empty | abcde;"},
+      {"the event that crosses the limit is the last one of the backup", "-", 10, 3,
+       "one;two;three;four;", "four; | one;two;three;"},
+      {"limit of zero", "-", 0, 3, ";two;", "empty | two; | ;"},
+      {"limit of zero, empty file", "-", 0, 3, "(unwritten);", "empty"},
+      {"negative limit", "-", -1, 3, "(unwritten);", "empty | empty"},
+      {"what the file had before counts", "0123456789", 13, 3, "abc;", "empty | 0123456789abc;"},
+      {"also when an event writes nothing", "0123456789", 9, 3, "(unwritten);",
+       "empty | 0123456789"},
+      {"exactly the limit before", "0123456789", 10, 3, "(unwritten);", "0123456789"},
+      {"no event", "0123456789", 5, 3, "", "0123456789"},
+      {"backups move up", "now; | 1st | 2nd | 3rd", 5, 3, "last;", "empty | now;last; | 1st | 2nd"},
+      {"as many backups as allowed", "-", 0, 3, "one;two;three;four;five;",
+       "empty | five; | four; | three;"},
+      {"only one backup", "-", 0, 1, "one;two;", "empty | two;"},
+      {"missing backups", "- | 1st | - | 3rd", 0, 4, "new;", "empty | new; | 1st | - | 3rd"},
+      {"backups past the last", "- | - | - | 3rd", 0, 2, "new;", "empty | new; | - | 3rd"},
+      {"no backups, limit crossed", "- | 1st", 5, 0, "abc;lost;", "empty | 1st"},
+      {"no backups, next event", "- | 1st", 5, 0, "abc;lost;def;", "def; | 1st"},
+      {"negative number of backups", "-", 0, -3, "lost;", "empty"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const TemporaryFolder folder;
+    const std::string file = folder.Path("app.log");
+    WriteBackups(file, row.before);
+    CaptureStderr();
+    {
+      LogClientRollingFile client(file, row.limit, row.backups);
+      EXPECT_TRUE(client.IsInitialize());
+      for (const std::string& message : Messages(row.messages)) EXPECT_TRUE(Write(client, message));
+    }
+    EXPECT_EQ("", GetCapturedStderr());
+    EXPECT_EQ(row.afterwards, BackupsText(file));
+    EXPECT_FALSE(Exists(file + ".0"));
+  }
 }
 
-TEST_F(LogClientRollingFileTest, MovesAFileOfOneByteMoreThanTheLimit) {
-  LogClientRollingFile client(file_, 5, 3);
+TEST_F(LogClientRollingFileTest, ReadsItsLimitsFromProperties) {
+  const struct {
+    const char* append;
+    const char* size;
+    const char* backups;
+    std::string messages;    ///< Each ends in a semicolon.
+    std::string afterwards;  ///< Of a file that had "old;" before.
+  } rows[] = {
+      {"", "", "", "", "old;"},
+      {"", "", "", "lost;", "empty"},
+      {"false", "", "", "", "empty"},
+      {"false", "5", "2", "abcd;", "abcd;"},
+      {"false", "5", "2", "abcd;;second;third;", "empty | third; | second;"},
+      {"", "9", "2", "abcd;", "old;abcd;"},
+      // A size is read up to its first character that is no digit.
+      {"false", "10k", "1", "012345678;", "012345678;"},
+      {"false", "10k", "1", "012345678;;", "empty | 012345678;;"},
+      {"false", " 10", "1", "012345678;", "012345678;"},
+      {"false", " 10", "1", "012345678;;", "empty | 012345678;;"},
+      {"false", "\t+10", "1", "012345678;", "012345678;"},
+      {"false", "\t+10", "1", "012345678;;", "empty | 012345678;;"},
+      {"false", "010", "1", "012345678;", "012345678;"},
+      {"false", "010", "1", "012345678;;", "empty | 012345678;;"},
+      {"false", "10.9", "1", "012345678;;", "empty | 012345678;;"},
+      {"false", "10 000", "1", "012345678;;", "empty | 012345678;;"},
+      // Without digits it is zero.
+      {"false", "", "1", ";", "empty | ;"},
+      {"false", "k", "1", ";", "empty | ;"},
+      {"false", "0x10", "1", ";", "empty | ;"},
+      {"false", "-", "1", ";", "empty | ;"},
+      {"false", "k10", "1", ";", "empty | ;"},
+      {"false", "-1", "1", "(unwritten);", "empty | empty"},
+      {"false", "4294967296", "1", "abcd;", "abcd;"},  // 0 in its lower 32 bits.
+      // The same for the number of backups.
+      {"false", "", " 2x3", "one;two;three;", "empty | three; | two;"},
+      {"false", "", "-2", "lost;", "empty"},
+      {"false", "", "two", "lost;", "empty"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.size) + ", " + row.backups);
+    const TemporaryFolder folder;
+    const std::string file = folder.Path("app.log");
+    WriteBackups(file, "old;");
+    LogProperties properties;
+    properties.AddProperty("filename", file);
+    properties.AddProperty("fileappend", row.append);
+    properties.AddProperty("filesize", row.size);
+    properties.AddProperty("maxbackup", row.backups);
 
-  EXPECT_TRUE(Write(client, "abcde"));
+    LogClientRollingFile client(properties);
+    EXPECT_TRUE(client.IsInitialize());
+    for (const std::string& message : Messages(row.messages)) EXPECT_TRUE(Write(client, message));
 
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("abcde\n", Content(Backup(1)));
-}
-
-TEST_F(LogClientRollingFileTest, PutsTheEventThatCrossesTheLimitLastInTheBackup) {
-  LogClientRollingFile client(file_, 10, 3);
-
-  EXPECT_TRUE(Write(client, "one"));
-  EXPECT_TRUE(Write(client, "two"));
-  EXPECT_TRUE(Write(client, "three"));
-  EXPECT_TRUE(Write(client, "four"));
-
-  EXPECT_EQ("one\ntwo\nthree\n", Content(Backup(1)));
-  EXPECT_EQ("four\n", Content(file_));
-  EXPECT_FALSE(Exists(Backup(2)));
-}
-
-TEST_F(LogClientRollingFileTest, RollsOverAfterEveryWriteWithALimitOfZero) {
-  LogClientRollingFile client(file_, 0, 3);
-
-  EXPECT_TRUE(Write(client, ""));
-  EXPECT_TRUE(Write(client, "two"));
-
-  EXPECT_EQ("\n", Content(Backup(2)));
-  EXPECT_EQ("two\n", Content(Backup(1)));
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, KeepsAnEmptyFileWithALimitOfZero) {
-  LogClientRollingFile client(file_, 0, 3);
-  client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
-
-  EXPECT_TRUE(client.Publish(EventWith("unwritten")));
-
-  EXPECT_FALSE(Exists(Backup(1)));
-}
-
-TEST_F(LogClientRollingFileTest, MovesEvenAnEmptyFileWithANegativeLimit) {
-  LogClientRollingFile client(file_, -1, 3);
-  client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
-
-  EXPECT_TRUE(client.Publish(EventWith("unwritten")));
-
-  EXPECT_EQ("", Content(Backup(1)));
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, CountsWhatTheFileHadBefore) {
-  WriteFile(file_, "0123456789");
-  LogClientRollingFile client(file_, 13, 3);
-
-  EXPECT_TRUE(Write(client, "abc"));
-
-  EXPECT_EQ("0123456789abc\n", Content(Backup(1)));
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, CountsWhatTheFileHadBeforeAlsoWhenAnEventWritesNothing) {
-  WriteFile(file_, "0123456789");
-  LogClientRollingFile client(file_, 9, 3);
-  client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
-
-  EXPECT_TRUE(client.Publish(EventWith("unwritten")));
-
-  EXPECT_EQ("0123456789", Content(Backup(1)));
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, KeepsAFileThatHadExactlyTheLimitBefore) {
-  WriteFile(file_, "0123456789");
-  LogClientRollingFile client(file_, 10, 3);
-  client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
-
-  EXPECT_TRUE(client.Publish(EventWith("unwritten")));
-
-  EXPECT_EQ("0123456789", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
-}
-
-TEST_F(LogClientRollingFileTest, KeepsALargeFileUntilAnEventComes) {
-  WriteFile(file_, "0123456789");
-
-  const LogClientRollingFile client(file_, 5, 3);
-
-  EXPECT_EQ("0123456789", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
+    EXPECT_EQ(row.afterwards, BackupsText(file));
+  }
 }
 
 TEST_F(LogClientRollingFileTest, CountsWhatOthersAppend) {
@@ -198,6 +219,19 @@ TEST_F(LogClientRollingFileTest, GoesByItsOwnPlaceAfterARollover) {
   EXPECT_FALSE(Exists(Backup(2)));
 }
 
+TEST_F(LogClientRollingFileTest, CountsWhatAFileHasThatItOpensAgain) {
+  LogClientRollingFile client(file_, 10, 3);
+  EXPECT_TRUE(Write(client, "one"));
+  std::filesystem::remove(file_);
+  AppendToFile(file_, "12345678\n");
+
+  client.ReopenAtNextEvent();
+  EXPECT_TRUE(Write(client, "two"));
+
+  EXPECT_EQ("12345678\ntwo\n", Content(Backup(1)));
+  EXPECT_EQ("", Content(file_));
+}
+
 TEST_F(LogClientRollingFileTest, NeverRollsOverAFileThatHasNoPosition) {
   ASSERT_EQ(0, mkfifo(file_.c_str(), 0600));
   const int reader = open(file_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -210,97 +244,6 @@ TEST_F(LogClientRollingFileTest, NeverRollsOverAFileThatHasNoPosition) {
   const ssize_t length = read(reader, text.data(), text.size());
   close(reader);
   EXPECT_EQ("abcd\nefgh\n", std::string(text.data(), static_cast<std::size_t>(length)));
-  EXPECT_FALSE(Exists(Backup(1)));
-}
-
-// Backups.
-
-TEST_F(LogClientRollingFileTest, MovesBackupsUpAndRemovesTheOldest) {
-  WriteFile(file_, "current\n");
-  WriteFile(Backup(1), "first");
-  WriteFile(Backup(2), "second");
-  WriteFile(Backup(3), "third");
-  LogClientRollingFile client(file_, 5, 3);
-  CaptureStderr();
-
-  EXPECT_TRUE(Write(client, "last"));
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("current\nlast\n", Content(Backup(1)));
-  EXPECT_EQ("first", Content(Backup(2)));
-  EXPECT_EQ("second", Content(Backup(3)));
-  EXPECT_FALSE(Exists(Backup(4)));
-  EXPECT_EQ("", GetCapturedStderr());
-}
-
-TEST_F(LogClientRollingFileTest, KeepsAsManyBackupsAsAllowed) {
-  LogClientRollingFile client(file_, 0, 3);
-
-  for (const char* message : {"one", "two", "three", "four", "five"}) {
-    EXPECT_TRUE(Write(client, message));
-  }
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("five\n", Content(Backup(1)));
-  EXPECT_EQ("four\n", Content(Backup(2)));
-  EXPECT_EQ("three\n", Content(Backup(3)));
-  EXPECT_FALSE(Exists(Backup(4)));
-}
-
-TEST_F(LogClientRollingFileTest, ReplacesItsOnlyBackup) {
-  LogClientRollingFile client(file_, 0, 1);
-
-  EXPECT_TRUE(Write(client, "one"));
-  EXPECT_TRUE(Write(client, "two"));
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("two\n", Content(Backup(1)));
-  EXPECT_FALSE(Exists(Backup(2)));
-}
-
-TEST_F(LogClientRollingFileTest, PassesOverBackupsThatAreMissing) {
-  WriteFile(Backup(1), "first");
-  WriteFile(Backup(3), "third");
-  LogClientRollingFile client(file_, 0, 4);
-
-  EXPECT_TRUE(Write(client, "new"));
-
-  EXPECT_EQ("new\n", Content(Backup(1)));
-  EXPECT_EQ("first", Content(Backup(2)));
-  EXPECT_FALSE(Exists(Backup(3)));
-  EXPECT_EQ("third", Content(Backup(4)));
-}
-
-TEST_F(LogClientRollingFileTest, LeavesBackupsPastTheLastAlone) {
-  WriteFile(Backup(3), "third");
-  LogClientRollingFile client(file_, 0, 2);
-
-  EXPECT_TRUE(Write(client, "new"));
-
-  EXPECT_EQ("third", Content(Backup(3)));
-}
-
-TEST_F(LogClientRollingFileTest, EmptiesTheFileWithoutBackups) {
-  WriteFile(Backup(1), "first");
-  LogClientRollingFile client(file_, 5, 0);
-
-  EXPECT_TRUE(Write(client, "abc"));
-  EXPECT_EQ("abc\n", Content(file_));
-  EXPECT_TRUE(Write(client, "lost"));
-  EXPECT_EQ("", Content(file_));
-  EXPECT_TRUE(Write(client, "def"));
-
-  EXPECT_EQ("def\n", Content(file_));
-  EXPECT_EQ("first", Content(Backup(1)));
-  EXPECT_FALSE(Exists(Backup(0)));
-}
-
-TEST_F(LogClientRollingFileTest, TakesANegativeNumberOfBackupsForNone) {
-  LogClientRollingFile client(file_, 0, -3);
-
-  EXPECT_TRUE(Write(client, "lost"));
-
-  EXPECT_EQ("", Content(file_));
   EXPECT_FALSE(Exists(Backup(1)));
 }
 
@@ -343,27 +286,13 @@ TEST_F(LogClientRollingFileTest, FormatsInTheClassicLocaleAlsoAfterARollover) {
 
 // Failures.
 
-TEST_F(LogClientRollingFileTest, ReportsEachFailedAttemptWhenItsFileWasDeleted) {
-  LogClientRollingFile client(file_, 0, 1);
-  std::filesystem::remove(file_);
-
-  CaptureStderr();
-  EXPECT_FALSE(Write(client, "lost"));
-
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n",
-      GetCapturedStderr());
-}
-
-TEST_F(LogClientRollingFileTest, AppendsToANewFileWhenItsOwnWasDeleted) {
+TEST_F(LogClientRollingFileTest, ReportsEachFailedAttemptWhenItsFileWasDeletedAndAppendsToANewOne) {
   LogClientRollingFile client(file_, 8, 1);
   Write(client, "lost");
   std::filesystem::remove(file_);
   CaptureStderr();
   EXPECT_FALSE(Write(client, "lost"));
-  GetCapturedStderr();
+  EXPECT_EQ(kMissing + kMissing + kMissing, GetCapturedStderr());
   EXPECT_EQ("", Content(file_));
 
   EXPECT_TRUE(Write(client, "abc"));
@@ -381,11 +310,7 @@ TEST_F(LogClientRollingFileTest, StopsWritingWhenItsFolderWasDeleted) {
 
   CaptureStderr();
   EXPECT_FALSE(Write(client, "lost"));
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n",
-      GetCapturedStderr());
+  EXPECT_EQ(kMissing + kMissing + kMissing, GetCapturedStderr());
   std::filesystem::create_directory(subfolder);
   CaptureStderr();
   EXPECT_FALSE(Write(client, "lost"));
@@ -394,38 +319,33 @@ TEST_F(LogClientRollingFileTest, StopsWritingWhenItsFolderWasDeleted) {
   EXPECT_FALSE(Exists(subfolder + "/app.log"));
 }
 
-TEST_F(LogClientRollingFileTest, GoesOnInTheLargeFileWhileItCannotBeMoved) {
+TEST_F(LogClientRollingFileTest, GoesOnInTheLargeFileUntilItCanBeMoved) {
   std::filesystem::create_directories(Backup(1) + "/occupied");
   LogClientRollingFile client(file_, 5, 1);
   CaptureStderr();
 
   EXPECT_FALSE(Write(client, "first"));
   EXPECT_FALSE(Write(client, "second"));
-
   EXPECT_EQ("", GetCapturedStderr());
   EXPECT_EQ("first\nsecond\n", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, TriesToMoveTheFileAgainAtTheNextEvent) {
-  std::filesystem::create_directories(Backup(1) + "/occupied");
-  LogClientRollingFile client(file_, 5, 1);
-  EXPECT_FALSE(Write(client, "first"));
   std::filesystem::remove_all(Backup(1));
-
   EXPECT_TRUE(Write(client, "x"));
 
-  EXPECT_EQ("first\nx\n", Content(Backup(1)));
+  EXPECT_EQ("first\nsecond\nx\n", Content(Backup(1)));
   EXPECT_EQ("", Content(file_));
 }
 
-TEST_F(LogClientRollingFileTest, DropsEventsOnceOneCouldNotBeWritten) {
+TEST_F(LogClientRollingFileTest, DropsEventsOnceOneCouldNotBeWrittenUntilItIsRolledOver) {
   std::filesystem::create_symlink("/dev/full", file_);
   LogClientRollingFile client(file_, -1, 1);
 
   EXPECT_TRUE(Write(client, "lost"));
   EXPECT_FALSE(Write(client, "lost"));
-
   EXPECT_FALSE(Exists(Backup(1)));
+  EXPECT_TRUE(client.Rollover());
+
+  EXPECT_TRUE(Write(client, "abcd"));
+  EXPECT_EQ("abcd\n", Content(Backup(1)));
 }
 
 TEST_F(LogClientRollingFileTest, RollsOverAFailedFileWhenTheLimitIsBelowMinusOne) {
@@ -438,18 +358,6 @@ TEST_F(LogClientRollingFileTest, RollsOverAFailedFileWhenTheLimitIsBelowMinusOne
   EXPECT_TRUE(std::filesystem::is_regular_file(file_));
 }
 
-TEST_F(LogClientRollingFileTest, WritesAgainWhenAFailedFileIsRolledOver) {
-  std::filesystem::create_symlink("/dev/full", file_);
-  LogClientRollingFile client(file_, 100, 1);
-  Write(client, "lost");
-  EXPECT_FALSE(Write(client, "lost"));
-
-  EXPECT_TRUE(client.Rollover());
-
-  EXPECT_TRUE(Write(client, "abcd"));
-  EXPECT_EQ("abcd\n", Content(file_));
-}
-
 TEST_F(LogClientRollingFileTest, DoesNotRollOverWithoutALayout) {
   WriteFile(file_, "0123456789");
   LogClientRollingFile client(file_, -1, 1);
@@ -460,194 +368,60 @@ TEST_F(LogClientRollingFileTest, DoesNotRollOverWithoutALayout) {
   EXPECT_FALSE(Exists(Backup(1)));
 }
 
-// Construction.
+TEST_F(LogClientRollingFileTest, IsNotInitialisedWhenTheNamedFileCannotBeOpened) {
+  for (const std::string& name : {folder_.Path("missing/app.log"), std::string()}) {
+    LogClientRollingFile client(name, 100, 1);
 
-TEST_F(LogClientRollingFileTest, AppendsToAnExistingFile) {
-  WriteFile(file_, "old\n");
-  LogClientRollingFile client(file_, 100, 1);
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_TRUE(Write(client, "new"));
-
-  EXPECT_EQ("old\nnew\n", Content(file_));
+    EXPECT_FALSE(client.IsInitialize());
+    EXPECT_FALSE(Write(client, "lost"));
+  }
 }
 
-TEST_F(LogClientRollingFileTest, IsNotInitialisedWhenTheNamedFileCannotBeOpened) {
-  LogClientRollingFile unopened(folder_.Path("missing/app.log"), 100, 1);
-  LogClientRollingFile unnamed("", 100, 1);
+TEST_F(LogClientRollingFileTest, HasFailedWhenNoNewFileCouldBeOpenedAfterARollover) {
+  const std::string subfolder = folder_.Path("logs");
+  std::filesystem::create_directory(subfolder);
+  LogClientRollingFile client(subfolder + "/app.log", 0, 0);
+  EXPECT_FALSE(client.HasFailed());
+  std::filesystem::remove_all(subfolder);
 
-  EXPECT_FALSE(unopened.IsInitialize());
-  EXPECT_FALSE(Write(unopened, "lost"));
-  EXPECT_FALSE(unnamed.IsInitialize());
-  EXPECT_FALSE(Write(unnamed, "lost"));
+  client.Publish(EventWith("one"));
+
+  EXPECT_TRUE(client.HasFailed());
 }
 
 TEST_F(LogClientRollingFileTest, IsInitialisedFromPropertiesAlsoWhenTheFileCannotBeOpened) {
-  properties_.AddProperty("filename", folder_.Path("missing/app.log"));
-  LogClientRollingFile client(properties_);
-  CaptureStderr();
+  for (const std::string& name : {folder_.Path("missing/app.log"), std::string()}) {
+    LogProperties properties;
+    properties.AddProperty("filename", name);
+    LogClientRollingFile client(properties);
+    CaptureStderr();
 
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_FALSE(Write(client, "lost"));
-  EXPECT_FALSE(Write(client, "lost"));
+    EXPECT_TRUE(client.IsInitialize());
+    EXPECT_TRUE(client.HasFailed());
+    EXPECT_FALSE(Write(client, "lost"));
+    EXPECT_FALSE(Write(client, "lost"));
 
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_FALSE(Exists(folder_.Path("missing")));
-  EXPECT_EQ("", GetCapturedStderr());
-}
-
-TEST_F(LogClientRollingFileTest, IsInitialisedFromPropertiesAlsoWithoutAFileName) {
-  LogClientRollingFile client(properties_);
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_FALSE(Write(client, "lost"));
-}
-
-TEST_F(LogClientRollingFileTest, ReadsItsLimitsFromProperties) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("filesize", "5");
-  properties_.AddProperty("maxbackup", "2");
-  LogClientRollingFile client(properties_);
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_TRUE(Write(client, "abcd"));
-  EXPECT_EQ("abcd\n", Content(file_));
-  EXPECT_TRUE(Write(client, ""));
-  EXPECT_TRUE(Write(client, "second"));
-  EXPECT_TRUE(Write(client, "third"));
-
-  EXPECT_EQ("third\n", Content(Backup(1)));
-  EXPECT_EQ("second\n", Content(Backup(2)));
-  EXPECT_FALSE(Exists(Backup(3)));
-}
-
-TEST_F(LogClientRollingFileTest, EmptiesItsFileAfterEveryEventWithoutLimits) {
-  WriteFile(file_, "old\n");
-  properties_.AddProperty("filename", file_);
-  LogClientRollingFile client(properties_);
-  EXPECT_EQ("old\n", Content(file_));
-
-  EXPECT_TRUE(Write(client, "lost"));
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
-}
-
-TEST_F(LogClientRollingFileTest, EmptiesItsFileAtFirstWhenThePropertyIsFalse) {
-  WriteFile(file_, "old\n");
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("fileappend", "false");
-
-  const LogClientRollingFile client(properties_);
-
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, ReadsTheLimitAsADecimalNumberUpToTheFirstOtherCharacter) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("fileappend", "false");
-  properties_.AddProperty("maxbackup", "1");
-  for (const char* limit : {"10", "10k", " 10", "\t+10", "010", "10.9", "10 000"}) {
-    SCOPED_TRACE(limit);
-    std::filesystem::remove(Backup(1));
-    properties_.RemoveProperty("filesize");
-    properties_.AddProperty("filesize", limit);
-    LogClientRollingFile client(properties_);
-
-    Write(client, "012345678");
-    EXPECT_FALSE(Exists(Backup(1)));
-    Write(client, "");
-
-    EXPECT_EQ("012345678\n\n", Content(Backup(1)));
+    EXPECT_TRUE(client.IsInitialize());
+    EXPECT_FALSE(Exists(folder_.Path("missing")));
+    EXPECT_EQ("", GetCapturedStderr());
   }
 }
 
-TEST_F(LogClientRollingFileTest, TakesALimitWithoutDigitsForZero) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("maxbackup", "1");
-  for (const char* limit : {"", "k", "0x10", "-", "k10"}) {
-    SCOPED_TRACE(limit);
-    std::filesystem::remove(Backup(1));
-    properties_.RemoveProperty("filesize");
-    properties_.AddProperty("filesize", limit);
-    LogClientRollingFile client(properties_);
+// Rollovers by the application's own call, or in its own way.
 
-    Write(client, "");
+TEST_F(LogClientRollingFileTest, RollsOverWhenAsked) {
+  for (const int backups : {2, 0}) {
+    SCOPED_TRACE(backups);
+    std::filesystem::remove(file_);
+    LogClientRollingFile client(file_, 1000, backups);
+    Write(client, "one");
 
-    EXPECT_EQ("\n", Content(Backup(1)));
+    EXPECT_TRUE(client.Rollover());
+    EXPECT_TRUE(client.Rollover());
+    EXPECT_TRUE(Write(client, "two"));
+
+    EXPECT_EQ("two; | empty | one;", BackupsText(file_));  // Without backups they are left alone.
   }
-}
-
-TEST_F(LogClientRollingFileTest, ReadsANegativeLimit) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("filesize", "-1");
-  properties_.AddProperty("maxbackup", "1");
-  LogClientRollingFile client(properties_);
-  client.SetLayout(new FunctionLayout([](std::ostream&, const LogEvent&) {}));
-
-  EXPECT_TRUE(client.Publish(EventWith("unwritten")));
-
-  EXPECT_TRUE(Exists(Backup(1)));
-}
-
-TEST_F(LogClientRollingFileTest, TakesAHugeLimitForTheLargestThereIs) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("filesize", "4294967296");  // 0 in its lower 32 bits.
-  LogClientRollingFile client(properties_);
-
-  EXPECT_TRUE(Write(client, "abcd"));
-
-  EXPECT_EQ("abcd\n", Content(file_));
-}
-
-TEST_F(LogClientRollingFileTest, ReadsTheNumberOfBackupsUpToTheFirstOtherCharacter) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("maxbackup", " 2x3");
-  LogClientRollingFile client(properties_);
-
-  Write(client, "one");
-  Write(client, "two");
-  Write(client, "three");
-
-  EXPECT_EQ("three\n", Content(Backup(1)));
-  EXPECT_EQ("two\n", Content(Backup(2)));
-  EXPECT_FALSE(Exists(Backup(3)));
-}
-
-TEST_F(LogClientRollingFileTest, TakesANegativeNumberOfBackupsInItsPropertiesForNone) {
-  properties_.AddProperty("filename", file_);
-  properties_.AddProperty("maxbackup", "-2");
-  LogClientRollingFile client(properties_);
-
-  EXPECT_TRUE(Write(client, "lost"));
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
-}
-
-// Rolling over by the application's own call, or in its own way.
-
-TEST_F(LogClientRollingFileTest, RollsOverWhenTold) {
-  LogClientRollingFile client(file_, 1000, 2);
-  Write(client, "one");
-
-  EXPECT_TRUE(client.Rollover());
-  EXPECT_TRUE(client.Rollover());
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_EQ("", Content(Backup(1)));
-  EXPECT_EQ("one\n", Content(Backup(2)));
-}
-
-TEST_F(LogClientRollingFileTest, EmptiesTheFileWhenToldToRollOverWithoutBackups) {
-  LogClientRollingFile client(file_, 1000, 0);
-  Write(client, "lost");
-
-  EXPECT_TRUE(client.Rollover());
-
-  EXPECT_EQ("", Content(file_));
-  EXPECT_TRUE(Write(client, "two"));
-  EXPECT_EQ("two\n", Content(file_));
 }
 
 TEST_F(LogClientRollingFileTest, WritesWhatALayoutThatThrewLeftIntoTheBackup) {
@@ -665,43 +439,33 @@ TEST_F(LogClientRollingFileTest, WritesWhatALayoutThatThrewLeftIntoTheBackup) {
 }
 
 TEST_F(LogClientRollingFileTest, OpensAFileThatCouldNotBeOpenedBeforeWhenRolledOver) {
-  properties_.AddProperty("filename", folder_.Path("missing/app.log"));
-  properties_.AddProperty("filesize", "1000");
-  LogClientRollingFile client(properties_);
-  std::filesystem::create_directory(folder_.Path("missing"));
+  for (const char* const backups : {"0", "1"}) {
+    SCOPED_TRACE(backups);
+    LogProperties properties;
+    properties.AddProperty("filename", folder_.Path(backups) + "/app.log");
+    properties.AddProperty("filesize", "1000");
+    properties.AddProperty("maxbackup", backups);
+    LogClientRollingFile client(properties);
+    const bool hasBackups = properties.GetProperty("maxbackup") == "1";
+    std::filesystem::create_directory(folder_.Path(backups));
+    CaptureStderr();
 
-  EXPECT_TRUE(client.Rollover());
+    EXPECT_EQ(!hasBackups, client.Rollover());  // There is no file to move.
 
-  EXPECT_TRUE(Write(client, "abcd"));
-  EXPECT_EQ("abcd\n", Content(folder_.Path("missing/app.log")));
+    EXPECT_EQ(hasBackups ? kMissing + kMissing + kMissing : "", GetCapturedStderr());
+    EXPECT_TRUE(Write(client, "abcd"));
+    EXPECT_EQ("abcd\n", Content(folder_.Path(backups) + "/app.log"));
+  }
 }
 
-TEST_F(LogClientRollingFileTest, ReportsARolloverThatHasNoFileToMove) {
-  properties_.AddProperty("filename", folder_.Path("missing/app.log"));
-  properties_.AddProperty("maxbackup", "1");
-  LogClientRollingFile client(properties_);
-  CaptureStderr();
-
-  EXPECT_FALSE(client.Rollover());
-
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
-      "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n",
-      GetCapturedStderr());
-}
-
-TEST_F(LogClientRollingFileTest, MakesRoomForABackupWhenTold) {
-  WriteFile(Backup(1), "first");
-  WriteFile(Backup(2), "second");
+TEST_F(LogClientRollingFileTest, MakesRoomForABackupWhenAsked) {
+  WriteBackups(file_, "- | first | second");
   LogClientRollingFile client(file_, 1000, 2);
   Write(client, "current");
 
   EXPECT_TRUE(client.RolloverFiles());
 
-  EXPECT_EQ("current\n", Content(file_));
-  EXPECT_FALSE(Exists(Backup(1)));
-  EXPECT_EQ("first", Content(Backup(2)));
+  EXPECT_EQ("current; | - | first", BackupsText(file_));
 }
 
 TEST_F(LogClientRollingFileTest, RemovesOnlyTheBackupOfItsLastNumberWithoutBackups) {
@@ -789,19 +553,6 @@ TEST_F(LogClientRollingFileTest, RollsOverWhateverMakingRoomAnswered) {
   EXPECT_FALSE(Exists(Backup(2)));
 }
 
-TEST_F(LogClientRollingFileTest, CountsWhatAFileHasThatItOpensAgain) {
-  LogClientRollingFile client(file_, 10, 3);
-  EXPECT_TRUE(Write(client, "one"));
-  std::filesystem::remove(file_);
-  AppendToFile(file_, "12345678\n");
-
-  client.ReopenAtNextEvent();
-  EXPECT_TRUE(Write(client, "two"));
-
-  EXPECT_EQ("12345678\ntwo\n", Content(Backup(1)));
-  EXPECT_EQ("", Content(file_));
-}
-
 TEST_F(LogClientRollingFileTest, GoesOnInANewFileAfterItsOwnWasMovedAside) {
   LogClientRollingFile client(file_, 100, 3);
   EXPECT_TRUE(Write(client, "one"));
@@ -812,28 +563,6 @@ TEST_F(LogClientRollingFileTest, GoesOnInANewFileAfterItsOwnWasMovedAside) {
 
   EXPECT_EQ("one\n", Content(Backup(9)));
   EXPECT_EQ("two\n", Content(file_));
-}
-
-// Whether it can take the next event.
-
-TEST_F(LogClientRollingFileTest, HasFailedWithoutAnOpenFileAlthoughItIsInitialised) {
-  properties_.AddProperty("filename", folder_.Path("missing/app.log"));
-  LogClientRollingFile client(properties_);
-
-  EXPECT_TRUE(client.IsInitialize());
-  EXPECT_TRUE(client.HasFailed());
-}
-
-TEST_F(LogClientRollingFileTest, HasFailedWhenNoNewFileCouldBeOpenedAfterARollover) {
-  const std::string subfolder = folder_.Path("logs");
-  std::filesystem::create_directory(subfolder);
-  LogClientRollingFile client(subfolder + "/app.log", 0, 0);
-  EXPECT_FALSE(client.HasFailed());
-  std::filesystem::remove_all(subfolder);
-
-  client.Publish(EventWith("one"));
-
-  EXPECT_TRUE(client.HasFailed());
 }
 
 }  // namespace

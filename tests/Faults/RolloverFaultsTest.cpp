@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <map>
+#include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "LogClientRollingFile.h"
+#include "Support/Backups.h"
 #include "Support/ClientAmongOthers.h"
 #include "Support/Descriptors.h"
 #include "Support/Events.h"
@@ -24,7 +26,6 @@ namespace {
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 using Answers = std::vector<bool>;
-using Files = std::map<std::string, std::string>;
 
 constexpr long kLimit = 8;  // The file has exactly so many bytes: the next event crosses it.
 constexpr int kBackups = 3;
@@ -34,21 +35,24 @@ const std::vector<std::string> kSteps{"write app.log",    "remove app.log.3", "r
                                       "rename app.log.1", "close app.log",    "rename app.log",
                                       "open app.log"};
 
-/// Lets the calls that are a step fail, all or the first ones.
-FileCalls::Fault Failing(const std::string& step, int error, int times = 1000) {
-  return [=](FileCall& call) mutable {
+constexpr int kAlways = 1000;
+
+/// Calls the action for the calls that are a step; its result is the errno with which they fail.
+FileCalls::Fault Failing(const std::string& step, const std::function<int()>& action) {
+  return [=](FileCall& call) {
     const std::string name = std::filesystem::path(call.path).filename().string();
-    return call.function + " " + name == step && times-- > 0 ? error : 0;
+    return call.function + " " + name == step ? action() : 0;
   };
+}
+/// Lets them fail, all or the first ones.
+FileCalls::Fault Failing(const std::string& step, int error, int times = kAlways) {
+  return Failing(step, [=]() mutable { return times-- > 0 ? error : 0; });
 }
 
 class RolloverFaultsTest : public testing::Test {
  protected:
   RolloverFaultsTest() {
-    WriteFile(folder_.Path("app.log"), "current\n");
-    WriteFile(folder_.Path("app.log.1"), "newest\n");
-    WriteFile(folder_.Path("app.log.2"), "middle\n");
-    WriteFile(folder_.Path("app.log.3"), "oldest\n");
+    WriteBackups(folder_.Path("app.log"), "current; | newest; | middle; | oldest;");
   }
 
   /// Logs "one" while a fault lasts, and the others afterwards.
@@ -69,13 +73,7 @@ class RolloverFaultsTest : public testing::Test {
     return answers;
   }
 
-  Files Found() const {
-    Files files;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
-      files[entry.path().filename().string()] = Content(entry.path().string());
-    }
-    return files;
-  }
+  std::string Found() const { return BackupsText(folder_.Path("app.log")); }
 
   TemporaryFolder folder_;
   std::string errors_;
@@ -91,85 +89,56 @@ TEST_F(RolloverFaultsTest, AreThoseOfTheStepsInTheirOrder) {
   EXPECT_EQ(kSteps, calls.made);
 }
 
-TEST_F(RolloverFaultsTest, KeepAllFilesWhenTheEventIsNotWritten) {
-  EXPECT_EQ((Answers{true, false, false}), LogWhile(Failing("write app.log", EIO), {"two", "six"}));
+/// A step that fails, and what it costs.
+struct Fault {
+  const char* name;
+  const char* step;
+  int error;
+  int times;
+  std::string answers;  ///< Of the event during which it fails, "one", then of "two" and "six".
+  std::string errors;
+  std::string files;
 
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ((Files{{"app.log", "current\n"},
-                   {"app.log.1", "newest\n"},
-                   {"app.log.2", "middle\n"},
-                   {"app.log.3", "oldest\n"}}),
-            Found());
+  friend std::ostream& operator<<(std::ostream& out, const Fault& row) { return out << row.name; }
+};
+
+const std::string kDenied = "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n";
+
+const Fault kFaults[] = {
+    {"WriteCostsTheEventsButNoFile", "write app.log", EIO, kAlways, "yes no no ", "",
+     "current; | newest; | middle; | oldest;"},
+    {"RemoveOfTheOldestChangesNothing", "remove app.log.3", EPERM, kAlways, "yes yes yes ", "",
+     "two;six; | current;one; | newest; | middle;"},
+    {"RenameOfABackupCostsABackup", "rename app.log.2", EPERM, kAlways, "yes yes yes ", "",
+     "two;six; | current;one; | newest;"},
+    {"RenameOfTheNewestBackupCostsIt", "rename app.log.1", EACCES, kAlways, "yes yes yes ", "",
+     "two;six; | current;one; | - | middle;"},
+    {"CloseCostsNothing", "close app.log", EIO, kAlways, "yes yes yes ", "",
+     "two;six; | current;one; | newest; | middle;"},
+    {"RenameUntilTheThirdAttemptCostsNothing", "rename app.log", EACCES, 2, "yes yes yes ",
+     kDenied + kDenied, "two;six; | current;one; | newest; | middle;"},
+    {"RenameUntilTheNextEventCostsAnotherBackup", "rename app.log", EACCES, kAlways, "no yes yes ",
+     kDenied + kDenied + kDenied, "six; | current;one;two; | - | newest;"},
+    {"OpenCostsTheEventsAfterwards", "open app.log", EMFILE, kAlways, "yes no no ", "",
+     "- | current;one; | newest; | middle;"},
+};
+
+class RolloverStepTest : public RolloverFaultsTest, public testing::WithParamInterface<Fault> {};
+
+TEST_P(RolloverStepTest, Fails) {
+  std::string answers;
+  for (const bool answer :
+       LogWhile(Failing(GetParam().step, GetParam().error, GetParam().times), {"two", "six"})) {
+    answers += answer ? "yes " : "no ";
+  }
+
+  EXPECT_EQ(GetParam().answers, answers);
+
+  EXPECT_EQ(GetParam().errors, errors_);
+  EXPECT_EQ(GetParam().files, Found());
 }
 
-TEST_F(RolloverFaultsTest, ChangeNothingWhenTheOldestCannotBeRemoved) {
-  EXPECT_EQ((Answers{true, true}), LogWhile(Failing("remove app.log.3", EPERM), {"two"}));
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ((Files{{"app.log", "two\n"},
-                   {"app.log.1", "current\none\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
-
-TEST_F(RolloverFaultsTest, CostABackupThatCannotBeMovedUp) {
-  EXPECT_EQ((Answers{true, true}), LogWhile(Failing("rename app.log.2", EPERM), {"two"}));
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ(
-      (Files{{"app.log", "two\n"}, {"app.log.1", "current\none\n"}, {"app.log.2", "newest\n"}}),
-      Found());
-}
-
-TEST_F(RolloverFaultsTest, CostTheNewestBackupWhenItCannotBeMovedUp) {
-  EXPECT_EQ((Answers{true, true}), LogWhile(Failing("rename app.log.1", EACCES), {"two"}));
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ(
-      (Files{{"app.log", "two\n"}, {"app.log.1", "current\none\n"}, {"app.log.3", "middle\n"}}),
-      Found());
-}
-
-TEST_F(RolloverFaultsTest, CostNothingWhenClosingReportsAnError) {
-  EXPECT_EQ((Answers{true, true}), LogWhile(Failing("close app.log", EIO), {"two"}));
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ((Files{{"app.log", "two\n"},
-                   {"app.log.1", "current\none\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
-
-TEST_F(RolloverFaultsTest, CostNothingWhenTheFileCanBeMovedAtTheThirdAttempt) {
-  EXPECT_EQ((Answers{true, true}), LogWhile(Failing("rename app.log", EACCES, 2), {"two"}));
-
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n",
-      errors_);
-  EXPECT_EQ((Files{{"app.log", "two\n"},
-                   {"app.log.1", "current\none\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
-
-TEST_F(RolloverFaultsTest, CostAnotherBackupWhenTheFileCanOnlyBeMovedAtTheNextEvent) {
-  EXPECT_EQ((Answers{false, true, true}),
-            LogWhile(Failing("rename app.log", EACCES), {"two", "six"}));
-
-  EXPECT_EQ(
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n"
-      "LOGGER ERROR at Rollover [72]: 'Rename failed EACCES'\n",
-      errors_);
-  EXPECT_EQ(
-      (Files{
-          {"app.log", "six\n"}, {"app.log.1", "current\none\ntwo\n"}, {"app.log.3", "newest\n"}}),
-      Found());
-}
+INSTANTIATE_TEST_SUITE_P(, RolloverStepTest, testing::ValuesIn(kFaults));
 
 TEST_F(RolloverFaultsTest, CostEveryBackupButNoEventWhileTheFileCannotBeMoved) {
   LogClientRollingFile client(folder_.Path("app.log"), kLimit, kBackups);
@@ -183,18 +152,7 @@ TEST_F(RolloverFaultsTest, CostEveryBackupButNoEventWhileTheFileCannotBeMoved) {
   }
   EXPECT_EQ("", GetCapturedStderr());
 
-  EXPECT_EQ((Files{{"app.log", "current\none\ntwo\nsix\nten\n"}}), Found());
-}
-
-TEST_F(RolloverFaultsTest, CostTheEventsAfterwardsWhenTheNewFileCannotBeOpened) {
-  EXPECT_EQ((Answers{true, false, false}),
-            LogWhile(Failing("open app.log", EMFILE), {"two", "six"}));
-
-  EXPECT_EQ("", errors_);
-  EXPECT_EQ(
-      (Files{
-          {"app.log.1", "current\none\n"}, {"app.log.2", "newest\n"}, {"app.log.3", "middle\n"}}),
-      Found());
+  EXPECT_EQ("current;one;two;six;ten;", Found());
 }
 
 TEST_F(RolloverFaultsTest, CostTheEventsAfterwardsWhenTheOldFileCannotBeOpenedAgain) {
@@ -213,9 +171,7 @@ TEST_F(RolloverFaultsTest, CostTheEventsAfterwardsWhenTheOldFileCannotBeOpenedAg
       "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n"
       "LOGGER ERROR at Rollover [74]: 'Rename failed ENOENT\n'\n",
       errors_);
-  EXPECT_EQ(
-      (Files{{"app.log", "current\none\n"}, {"app.log.2", "newest\n"}, {"app.log.3", "middle\n"}}),
-      Found());
+  EXPECT_EQ("current;one; | - | newest; | middle;", Found());
 }
 
 TEST_F(RolloverFaultsTest, CostTheWholeFileButNoLaterEventWithoutBackupsWhenClosingFails) {
@@ -234,20 +190,25 @@ TEST_F(RolloverFaultsTest, CostTheWholeFileButNoLaterEventWithoutBackupsWhenClos
   EXPECT_EQ("two\n", Content(folder_.Path("app.log")));
 }
 
-/// The process is killed before a step of a rollover, and another goes on with its files. Lost is
-/// the event that was not written yet, and a backup more than otherwise: the next rollover begins
-/// anew, and removes the oldest backup that there is.
-class KilledRolloverTest : public RolloverFaultsTest {
+/// The process is killed before a step of a rollover, and another goes on with its files: with
+/// "two", which crosses the limit unless the file is new.
+struct Kill {
+  const char* name;
+  const char* step;
+  std::string left;
+  std::string afterwards;
+
+  friend std::ostream& operator<<(std::ostream& out, const Kill& row) { return out << row.name; }
+};
+
+class KilledRolloverTest : public RolloverFaultsTest, public testing::WithParamInterface<Kill> {
  protected:
-  void KillBefore(const std::string& step) {
+  void KillBefore(const std::string& step) const {
     const pid_t child = fork();
     if (child == 0) {
       LogClientRollingFile client(folder_.Path("app.log"), kLimit, kBackups);
       client.SetLayout("LogLayoutMessage");
-      const FileCalls calls(folder_.Path(), [step](FileCall& call) {
-        const std::string name = std::filesystem::path(call.path).filename().string();
-        return call.function + " " + name == step ? raise(SIGKILL) : 0;
-      });
+      const FileCalls calls(folder_.Path(), Failing(step, [] { return raise(SIGKILL); }));
       client.Publish(EventWith("one"));
       _exit(1);
     }
@@ -255,113 +216,40 @@ class KilledRolloverTest : public RolloverFaultsTest {
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
   }
-  void GoOn() {
-    LogClientRollingFile client(folder_.Path("app.log"), kLimit, kBackups);
-    client.SetLayout("LogLayoutMessage");
-    CaptureStderr();
-    EXPECT_TRUE(client.Publish(EventWith("two")));
-    EXPECT_EQ("", GetCapturedStderr());
-  }
 };
 
-TEST_F(KilledRolloverTest, LosesTheEventThatWasNotWritten) {
-  KillBefore("write app.log");
-  EXPECT_EQ((Files{{"app.log", "current\n"},
-                   {"app.log.1", "newest\n"},
-                   {"app.log.2", "middle\n"},
-                   {"app.log.3", "oldest\n"}}),
-            Found());
+// The next rollover begins from the start and removes the oldest backup that there is: one more is
+// lost when the killed one had moved some.
+const Kill kKills[] = {
+    {"BeforeTheWrite", "write app.log", "current; | newest; | middle; | oldest;",
+     "empty | current;two; | newest; | middle;"},
+    {"BeforeTheOldestIsRemoved", "remove app.log.3", "current;one; | newest; | middle; | oldest;",
+     "empty | current;one;two; | newest; | middle;"},
+    {"BeforeABackupIsMoved", "rename app.log.2", "current;one; | newest; | middle;",
+     "empty | current;one;two; | newest; | middle;"},
+    {"BeforeTheNewestBackupIsMoved", "rename app.log.1", "current;one; | newest; | - | middle;",
+     "empty | current;one;two; | newest;"},
+    {"BeforeTheFileIsClosed", "close app.log", "current;one; | - | newest; | middle;",
+     "empty | current;one;two; | - | newest;"},
+    {"BeforeTheFileIsMoved", "rename app.log", "current;one; | - | newest; | middle;",
+     "empty | current;one;two; | - | newest;"},
+    {"BeforeTheNewFileIsOpened", "open app.log", "- | current;one; | newest; | middle;",
+     "two; | current;one; | newest; | middle;"},
+};
 
-  GoOn();
+TEST_P(KilledRolloverTest, LosesABackupAtMost) {
+  KillBefore(GetParam().step);
+  EXPECT_EQ(GetParam().left, Found());
 
-  EXPECT_EQ((Files{{"app.log", ""},
-                   {"app.log.1", "current\ntwo\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
+  LogClientRollingFile client(folder_.Path("app.log"), kLimit, kBackups);
+  client.SetLayout("LogLayoutMessage");
+  CaptureStderr();
+  EXPECT_TRUE(client.Publish(EventWith("two")));
+
+  EXPECT_EQ("", GetCapturedStderr());
+  EXPECT_EQ(GetParam().afterwards, Found());
 }
 
-TEST_F(KilledRolloverTest, LosesNothingBeforeABackupWasRemoved) {
-  KillBefore("remove app.log.3");
-  EXPECT_EQ((Files{{"app.log", "current\none\n"},
-                   {"app.log.1", "newest\n"},
-                   {"app.log.2", "middle\n"},
-                   {"app.log.3", "oldest\n"}}),
-            Found());
-
-  GoOn();
-
-  EXPECT_EQ((Files{{"app.log", ""},
-                   {"app.log.1", "current\none\ntwo\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
-
-TEST_F(KilledRolloverTest, LosesNothingBeforeABackupWasMoved) {
-  KillBefore("rename app.log.2");
-  EXPECT_EQ(
-      (Files{{"app.log", "current\none\n"}, {"app.log.1", "newest\n"}, {"app.log.2", "middle\n"}}),
-      Found());
-
-  GoOn();
-
-  EXPECT_EQ((Files{{"app.log", ""},
-                   {"app.log.1", "current\none\ntwo\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
-
-TEST_F(KilledRolloverTest, LosesABackupOnceOneWasMoved) {
-  KillBefore("rename app.log.1");
-  EXPECT_EQ(
-      (Files{{"app.log", "current\none\n"}, {"app.log.1", "newest\n"}, {"app.log.3", "middle\n"}}),
-      Found());
-
-  GoOn();
-
-  EXPECT_EQ(
-      (Files{{"app.log", ""}, {"app.log.1", "current\none\ntwo\n"}, {"app.log.2", "newest\n"}}),
-      Found());
-}
-
-TEST_F(KilledRolloverTest, LosesABackupOnceAllWereMoved) {
-  for (const char* const step : {"close app.log", "rename app.log"}) {
-    SCOPED_TRACE(step);
-    WriteFile(folder_.Path("app.log"), "current\n");
-    WriteFile(folder_.Path("app.log.1"), "newest\n");
-    WriteFile(folder_.Path("app.log.2"), "middle\n");
-    WriteFile(folder_.Path("app.log.3"), "oldest\n");
-
-    KillBefore(step);
-    EXPECT_EQ(
-        (Files{
-            {"app.log", "current\none\n"}, {"app.log.2", "newest\n"}, {"app.log.3", "middle\n"}}),
-        Found());
-
-    GoOn();
-
-    EXPECT_EQ(
-        (Files{{"app.log", ""}, {"app.log.1", "current\none\ntwo\n"}, {"app.log.3", "newest\n"}}),
-        Found());
-  }
-}
-
-TEST_F(KilledRolloverTest, LosesNothingOnceTheFileWasMoved) {
-  KillBefore("open app.log");
-  EXPECT_EQ(
-      (Files{
-          {"app.log.1", "current\none\n"}, {"app.log.2", "newest\n"}, {"app.log.3", "middle\n"}}),
-      Found());
-
-  GoOn();
-
-  EXPECT_EQ((Files{{"app.log", "two\n"},
-                   {"app.log.1", "current\none\n"},
-                   {"app.log.2", "newest\n"},
-                   {"app.log.3", "middle\n"}}),
-            Found());
-}
+INSTANTIATE_TEST_SUITE_P(, KilledRolloverTest, testing::ValuesIn(kKills));
 
 }  // namespace

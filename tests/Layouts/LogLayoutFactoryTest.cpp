@@ -41,32 +41,24 @@ bool IsA(const std::unique_ptr<LogLayout>& layout) {
 
 static_assert(std::has_virtual_destructor_v<LogLayoutFactory>);
 
-TEST(LogLayoutFactoryTest, KnowsNoLayoutWhenNew) {
+TEST(LogLayoutFactoryTest, MakesWhatTheFirstCreatorOfTheExactNameMakes) {
   LogLayoutFactory factory;
-
-  EXPECT_EQ(nullptr, factory.CreateLogLayout("LogLayoutMessage"));
-  EXPECT_EQ(nullptr, factory.CreateLogLayout("LogLayoutStandard"));
-  EXPECT_EQ(nullptr, factory.CreateLogLayout(""));
-}
-
-TEST(LogLayoutFactoryTest, MakesWhatTheCreatorOfTheNameMakes) {
-  LogLayoutFactory factory;
+  for (const char* const name : {"LogLayoutMessage", "LogLayoutStandard", ""}) {
+    EXPECT_EQ(nullptr, factory.CreateLogLayout(name)) << name;
+  }
 
   EXPECT_TRUE(factory.RegisterLogLayout("A", CreateA));
-  EXPECT_TRUE(factory.RegisterLogLayout("B", CreateB));
-
-  EXPECT_EQ("a", Formatted(*Create(factory, "A"), EventWith("x")));
-  EXPECT_EQ("b", Formatted(*Create(factory, "B"), EventWith("x")));
-}
-
-TEST(LogLayoutFactoryTest, KeepsTheFirstCreatorOfAName) {
-  LogLayoutFactory factory;
-  factory.RegisterLogLayout("A", CreateA);
-
+  for (const std::string& name :
+       {std::string("a"), std::string("A "), std::string("A\0", 2), std::string()}) {
+    EXPECT_TRUE(factory.RegisterLogLayout(name, CreateB)) << name;
+    EXPECT_EQ("b", Formatted(*Create(factory, name), EventWith("x"))) << name;
+  }
   EXPECT_FALSE(factory.RegisterLogLayout("A", CreateB));
   EXPECT_FALSE(factory.RegisterLogLayout("A", CreateA));
 
   EXPECT_EQ("a", Formatted(*Create(factory, "A"), EventWith("x")));
+  EXPECT_EQ(nullptr, factory.CreateLogLayout(" A"));
+  EXPECT_NE(Create(factory, "A"), Create(factory, "A"));
 }
 
 TEST(LogLayoutFactoryTest, ForgetsAnUnregisteredName) {
@@ -74,55 +66,16 @@ TEST(LogLayoutFactoryTest, ForgetsAnUnregisteredName) {
   factory.RegisterLogLayout("A", CreateA);
   factory.RegisterLogLayout("B", CreateB);
 
+  EXPECT_FALSE(factory.UnregisterLogLayout("a"));
+  EXPECT_FALSE(factory.UnregisterLogLayout(""));
+  EXPECT_NE(nullptr, Create(factory, "A"));
   EXPECT_TRUE(factory.UnregisterLogLayout("A"));
   EXPECT_FALSE(factory.UnregisterLogLayout("A"));
 
   EXPECT_EQ(nullptr, factory.CreateLogLayout("A"));
   EXPECT_NE(nullptr, Create(factory, "B"));
-}
-
-TEST(LogLayoutFactoryTest, LeavesTheOthersWhenAnUnknownNameIsUnregistered) {
-  LogLayoutFactory factory;
-  factory.RegisterLogLayout("A", CreateA);
-
-  EXPECT_FALSE(factory.UnregisterLogLayout("a"));
-  EXPECT_FALSE(factory.UnregisterLogLayout(""));
-
-  EXPECT_NE(nullptr, Create(factory, "A"));
-}
-
-TEST(LogLayoutFactoryTest, TakesANameAgainAfterItWasUnregistered) {
-  LogLayoutFactory factory;
-  factory.RegisterLogLayout("A", CreateA);
-  factory.UnregisterLogLayout("A");
-
   EXPECT_TRUE(factory.RegisterLogLayout("A", CreateB));
-
   EXPECT_EQ("b", Formatted(*Create(factory, "A"), EventWith("x")));
-}
-
-TEST(LogLayoutFactoryTest, ComparesNamesExactly) {
-  LogLayoutFactory factory;
-
-  EXPECT_TRUE(factory.RegisterLogLayout("A", CreateA));
-  EXPECT_TRUE(factory.RegisterLogLayout("a", CreateB));
-  EXPECT_TRUE(factory.RegisterLogLayout("A ", CreateB));
-  EXPECT_TRUE(factory.RegisterLogLayout(std::string("A\0", 2), CreateB));
-  EXPECT_TRUE(factory.RegisterLogLayout("", CreateB));
-
-  EXPECT_EQ("a", Formatted(*Create(factory, "A"), EventWith("x")));
-  EXPECT_EQ("b", Formatted(*Create(factory, ""), EventWith("x")));
-  EXPECT_EQ(nullptr, factory.CreateLogLayout(" A"));
-}
-
-TEST(LogLayoutFactoryTest, MakesADistinctLayoutEachTime) {
-  LogLayoutFactory factory;
-  factory.RegisterLogLayout("A", CreateA);
-
-  const auto first = Create(factory, "A");
-  const auto second = Create(factory, "A");
-
-  EXPECT_NE(first, second);
 }
 
 TEST(LogLayoutFactoryTest, LeavesItsLayoutsToTheCaller) {
@@ -151,32 +104,22 @@ TEST(LogLayoutFactoryTest, PassesOnWhatACreatorReturnsOrThrows) {
   EXPECT_THROW(factory.CreateLogLayout("broken"), std::runtime_error);
 }
 
-TEST(LogLayoutFactoryTest, MakesTheBuiltInLayouts) {
+TEST(LogLayoutFactoryTest, KnowsTheBuiltInLayoutsByTheirExactNames) {
   EXPECT_TRUE(IsA<LogLayoutMessage>(Create("LogLayoutMessage")));
   EXPECT_TRUE(IsA<LogLayoutSimple>(Create("LogLayoutSimple")));
   EXPECT_TRUE(IsA<LogLayoutStandard>(Create("LogLayoutStandard")));
   EXPECT_TRUE(IsA<LogLayoutExtended>(Create("LogLayoutExtended")));
+  for (const char* const name : {"logLayoutSimple", "LogLayoutSimple ", "LogLayout", ""}) {
+    EXPECT_EQ(nullptr, Create(name)) << name;
+  }
 }
 
-TEST(LogLayoutFactoryTest, KnowsTheBuiltInLayoutsByTheirExactNames) {
-  EXPECT_EQ(nullptr, Create("logLayoutSimple"));
-  EXPECT_EQ(nullptr, Create("LogLayoutSimple "));
-  EXPECT_EQ(nullptr, Create("LogLayout"));
-  EXPECT_EQ(nullptr, Create(""));
-}
-
-TEST(LogLayoutFactoryTest, KeepsABuiltInLayoutThatIsRegisteredAgain) {
-  EXPECT_FALSE(Logger::GetLogManager()->GetLogLayoutFactory()->RegisterLogLayout("LogLayoutSimple",
-                                                                                 CreateA));
-
-  EXPECT_TRUE(IsA<LogLayoutSimple>(Create("LogLayoutSimple")));
-}
-
-TEST(LogLayoutFactoryTest, LetsABuiltInLayoutBeReplaced) {
+TEST(LogLayoutFactoryTest, LetsABuiltInLayoutBeReplacedButNotHidden) {
   LogLayoutFactory& factory = *Logger::GetLogManager()->GetLogLayoutFactory();
 
+  EXPECT_FALSE(factory.RegisterLogLayout("LogLayoutExtended", CreateA));
+  EXPECT_TRUE(IsA<LogLayoutExtended>(Create("LogLayoutExtended")));
   EXPECT_TRUE(factory.UnregisterLogLayout("LogLayoutExtended"));
-  EXPECT_FALSE(factory.UnregisterLogLayout("LogLayoutExtended"));
   EXPECT_EQ(nullptr, factory.CreateLogLayout("LogLayoutExtended"));
   EXPECT_TRUE(factory.RegisterLogLayout("LogLayoutExtended", CreateA));
 
