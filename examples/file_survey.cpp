@@ -1,5 +1,5 @@
-// Looks through folders with several threads, and logs what it finds as a configuration such as
-// file_survey.ini says.
+// Looks through folders with several threads, and logs what it finds. A configuration such as
+// file_survey.ini says where the messages go.
 //
 //     file_survey CONFIGURATION FOLDER...
 //
@@ -29,7 +29,7 @@ namespace {
 
 enum Level : unsigned int { kError = 1, kWarning = 2, kInfo = 3, kDebug = 4 };
 
-// The application's own front end: who logs, at which level, and from where in the source.
+// The application's own macro, which adds the source position to each message.
 #define SURVEY_LOG(handler, level, ...) \
   LogFormater(level, __FILE__, __LINE__).Log(handler, __VA_ARGS__)
 

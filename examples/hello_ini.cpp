@@ -1,4 +1,4 @@
-// The same as hello.cpp, but what goes where is told by a file.
+// The same as hello.cpp, configured from a file.
 
 #include <cstdio>
 

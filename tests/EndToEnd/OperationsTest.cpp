@@ -1,4 +1,4 @@
-// What docs/operations.md shows is what the examples are, and what is installed.
+// docs/operations.md shows parts of the examples and of installed files.
 
 #include <gtest/gtest.h>
 

@@ -190,7 +190,7 @@ TEST_F(PagesTest, ShowOneSystemInBothForms) {
   EXPECT_EQ(1, pairs);
 }
 
-TEST_F(PagesTest, SayWhatCommandsPrint) {
+TEST_F(PagesTest, MatchTheOutputOfTheirCommands) {
   int run = 0;
   for (const std::string& page : Pages()) {
     if (IsToolsPage(page)) continue;  // Its own test has the files that its commands read.

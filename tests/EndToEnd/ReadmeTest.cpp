@@ -1,4 +1,4 @@
-// What the README shows is what the examples are, and what they print.
+// The README shows code and configurations of the examples, and their output.
 
 #include <gtest/gtest.h>
 
@@ -44,7 +44,7 @@ TEST(ReadmeTest, ShowsCodeAndConfigurationOfTheExamples) {
   for (const std::string& block : documents) EXPECT_TRUE(IsInAnExample(block)) << block;
 }
 
-TEST(ReadmeTest, TellsWhatTheExampleInCodePrints) {
+TEST(ReadmeTest, MatchesTheOutputOfTheExampleInCode) {
   const ProcessResult result = RunProgram({HELLO});
 
   EXPECT_EQ("TIME |INFO| listening on port 8080\nTIME |ERROR| backend: 3 requests lost\n",
@@ -52,7 +52,7 @@ TEST(ReadmeTest, TellsWhatTheExampleInCodePrints) {
   EXPECT_EQ(0, result.exitCode);
 }
 
-TEST(ReadmeTest, TellsWhatTheExampleWithAConfigurationPrints) {
+TEST(ReadmeTest, MatchesTheOutputOfTheExampleWithAConfiguration) {
   const ProcessResult result = RunProgram({HELLO_INI, kProject + "/examples/hello.ini"});
 
   EXPECT_EQ("INFO - listening on port 8080\nERROR - backend: 3 requests lost\n", result.output);

@@ -1,4 +1,4 @@
-// The commands of docs/tools.md print what the page says.
+// The commands of docs/tools.md print what the page shows.
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ std::string WithProjectAsPrefix(std::string command) {
   return command;
 }
 
-/// A folder with the log file and the capture of which the page speaks.
+/// A folder with the log file and the capture that the page uses.
 class ToolsPageTest : public testing::Test {
  protected:
   ToolsPageTest() {
@@ -57,7 +57,7 @@ class ToolsPageTest : public testing::Test {
   TemporaryFolder folder_;
 };
 
-TEST_F(ToolsPageTest, TellsWhatItsCommandsPrint) {
+TEST_F(ToolsPageTest, MatchesTheOutputOfItsCommands) {
   const std::vector<FencedBlock> blocks = FencedBlocks(kProject + "/docs/tools.md");
 
   ASSERT_EQ(9U, blocks.size());

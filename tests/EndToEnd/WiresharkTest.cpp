@@ -212,7 +212,7 @@ TEST_F(WiresharkTest, TellsWhatAServerDoesWithWhatIsNoEvent) {
   }
 
   EXPECT_EQ((Words{"Skipped bytes (and 1 more)|abc|", "Rejected event (and 1 more)|abc|" + outside,
-                   "Event, level 3, h: abc|abc|The record goes on behind its last field",
+                   "Event, level 3, h: abc|abc|The record goes on after its last field",
                    "Length 0 (and 2 more)|abc|No frame: the next four bytes are the length "
                    "instead,No frame: the next four bytes are the length instead",
                    "Length -1 (and 1 more)||" + refused, "Length 67108865 (and 1 more)||" + refused,

@@ -1,4 +1,4 @@
--- Shows what socket clients and log servers of liblogger say to each other, in Wireshark and tshark:
+-- Shows the protocol between socket clients and log servers of liblogger in Wireshark and tshark:
 --
 --     tshark -X lua_script:liblogger.lua -i lo -f "tcp port 4711" -O liblogger
 --
@@ -51,7 +51,7 @@ local experts = {
   outside = ProtoExpert.new("liblogger.outside",
     "A field is outside of the record: the server drops the event",
     expert.group.MALFORMED, expert.severity.ERROR),
-  rest = ProtoExpert.new("liblogger.rest", "The record goes on behind its last field",
+  rest = ProtoExpert.new("liblogger.rest", "The record goes on after its last field",
     expert.group.PROTOCOL, expert.severity.NOTE),
   zero = ProtoExpert.new("liblogger.length.zero",
     "No frame: the next four bytes are the length instead",
@@ -74,7 +74,7 @@ local completeness = Field.new("tcp.completeness")
 -- call finds expected is therefore kept with its place in the capture.
 local connections
 local expectedAt
-local firstShown  -- A segment may come in several parts, whose summaries stand behind each other.
+local firstShown  -- A segment may come in several parts, whose summaries follow each other.
 
 function protocol.init()
   connections = {}
@@ -120,7 +120,7 @@ function Reader:integer(field)
   return range:int()
 end
 
--- The places behind a text follow from its length as it stands, negative or not.
+-- The offsets after a text are computed with its length as it is, negative or not.
 function Reader:text(lengthField, field)
   local length = self:integer(lengthField)
   if length <= 0 then
@@ -197,7 +197,8 @@ function Segment:has(size)
   if missing <= 0 then return true end
   if self.pinfo.can_desegment > 0 then
     self.pinfo.desegment_offset = self.place
-    -- Behind an integer a second request follows, which is lost behind one for a number of bytes.
+    -- The request for a header is followed by one for the body, which Wireshark loses when the first was
+    -- for a number of bytes.
     self.pinfo.desegment_len = size > kFrameHeader and missing or DESEGMENT_ONE_MORE_SEGMENT
   else
     self:take(self:left())
@@ -247,7 +248,7 @@ local function lengthIsRefused(length)
   return length < 0 or length > protocol.prefs.limit
 end
 
---- Shows a length, and the record behind it when there is one. `start` is where the frame began.
+--- Shows a length, and the record after it when there is one. `start` is where the frame began.
 local function showLength(segment, start, lengthPlace)
   local length = integer(segment.tvb, lengthPlace)
   local header = lengthPlace + kIntegerSize - start
@@ -311,7 +312,7 @@ local function beginsWithFrame(tvb)
     tvb:range(kFrameHeader, kMarkSize):string() == "01"
 end
 
--- The capture began amid the connection, or part of it is not put together: the next segment that is
+-- The capture began in the middle of the connection, or part of it is missing: the next segment that is
 -- understood is one with a frame at its beginning.
 steps[kUnknown] = function(segment, connection)
   if segment.place == 0 and beginsWithFrame(segment.tvb) then
@@ -327,7 +328,7 @@ local function wasSeenOpening()
   return seen and seen.value % 4 > 0  -- One or both of the segments that open it.
 end
 
--- The client, who opened the connection, speaks first.
+-- The client, which opened the connection, sends first.
 local function newConnection(pinfo)
   local expected = wasSeenOpening() and kVersion or kUnknown
   return {
