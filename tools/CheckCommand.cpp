@@ -9,6 +9,7 @@
 
 #include "Check/CheckFile.h"
 #include "Check/FindingPrinter.h"
+#include "Check/FindingsAsJson.h"
 #include "CommandLine.h"
 #include "Terminal.h"
 #include "UsageError.h"
@@ -32,10 +33,11 @@ struct CheckCommandOptions {
 
 CheckOptions WhatToCheck(const CheckCommandOptions& options) {
   CheckOptions check;
-  if (options.form == "ini") check.form = Configuration::Form::Ini;
-  if (options.form == "xml") check.form = Configuration::Form::Xml;
+  if (options.form == "ini") check.form = ConfigurationForm::Ini;
+  if (options.form == "xml") check.form = ConfigurationForm::Xml;
   check.withMachine = options.withMachine;
-  check.own = {WordsOf(*options.kindNames), WordsOf(*options.layoutNames)};
+  check.own.kinds = WordsOf(*options.kindNames);
+  check.own.layouts = WordsOf(*options.layoutNames);
   return check;
 }
 
@@ -43,8 +45,7 @@ int ExitCode(const std::vector<CheckedFile>& files, bool isStrict) {
   int exitCode = EXIT_SUCCESS;
   for (const CheckedFile& file : files) {
     if (!file.isReadable) return kUnusable;
-    const bool fails = file.Has(Severity::Error) || (isStrict && file.Has(Severity::Warning));
-    if (fails) exitCode = EXIT_FAILURE;
+    if (file.HasAtLeast(isStrict ? Severity::Warning : Severity::Error)) exitCode = EXIT_FAILURE;
   }
   return exitCode;
 }
@@ -57,7 +58,7 @@ int RunCheck(const CheckCommandOptions& options) {
     if (options.asJson) continue;
     const CheckedFile& file = files.back();
     const bool isOutput = file.isReadable;
-    PrintText(file, isOutput ? HasColors(stdout) : HasColors(stderr),
+    PrintText(file.name, file.findings, HasColors(isOutput ? stdout : stderr),
               isOutput ? std::cout : std::cerr);
   }
   if (options.asJson) PrintJson(files, std::cout);

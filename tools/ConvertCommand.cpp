@@ -10,13 +10,16 @@
 #include <system_error>
 #include <vector>
 
+#include "Check/FindingPrinter.h"
+#include "Check/Rules.h"
 #include "CommandLine.h"
-#include "ConfigurationFile.h"
-#include "Convert/StatedSystem.h"
+#include "Configuration/ReadConfiguration.h"
+#include "Configuration/WriteIni.h"
+#include "Configuration/WriteXml.h"
 #include "KnownKeys.h"
-#include "LocalEntities.h"
-#include "Printable.h"
+#include "Terminal.h"
 #include "UsageError.h"
+#include "Wording.h"
 
 namespace Loggerctl {
 
@@ -33,25 +36,41 @@ bool IsKnownLayout(const std::string& name) {
                      [&](const KnownLayout& layout) { return layout.name == name; });
 }
 
-/// The forms part where a layout is not known, which only the application can tell.
-void LoseUnknownLayouts(const StatedSystem& system, Losses& losses) {
-  for (const StatedSystem::Client& client : system.clients) {
-    if (client.layout.empty() || IsKnownLayout(client.layout)) continue;
-    losses.push_back("layout " + Printable(client.layout) + " of " + system.Describe(client) +
-                     ": is none of the library's; unless the application registers it, the client "
-                     "is attached to its handler by an XML configuration only");
+/// The forms differ where a layout is unknown, which only the application can register.
+void FindUnknownLayouts(const Configuration& configuration, Findings& findings) {
+  for (const Client& client : configuration.clients) {
+    if (!client.layout.IsGiven() || IsKnownLayout(client.layout.text)) continue;
+    findings.Loss(client.layout.line,
+                  "there is no layout " + Quoted(client.layout.text) + ": " + client.Title() +
+                      " is attached to its handler by an XML configuration only");
   }
 }
 
-std::string Convert(const ConvertOptions& options, Losses& losses) {
-  const LocalEntities localEntities;
-  const bool isToXml = options.form == "xml";
-  if ((FormOf(options.configurationFile) == ConfigurationForm::Xml) == isToXml) {
+std::string Convert(const ConvertOptions& options, Findings& findings) {
+  const Configuration configuration = ReadConfiguration(options.configurationFile, findings);
+  const ConfigurationForm form =
+      options.form == "xml" ? ConfigurationForm::Xml : ConfigurationForm::Ini;
+  if (configuration.form == form) {
     throw UsageError(options.configurationFile + ": has that form already");
   }
-  const StatedSystem system = ReadSystem(options.configurationFile, losses);
-  LoseUnknownLayouts(system, losses);
-  return isToXml ? WriteXml(system, losses) : WriteIni(system, losses);
+  ApplyRules(configuration, findings);
+  FindUnknownLayouts(configuration, findings);
+  return form == ConfigurationForm::Xml ? WriteXml(configuration, findings)
+                                        : WriteIni(configuration, findings);
+}
+
+/// What is not converted. The rest is converted as the library reads it.
+std::vector<Finding> LossesOf(const Findings& findings) {
+  std::vector<Finding> losses;
+  for (const Finding& finding : findings.InOrder()) {
+    if (finding.severity >= Severity::Loss) losses.push_back(finding);
+  }
+  return losses;
+}
+
+bool IsUnusable(const std::vector<Finding>& findings) {
+  return std::any_of(findings.begin(), findings.end(),
+                     [](const Finding& finding) { return finding.severity == Severity::Unusable; });
 }
 
 void WriteOut(const std::string& text, const std::string& fileName) {
@@ -66,24 +85,13 @@ void WriteOut(const std::string& text, const std::string& fileName) {
   if (!file) throw UsageError(fileName + ": " + std::generic_category().message(errno));
 }
 
-/// Tells what got lost in the end, also when something else then failed.
-class LossReport {
- public:
-  explicit LossReport(const Losses& losses) : losses_(losses) {}
-  ~LossReport() {
-    for (const std::string& loss : losses_) std::cerr << "loggerctl convert: " << loss << "\n";
-  }
-  LossReport(const LossReport&) = delete;
-  LossReport& operator=(const LossReport&) = delete;
-
- private:
-  const Losses& losses_;
-};
-
 int RunConvert(const ConvertOptions& options) {
-  Losses losses;
-  const LossReport report(losses);
-  WriteOut(Convert(options, losses), options.outputFile);
+  Findings findings;
+  const std::string text = Convert(options, findings);
+  const std::vector<Finding> losses = LossesOf(findings);
+  PrintText(options.configurationFile, losses, HasColors(stderr), std::cerr);
+  if (IsUnusable(losses)) return kUnusable;
+  WriteOut(text, options.outputFile);
   return losses.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

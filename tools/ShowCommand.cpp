@@ -7,9 +7,8 @@
 #include <string>
 
 #include "CommandLine.h"
+#include "Configuration/ReadConfiguration.h"
 #include "ConfigurationFile.h"
-#include "Convert/StatedSystem.h"
-#include "LocalEntities.h"
 #include "Show/ConfiguredSystem.h"
 #include "Show/RecordingClients.h"
 #include "UsageError.h"
@@ -26,15 +25,16 @@ struct ShowOptions {
 
 /// Has the library set up the system of the file, with nothing in it that writes or connects.
 void ConfigureRecording(const ShowOptions& options) {
-  const LocalEntities localEntities;
-  Losses ignored;
-  const StatedSystem system = ReadSystem(options.configurationFile, ignored);
+  Findings ignored;
+  const Configuration configuration = ReadConfiguration(options.configurationFile, ignored);
 
   Recording recording = options.recording;
   std::set<std::string> kinds;
-  for (const StatedSystem::Client& client : system.clients) {
-    kinds.insert(client.type);
-    for (const auto& [name, value] : client.parameters) recording.parameterNames.insert(name);
+  for (const Client& client : configuration.clients) {
+    kinds.insert(client.type.text);
+    for (const Parameter& parameter : client.parameters) {
+      recording.parameterNames.insert(parameter.name.text);
+    }
   }
   RecordClients(recording, kinds);
   ConfigureFrom(options.configurationFile);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,11 @@ class LoggerctlConvertTest : public testing::Test {
 
   ProcessResult Convert(const std::string& configuration, const std::string& form) const {
     return ConvertFile(File(configuration), form);
+  }
+
+  /// The line about something that is not converted.
+  std::string At(int line, const std::string& text) const {
+    return file_ + ":" + std::to_string(line) + ": error: " + text + "\n";
   }
 
   TemporaryFolder folder_;
@@ -269,7 +275,7 @@ TEST_F(LoggerctlConvertTest, WritesATreeWithCyclesAndSeveralWays) {
       << output;
 }
 
-TEST_F(LoggerctlConvertTest, TellsWhatAnXmlConfigurationCannotSay) {
+TEST_F(LoggerctlConvertTest, ReportsWhatAnXmlConfigurationCannotSay) {
   const ProcessResult result = Convert(
       "loglevel = 1 2 -1 x 02\n"
       "loglevel.1.name = bell\a\n"
@@ -298,26 +304,30 @@ TEST_F(LoggerctlConvertTest, TellsWhatAnXmlConfigurationCannotSay) {
       "xml");
 
   EXPECT_EQ(
-      "loggerctl convert: level x: is no number from 1 on, and skipped\n"
-      "loggerctl convert: level 02: is the number 2, which the first one keeps\n"
-      "loggerctl convert: client typeless: has no type, and is skipped\n"
-      "loggerctl convert: client handlerless: has no handler, and is skipped\n"
-      "loggerctl convert: layout Mine of client 3 (LogClientConsole on default): is none of the "
-      "library's; unless the application registers it, the client is attached to its handler by an "
-      "XML configuration only\n"
-      "loggerctl convert: name \"bell\\x07\" of level 1: it is no text that XML can hold\n"
-      "loggerctl convert: name \"gr\\xf6\\xdfer\" of level 2: it is no text that XML can hold\n"
-      "loggerctl convert: level 4294967295: numbers in an XML configuration end at 2147483647\n"
-      "loggerctl convert: handler \"\" with its switches: an XML configuration has no empty names\n"
-      "loggerctl convert: handler \"a\\x01\" with its switches: it is no text that XML can hold\n"
-      "loggerctl convert: client 1 (LogClientConsole on \"a\\x01\"): it is no text that XML can "
-      "hold\n"
-      "loggerctl convert: parameter one of client 2 (LogClientConsole on default): it is no text "
-      "that XML can hold\n"
-      "loggerctl convert: parameter two of client 2 (LogClientConsole on default): it is no text "
-      "that XML can hold\n"
-      "loggerctl convert: child \"a\\x01\" of handler default: it is no text that XML can hold\n"
-      "loggerctl convert: child c of handler \"a\\x01\": it is no text that XML can hold\n",
+      At(1, "level 'x' is no number, and is skipped; levels are numbers from 1 to 2147483647") +
+          At(1, "level '02' is the same as '2'; only the first one counts; remove one of the two") +
+          At(1, "level 4294967295 is left out: numbers in an XML configuration end at 2147483647") +
+          At(2, "name 'bell\\x07' of level 1 is left out: it is no text that XML can hold") +
+          At(3, "name 'gr\\xf6\\xdfer' of level 2 is left out: it is no text that XML can hold") +
+          At(4,
+             "two blanks in a row, or one at an end of the list, make an item without a name in "
+             "'loghandler'; separate the items by single blanks") +
+          At(4, "handler 'a\\x01' with its switches is left out: it is no text that XML can hold") +
+          At(5,
+             "child 'a\\x01' of handler 'default' is left out: it is no text that XML can hold") +
+          At(6, "what is below handler 'a\\x01' is left out: it is no text that XML can hold") +
+          At(8,
+             "client 'typeless' has no type, and is left out; give it one: LogClientConsole, "
+             "LogClientFile, LogClientRollingFile, LogClientSocket or LogClientXML") +
+          At(10,
+             "client 'handlerless' has no handler, and is left out; name the handler that it is "
+             "attached to") +
+          At(12, "client 'odd' is left out: it is no text that XML can hold") +
+          At(16, "parameter 'one' of client 'p' is left out: it is no text that XML can hold") +
+          At(18, "parameter 'two' of client 'p' is left out: it is no text that XML can hold") +
+          At(23,
+             "there is no layout 'Mine': client 'layout' is attached to its handler by an XML "
+             "configuration only"),
       result.errors);
   EXPECT_EQ(
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -347,7 +357,7 @@ TEST_F(LoggerctlConvertTest, TellsWhatAnXmlConfigurationCannotSay) {
   EXPECT_EQ(1, result.exitCode);
 }
 
-TEST_F(LoggerctlConvertTest, TellsWhatAPropertiesFileCannotSay) {
+TEST_F(LoggerctlConvertTest, ReportsWhatAPropertiesFileCannotSay) {
   XmlConfiguration configuration;
   configuration.levels =
       "<loglevel id=\"0\" name=\"zero\"/><loglevel id=\"1\" name=\"A#1\"/>"
@@ -372,27 +382,38 @@ TEST_F(LoggerctlConvertTest, TellsWhatAPropertiesFileCannotSay) {
   const ProcessResult result = Convert(configuration.Text(), "ini");
 
   EXPECT_EQ(
-      "loggerctl convert: level again: is the number 2, which the first one keeps\n"
-      "loggerctl convert: child d of handler c: has no effect outside logtree\n"
-      "loggerctl convert: defaultloghandler: has no effect\n"
-      "loggerctl convert: child c of handler nowhere: no loghandler element makes that handler\n"
-      "loggerctl convert: layout Mine of client 3 (Own on c): is none of the library's; unless the "
-      "application registers it, the client is attached to its handler by an XML configuration "
-      "only\n"
-      "loggerctl convert: level 0: a properties file cannot register the number 0\n"
-      "loggerctl convert: name \"A#1\" of level 1: '#' starts a comment in a properties file\n"
-      "loggerctl convert: name \"two\\nlines\" of level 2: a line feed ends a line of a properties "
-      "file\n"
-      "loggerctl convert: handler \"two words\" with its switches and children: a blank separates "
-      "the names of a list in a properties file\n"
-      "loggerctl convert: switch of level 1 on handler \"a=b\": '=' ends a key in a properties "
-      "file\n"
-      "loggerctl convert: child c of handler \"a=b\": '=' ends a key in a properties file\n"
-      "loggerctl convert: child \"two words\" of handler c: a blank separates the names of a list "
-      "in a properties file\n"
-      "loggerctl convert: client 2 (\"Own#\" on c): '#' starts a comment in a properties file\n"
-      "loggerctl convert: parameter filename of client 1 (LogClientFile on c): '#' starts a "
-      "comment in a properties file\n",
+      At(4, "level '2' is given twice; only the first one counts; remove one of the two") +
+          At(4, "level '0' is left out: a properties file cannot register the number 0") +
+          At(4, "name 'A#1' of level 1 is left out: '#' starts a comment in a properties file") +
+          At(4,
+             "name 'two\\nlines' of level 2 is left out: a line feed ends a line of a properties "
+             "file") +
+          At(5,
+             "handler 'd' is ignored here: handlers are nested within 'logtree' only; make it "
+             "beside this one, and nest it in 'logtree'") +
+          At(5,
+             "'defaultloghandler' has no effect; write <loghandler name=\"default\"> with the "
+             "switches in it") +
+          At(5,
+             "handler 'two words' with its switches and children is left out: a blank separates "
+             "the names of a list in a properties file") +
+          At(5,
+             "the switch of level 1 on handler 'a=b' is left out: '=' ends a key in a properties "
+             "file") +
+          At(6,
+             "there is no layout 'Mine': the client is attached to its handler by an XML "
+             "configuration only") +
+          At(6, "the client is left out: '#' starts a comment in a properties file") +
+          At(6,
+             "parameter 'filename' of the client is left out: '#' starts a comment in a "
+             "properties file") +
+          At(7,
+             "handler 'nowhere' does not exist, and is left out of the tree with all below it; "
+             "make it with a 'loghandler' before the clients") +
+          At(7, "child 'c' of handler 'a=b' is left out: '=' ends a key in a properties file") +
+          At(7,
+             "child 'two words' of handler 'c' is left out: a blank separates the names of a list "
+             "in a properties file"),
       result.errors);
   EXPECT_EQ(
       "loglevel = 1 2\n"
@@ -425,14 +446,13 @@ TEST_F(LoggerctlConvertTest, KeepsLinesOfAPropertiesFileWithinTheirLimit) {
   const ProcessResult result = Convert(configuration.Text(), "ini");
 
   EXPECT_EQ(
-      "loggerctl convert: parameter not of client 1 (Own on a): its line would be longer than 511 "
-      "bytes\n",
+      At(8, "parameter 'not' of the client is left out: its line would be longer than 511 bytes"),
       result.errors);
   EXPECT_NE(std::string::npos, result.output.find("\n" + key + longest + "\n"));
   EXPECT_EQ(0, RunProgram({LOGGERCTL, "show", File(result.output)}).exitCode);
 }
 
-TEST_F(LoggerctlConvertTest, TellsWhichHandlersAListHasNoRoomFor) {
+TEST_F(LoggerctlConvertTest, ReportsWhichHandlersAListHasNoRoomFor) {
   XmlConfiguration configuration;
   for (int number = 10; number < 60; ++number) {
     configuration.handlers += "<loghandler name=\"handler" + std::to_string(number) + "\"/>\n";
@@ -442,21 +462,21 @@ TEST_F(LoggerctlConvertTest, TellsWhichHandlersAListHasNoRoomFor) {
 
   // "loghandler = " and room for quotes take 15 bytes, "a b" 3; each other one takes 10.
   EXPECT_NE(std::string::npos, result.output.find(" handler58\n")) << result.output;
-  EXPECT_EQ(
-      "loggerctl convert: handler handler59 with its switches and children: the line of its list "
-      "would be longer than 511 bytes\n",
-      result.errors);
+  EXPECT_EQ(At(57,
+               "handler 'handler59' with its switches and children is left out: the line of its "
+               "list would be longer than 511 bytes"),
+            result.errors);
   EXPECT_EQ(0, RunProgram({LOGGERCTL, "show", File(result.output)}).exitCode);
 }
 
 TEST_F(LoggerctlConvertTest, RefusesToWriteADocumentWithoutLevels) {
   const std::string reason =
-      "loggerctl: an XML configuration must register a level, and there is none to write\n";
+      file_ + ": error: an XML configuration must register a level, and there is none to write\n";
 
   ExpectUnusable(reason, Convert("loghandler = a\n", "xml"));
   ExpectUnusable(
-      "loggerctl convert: level 4294967295: numbers in an XML configuration end at 2147483647\n" +
-          reason,
+      reason +
+          At(1, "level 4294967295 is left out: numbers in an XML configuration end at 2147483647"),
       Convert("loglevel = -1\n", "xml"));
 }
 
@@ -472,9 +492,14 @@ TEST_F(LoggerctlConvertTest, ReportsWhatCannotBeUsed) {
   ExpectUnusable("loggerctl: " + xml + ": has that form already\n", ConvertFile(xml, "xml"));
   ExpectUnusable("loggerctl: " + output + ": No such file or directory\n",
                  RunProgram({LOGGERCTL, "convert", ini, "--to", "xml", "-o", output}));
-  ExpectUnusable("loggerctl: " + file_ + ": line 1 is longer than 511 bytes\n",
-                 Convert(std::string(512, 'x'), "xml"));
-  ExpectUnusable("loggerctl: " + file_ + ": is no configuration: its root element is layout\n",
+  ExpectUnusable(
+      "loggerctl: " + file_ +
+          ": line 1: the line has 512 bytes and may have 511; the file cannot be read because of "
+          "it; shorten it\n",
+      Convert(std::string(512, 'x'), "xml"));
+  ExpectUnusable("loggerctl: " + file_ +
+                     ": line 1: the document is a 'layout': nothing is configured; put it into "
+                     "'configlogger'\n",
                  Convert("<layout layout=\"x\"/>", "ini"));
   ExpectUnusable("loggerctl: standard output could not be written\n",
                  RunProgram({"sh", "-c", "exec \"$@\" > /dev/full", "sh", LOGGERCTL, "convert", ini,
@@ -535,14 +560,16 @@ class Generator {
   std::string Ini() {
     longest_ = 455;  // With its key it is not longer than a line may be.
     text_.clear();
+    said_.clear();
     Line("loglevel", List(IniLevels()));
     for (const std::string& level : levels_) {
       if (Chance(70)) Line("loglevel." + level + ".name", Quoted(Text()));
     }
     ChooseHandlers();
-    if (Chance(90)) Line("loghandler", List(handlers_));
+    if (Chance(10)) handlers_.clear();
+    if (!handlers_.empty()) Line("loghandler", List(handlers_));
     for (const std::string& handler : handlers_) IniHandler(handler);
-    if (Chance(30)) IniSwitch("default");
+    if (!handlers_.empty() && Chance(30)) IniSwitch("default");
     std::vector<std::string> clients;
     for (int number = 0, count = Number(0, 5); number < count; ++number) {
       clients.push_back("c" + std::to_string(number));
@@ -554,6 +581,7 @@ class Generator {
   }
 
   std::string Xml() {
+    said_.clear();
     ChooseHandlers();
     text_ = "<?xml version=\"1.0\"?>\n<configlogger><logging enable=\"true\"/>\n";
     for (const std::string& level : XmlLevels()) {
@@ -581,6 +609,10 @@ class Generator {
   std::string text_;
   std::vector<std::string> levels_;
   std::vector<std::string> handlers_;
+  std::set<std::string> said_;
+
+  /// A tame file says nothing twice.
+  bool MayBeSaid(const std::string& key) { return said_.insert(key).second || isWild_; }
 
   int Number(int least, int most) {
     return least + static_cast<int>(random_() % static_cast<unsigned int>(most - least + 1));
@@ -645,6 +677,7 @@ class Generator {
   // The properties form.
 
   void Line(const std::string& key, const std::string& value) {
+    if (!MayBeSaid(key)) return;
     if (Chance(10)) text_ += "# a comment = with this\n\n";
     text_ += std::string(static_cast<std::size_t>(Number(0, 2)), ' ') + key +
              (Chance(50) ? " = " : "=") + value + (Chance(20) ? " \t# behind" : "") +
@@ -675,7 +708,7 @@ class Generator {
   }
 
   void IniSwitch(const std::string& handler) {
-    const std::string level = isWild_ && Chance(10) ? "4294967291" : AnyOf({"1", "2147483647"});
+    const std::string level = isWild_ ? AnyOf({"1", "2147483647", "4294967291"}) : "1";
     Line("loghandler." + handler + ".level." + level, AnyOf({"true", "false", "TRUE", "1"}));
   }
 
@@ -693,8 +726,9 @@ class Generator {
     if (!isWild_ || Chance(90)) Line(prefix + ".handler", Quoted(SomeHandler()));
     if (Chance(50)) Line(prefix + ".layout", Layout());
     for (int number = 0, count = Number(0, 4); number < count; ++number) {
-      if (Chance(5)) continue;  // The library goes no further.
+      if (isWild_ && Chance(5)) continue;  // The library goes no further.
       const auto [name, value] = Parameter();
+      if (!MayBeSaid(prefix + name)) return;
       Line(prefix + ".parameter." + std::to_string(number) + ".name", Quoted(name));
       Line(prefix + ".parameter." + std::to_string(number) + ".value", Quoted(value));
     }
@@ -730,8 +764,11 @@ class Generator {
   void XmlHandler(const std::string& handler) {
     text_ += "<loghandler name=" + Attribute(handler) + ">";
     for (int number = 0, count = Number(0, 3); number < count; ++number) {
-      text_ += "<handlerloglevel level=\"" + AnyOf({"1", "01", "2147483647", "3000000000"}) +
-               "\" enable=\"" + AnyOf({"true", "false", "0", "1"}) + "\"/>";
+      const std::string level =
+          isWild_ ? AnyOf({"1", "01", "2147483647", "3000000000"}) : AnyOf({"1", "01"});
+      if (!MayBeSaid("switch of " + handler)) continue;
+      text_ += "<handlerloglevel level=\"" + level + "\" enable=\"" +
+               AnyOf({"true", "false", "0", "1"}) + "\"/>";
     }
     text_ += "</loghandler>\n";
   }
@@ -741,6 +778,7 @@ class Generator {
              "/><clientloghandler handlername=" + Attribute(SomeHandler()) + "/>";
     for (int number = 0, count = Number(0, 4); number < count; ++number) {
       const auto [name, value] = Parameter();
+      if (!MayBeSaid("parameter " + std::to_string(text_.find_last_of('\n')) + name)) continue;
       text_ += "<parameter name=" + Attribute(name) + " value=" + Attribute(value) + "/>";
     }
     if (Chance(50)) text_ += "<layout layout=" + Attribute(Layout()) + "/>";
@@ -766,7 +804,7 @@ class RandomConversionTest : public LoggerctlConvertTest {
     return result.output;
   }
 
-  /// What both forms can say gets through to the other form and back, with no word about it.
+  /// What both forms can say gets through to the other form and back, and nothing is reported.
   void ExpectSameSystem(const std::string& configuration, const std::string& otherForm,
                         const std::string& form) const {
     const std::string system = Shown(configuration);

@@ -475,13 +475,17 @@ TEST_F(LoggerctlShowTest, ReportsAFileThatCannotBeUsed) {
   const std::string file = folder_.Path("configuration");
 
   ExpectUnusable("loggerctl: " + missing + ": No such file or directory\n", ShowFile(missing));
-  ExpectUnusable("loggerctl: " + folder_.Path() + ": is a directory\n", ShowFile(folder_.Path()));
+  ExpectUnusable("loggerctl: " + folder_.Path() + ": Is a directory\n", ShowFile(folder_.Path()));
   ExpectUnusable("loggerctl: " + file + ": logging is switched off there (logging = false)\n",
                  Show("logging = false\nloglevel = 1\n"));
-  ExpectUnusable("loggerctl: " + file + ": line 2 is longer than 511 bytes\n",
+  ExpectUnusable("loggerctl: " + file +
+                     ": line 2: the line has 512 bytes and may have 511; the file cannot be read "
+                     "because of it; shorten it\n",
                  Show("a = b\n" + std::string(512, 'x') + "\n"));
-  ExpectUnusable("loggerctl: " + file + ": is no configuration: its root element is type\n",
-                 Show("<type type=\"LogClientFile\"/>"));
+  ExpectUnusable(
+      "loggerctl: " + file +
+          ": line 1: the document is a 'type': nothing is configured; put it into 'configlogger'\n",
+      Show("<type type=\"LogClientFile\"/>"));
 }
 
 TEST_F(LoggerctlShowTest, ReportsADocumentThatIsNotValid) {

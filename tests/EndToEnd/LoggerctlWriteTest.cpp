@@ -446,7 +446,7 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationBehindAFile) {
 }
 
 TEST_F(LoggerctlWriteTest, DoesNotUseADirectory) {
-  ExpectUnusable("loggerctl: " + folder_.Path() + ": is a directory\n",
+  ExpectUnusable("loggerctl: " + folder_.Path() + ": Is a directory\n",
                  RunProgram(Command(folder_.Path()) + Words{"--level", "1", "text"}));
 }
 
@@ -459,7 +459,9 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationWithATooLongLine) {
   const std::string config =
       File("long.ini", kLevels + std::string(kHandlers) + "#" + std::string(511, '-') + "\n");
 
-  ExpectUnusable("loggerctl: " + config + ": line 14 is longer than 511 bytes\n",
+  ExpectUnusable("loggerctl: " + config +
+                     ": line 14: the line has 512 bytes and may have 511; the file cannot be read "
+                     "because of it; shorten it\n",
                  RunProgram(Command(config) + Words{"--level", "1", "text"}));
 }
 
@@ -481,14 +483,9 @@ TEST_F(LoggerctlWriteTest, NamesTheLineOfAnXmlConfigurationThatDoesNotFitTheSche
   const std::string config =
       File("odd.xml", "<configlogger>\n<logging enable=\"true\"/>\n<nonsense/>\n</configlogger>\n");
 
-  // The first line is libxml2's.
-  ExpectUnusable(config +
-                     ":3: element nonsense: Schemas validity error : Element 'nonsense': "
-                     "This element is not expected. Expected is ( loglevel ).\n"
-                     "loggerctl: " +
-                     config +
+  ExpectUnusable("loggerctl: " + config +
                      ": line 3: Element 'nonsense': "
-                     "This element is not expected. Expected is ( loglevel ).\n",
+                     "This element is not expected. Expected is ( loglevel )\n",
                  RunProgram(Command(config) + Words{"--level", "1", "text"}));
 }
 
@@ -497,9 +494,8 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAnXmlConfigurationThatSwitchesLoggingOff) {
   off.logging = "<logging enable=\"false\"/>\n";
   const std::string config = File("off.xml", off.Text());
 
-  ExpectUnusable(
-      "loggerctl: " + config + ": logging is switched off there, or this is no configuration\n",
-      RunProgram(Command(config) + Words{"--level", "1", "text"}));
+  ExpectUnusable("loggerctl: " + config + ": logging is switched off there (enable=\"false\")\n",
+                 RunProgram(Command(config) + Words{"--level", "1", "text"}));
 }
 
 TEST_F(LoggerctlWriteTest, NeedsAConfiguration) {

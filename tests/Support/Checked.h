@@ -10,6 +10,6 @@
 inline std::string Checked(const std::string& content,
                            const Loggerctl::CheckOptions& options = {}) {
   std::ostringstream out;
-  Loggerctl::PrintText({"it", true, Loggerctl::CheckContent(content, options)}, false, out);
+  Loggerctl::PrintText("it", Loggerctl::CheckContent(content, options), false, out);
   return out.str();
 }

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "Check/IniLines.h"
+#include "Configuration/IniLines.h"
 #include "LogProperties.h"
 #include "Support/Checked.h"
 #include "Support/Files.h"
@@ -465,7 +465,8 @@ TEST(CheckIniTest, TellsOfAnUnknownType) {
 
 TEST(CheckIniTest, KnowsTheKindsAndLayoutsOfTheApplication) {
   CheckOptions options;
-  options.own = {{"Syslog"}, {"Short"}};
+  options.own.kinds = {"Syslog"};
+  options.own.layouts = {"Short"};
 
   EXPECT_EQ("", Checked("logclient = c\nlogclient.c.type = Syslog\nlogclient.c.handler = default\n"
                         "logclient.c.layout = Short\nloglevel = 1\n"

@@ -4,15 +4,14 @@
 #include <string>
 #include <vector>
 
-#include "Check/Configuration.h"
-#include "Check/Finding.h"
-#include "Check/Rules.h"
+#include "Configuration/Configuration.h"
+#include "Configuration/Findings.h"
 
 namespace Loggerctl {
 
 struct CheckOptions {
-  std::optional<Configuration::Form> form;  ///< Told by the content when not given.
-  bool withMachine = false;                 ///< Whether to look at folders and files, too.
+  std::optional<ConfigurationForm> form;  ///< Decided by the content when not given.
+  bool withMachine = false;               ///< Whether to look at folders and files, too.
   OwnNames own;
 };
 
@@ -21,13 +20,13 @@ struct CheckedFile {
   bool isReadable = true;
   std::vector<Finding> findings;
 
-  bool Has(Severity severity) const;
+  bool HasAtLeast(Severity severity) const;
 };
 
-/// Reads a file and tells what the library would make of it. Neither writes nor connects anywhere.
+/// Reads a file and finds what the library would make of it. Neither writes nor connects anywhere.
 CheckedFile CheckFile(const std::string& fileName, const CheckOptions& options);
 
-/// The same of a text that is read already.
+/// The same of a text that is already read.
 std::vector<Finding> CheckContent(const std::string& content, const CheckOptions& options);
 
 }  // namespace Loggerctl

@@ -27,42 +27,41 @@ bool Contains(const std::vector<std::string>& names, const std::string& name) {
 void CheckKind(const Client& client, const OwnNames& own, Findings& findings) {
   const std::vector<std::string> kinds = KindNames(own);
   if (!client.type.IsGiven()) {
-    return findings.Error(client.line, client.title + " has no type, and is left out",
-                          "give it one: LogClientConsole, LogClientFile, LogClientRollingFile, "
-                          "LogClientSocket or LogClientXML");
+    return findings.Loss(client.line, client.Title() + " has no type, and is left out",
+                         "give it one: LogClientConsole, LogClientFile, LogClientRollingFile, "
+                         "LogClientSocket or LogClientXML");
   }
   if (Contains(kinds, client.type.text)) return;
   findings.Error(
       client.type.line,
-      client.title + " is left out: there is no kind of client " + Quoted(client.type.text),
+      client.Title() + " is left out: there is no kind of client " + Quoted(client.type.text),
       DidYouMean(client.type.text, kinds));
 }
 
 void CheckHandler(const Configuration& configuration, const Client& client, Findings& findings) {
   const std::string& handler = client.handler.text;
   if (!client.handler.IsGiven()) {
-    return findings.Error(client.line, client.title + " has no handler, and is left out",
-                          "name the handler that it is attached to");
+    return findings.Loss(client.line, client.Title() + " has no handler, and is left out",
+                         "name the handler that it is attached to");
   }
   if (configuration.HasHandler(handler)) return;
   const bool isList = Trimmed(handler).find(' ') != std::string::npos;
   const std::string nearest = DidYouMean(handler, configuration.HandlerNames());
   findings.Error(client.handler.line,
-                 client.title + " is left out: there is no handler " + Quoted(handler),
+                 client.Title() + " is left out: there is no handler " + Quoted(handler),
                  isList            ? "a client is attached to one handler"
                  : nearest.empty() ? "add it to the handlers"
                                    : nearest);
 }
 
-void CheckLayout(const Configuration& configuration, const Client& client, const OwnNames& own,
-                 Findings& findings) {
+void CheckLayout(const Configuration& configuration, const Client& client, Findings& findings) {
   if (!client.layout.IsGiven()) return;
-  const std::vector<std::string> layouts = LayoutNames(own);
+  const std::vector<std::string> layouts = LayoutNames(configuration.own);
   const KnownKind* const kind = FindKind(client.type.text);
-  const bool isIni = configuration.form == Configuration::Form::Ini;
+  const bool isIni = configuration.form == ConfigurationForm::Ini;
   if (!Contains(layouts, client.layout.text) && (isIni || kind == nullptr || kind->hasLayout)) {
     return findings.Error(client.layout.line,
-                          client.title + (isIni ? " is not attached" : " writes nothing") +
+                          client.Title() + (isIni ? " is not attached" : " writes nothing") +
                               ": there is no layout " + Quoted(client.layout.text),
                           DidYouMean(client.layout.text, layouts));
   }
@@ -73,11 +72,11 @@ void CheckLayout(const Configuration& configuration, const Client& client, const
 
 }  // namespace
 
-void CheckClients(const Configuration& configuration, const OwnNames& own, Findings& findings) {
+void CheckClients(const Configuration& configuration, Findings& findings) {
   for (const Client& client : configuration.clients) {
-    CheckKind(client, own, findings);
+    CheckKind(client, configuration.own, findings);
     CheckHandler(configuration, client, findings);
-    CheckLayout(configuration, client, own, findings);
+    CheckLayout(configuration, client, findings);
   }
   if (configuration.clients.empty()) {
     findings.Warning(1, "there are no clients: nothing is written", "name some in 'logclient'");

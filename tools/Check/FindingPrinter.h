@@ -1,17 +1,18 @@
 #pragma once
 
 #include <ostream>
+#include <string>
 #include <vector>
 
-#include "Check/CheckFile.h"
+#include "Configuration/Findings.h"
 
 namespace Loggerctl {
 
-/// One line for each finding, as compilers write them: file:line: error: text; suggestion.
-void PrintText(const CheckedFile& file, bool withColors, std::ostream& out);
+/// "warning" or "error".
+std::string NameOf(Severity severity);
 
-/// One array of objects with "file", "line", "severity", "text" and "suggestion". The line is null
-/// for a finding about the whole file.
-void PrintJson(const std::vector<CheckedFile>& files, std::ostream& out);
+/// Prints a line for each finding, as compilers do: FILE:LINE: error: text; suggestion.
+void PrintText(const std::string& fileName, const std::vector<Finding>& findings, bool withColors,
+               std::ostream& out);
 
 }  // namespace Loggerctl

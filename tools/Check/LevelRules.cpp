@@ -16,11 +16,11 @@ bool CheckNumber(const Word& number, bool zeroCounts, Findings& findings) {
   const NumberReading reading = ReadNumber(number.text);
   const bool isSkipped = reading.value == 0 && !zeroCounts;
   if (isSkipped) {
-    findings.Error(number.line,
-                   title + (reading.form == NumberReading::Form::None
-                                ? " is no number, and is skipped"
-                                : " is skipped: 0 cannot be registered by a properties file"),
-                   "levels are numbers from 1 to 2147483647");
+    findings.Loss(number.line,
+                  title + (reading.form == NumberReading::Form::None
+                               ? " is no number, and is skipped"
+                               : " is skipped: 0 cannot be registered by a properties file"),
+                  "levels are numbers from 1 to 2147483647");
     return false;
   }
   if (reading.form != NumberReading::Form::Plain) {
@@ -52,17 +52,12 @@ bool CheckIsNew(const Word& number, std::map<unsigned int, std::string>& registe
   const auto [former, isNew] = registered.insert({LevelNumber(number.text), number.text});
   if (isNew) return true;
   const bool isSameText = former->second == number.text;
-  findings.Error(
-      number.line,
-      "level " + Quoted(number.text) +
-          (isSameText ? " is given twice" : " is the same as " + Quoted(former->second)) +
-          "; only the first one counts",
-      "remove one of the two");
+  findings.Loss(number.line,
+                "level " + Quoted(number.text) +
+                    (isSameText ? " is given twice" : " is the same as " + Quoted(former->second)) +
+                    "; only the first one counts",
+                "remove one of the two");
   return false;
-}
-
-std::string NameOf(const Level& level) {
-  return level.name.IsGiven() ? level.name.text : level.number.text;
 }
 
 /// False when the switch does nothing.
@@ -127,18 +122,18 @@ void CheckLogging(const Configuration& configuration, Findings& findings) {
 }
 
 void CheckLevels(const Configuration& configuration, Findings& findings) {
-  const bool isIni = configuration.form == Configuration::Form::Ini;
+  const bool isIni = configuration.form == ConfigurationForm::Ini;
   std::map<unsigned int, std::string> registered;
   std::map<std::string, std::string> named;
   for (const Level& level : configuration.levels) {
     if (!CheckNumber(level.number, !isIni, findings)) continue;
     if (isIni) CheckSpelling(level.number, findings);
     if (!CheckIsNew(level.number, registered, findings)) continue;
-    const auto [bearer, isNew] = named.insert({NameOf(level), level.number.text});
+    const auto [bearer, isNew] = named.insert({level.RegisteredName(), level.number.text});
     if (isNew) continue;
     findings.Warning(level.name.line > 0 ? level.name.line : level.number.line,
                      "levels " + Quoted(bearer->second) + " and " + Quoted(level.number.text) +
-                         " have the same name " + Quoted(NameOf(level)));
+                         " have the same name " + Quoted(level.RegisteredName()));
   }
   if (configuration.levels.empty()) {
     findings.Warning(1,
@@ -149,7 +144,7 @@ void CheckLevels(const Configuration& configuration, Findings& findings) {
 }
 
 void CheckSwitches(const Configuration& configuration, Findings& findings) {
-  const std::set<unsigned int> registered = configuration.RegisteredLevels();
+  const std::set<unsigned int> registered = configuration.LevelNumbers();
   std::map<std::string, HandlerSwitches> handlers;
   for (const LevelSwitch& one : configuration.switches) {
     if (!CheckSwitchedLevel(one, registered, findings)) continue;
@@ -157,10 +152,10 @@ void CheckSwitches(const Configuration& configuration, Findings& findings) {
     HandlerSwitches& switches = handlers[one.handler];
     const unsigned int level = LevelNumber(one.level.text);
     if (switches.isOn.count(level) > 0) {
-      findings.Error(one.level.line,
-                     "level " + Quoted(one.level.text) + " is switched again on handler " +
-                         Quoted(one.handler) + "; the last switch counts",
-                     "remove one of the two");
+      findings.Loss(one.level.line,
+                    "level " + Quoted(one.level.text) + " is switched again on handler " +
+                        Quoted(one.handler) + "; the last switch counts",
+                    "remove one of the two");
     }
     switches.isOn[level] = one.enable.text == "true";
     switches.lastLine = std::max(switches.lastLine, one.enable.line);

@@ -95,10 +95,10 @@ void CheckParameter(const KnownKind& kind, const Client& client, const Parameter
   const std::string& name = parameter.name.text;
   const Parameter* const first = client.Given(name);
   if (first != &parameter) {
-    return findings.Error(parameter.name.line,
-                          ParameterTitle(parameter) + " is given again, and ignored: line " +
-                              std::to_string(first->name.line) + " has it first",
-                          "remove one of the two");
+    return findings.Loss(parameter.name.line,
+                         ParameterTitle(parameter) + " is given again, and ignored: line " +
+                             std::to_string(first->name.line) + " has it first",
+                         "remove one of the two");
   }
   const KnownParameter* const known = FindParameter(kind, name);
   if (known != nullptr) return CheckValue(parameter, known->type, findings);
@@ -112,7 +112,7 @@ void CheckNeededParameters(const KnownKind& kind, const Client& client, Findings
   for (const KnownParameter& known : kind.parameters) {
     if (!known.isNeeded || client.Given(known.name) != nullptr) continue;
     findings.Error(client.line,
-                   client.title + (isLeftOut ? " is left out" : " writes nothing") +
+                   client.Title() + (isLeftOut ? " is left out" : " writes nothing") +
                        ": it has no parameter " + Quoted(known.name),
                    "a " + kind.name + " needs it: " + known.meaning);
   }
@@ -129,12 +129,12 @@ void CheckRolling(const Client& client, Findings& findings) {
   };
   if (!isPositive("filesize")) {
     findings.Warning(lineOf("filesize"),
-                     client.title + " rolls its file at every event: its 'filesize' is 0 or less",
+                     client.Title() + " rolls its file at every event: its 'filesize' is 0 or less",
                      "give the parameter 'filesize', in bytes");
   }
   if (!isPositive("maxbackup")) {
     findings.Warning(lineOf("maxbackup"),
-                     client.title +
+                     client.Title() +
                          " keeps no old files, and empties a full one: its 'maxbackup' "
                          "is 0 or less",
                      "give the parameter 'maxbackup', a number of files");
@@ -145,7 +145,7 @@ void CheckTimeout(const Client& client, Findings& findings) {
   const Parameter* const timeout = client.Given("timeout");
   if (timeout == nullptr || ReadNumber(timeout->value.text).value > 0) return;
   findings.Warning(timeout->value.line,
-                   client.title +
+                   client.Title() +
                        " waits for its server as long as it takes: its 'timeout' is 0 or "
                        "less",
                    "give a number of milliseconds, or remove it");
@@ -154,7 +154,7 @@ void CheckTimeout(const Client& client, Findings& findings) {
 void CheckXmlText(const Client& client, Findings& findings) {
   if (client.Given("escapetext") != nullptr) return;
   findings.Warning(client.line,
-                   client.title + " takes messages for XML: one with a bare & is written empty",
+                   client.Title() + " takes messages for XML: one with a bare & is written empty",
                    "give the parameter 'escapetext' with 'true' ('false' if this is meant)");
 }
 

@@ -1,26 +1,20 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "Check/Configuration.h"
-#include "Check/Finding.h"
+#include "Configuration/Configuration.h"
+#include "Configuration/Findings.h"
 
 namespace Loggerctl {
 
-/// What an application has registered itself, beyond what is built in.
-struct OwnNames {
-  std::vector<std::string> kinds;
-  std::vector<std::string> layouts;
-};
+/// All rules that need nothing but the configuration, and are the same for both forms.
+void ApplyRules(const Configuration& configuration, Findings& findings);
 
-/// The rules that both forms share. Each looks at one thing and tells what is wrong with it.
+// Each of them looks at one thing.
 void CheckLogging(const Configuration& configuration, Findings& findings);
 void CheckLevels(const Configuration& configuration, Findings& findings);
 void CheckSwitches(const Configuration& configuration, Findings& findings);
 void CheckHandlers(const Configuration& configuration, Findings& findings);
 void CheckTree(const Configuration& configuration, Findings& findings);
-void CheckClients(const Configuration& configuration, const OwnNames& own, Findings& findings);
+void CheckClients(const Configuration& configuration, Findings& findings);
 void CheckParameters(const Configuration& configuration, Findings& findings);
 void CheckFilesOfSeveralClients(const Configuration& configuration, Findings& findings);
 

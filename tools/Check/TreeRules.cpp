@@ -47,15 +47,17 @@ class Tree {
   std::map<std::string, std::set<std::string>> children_;
 };
 
-void CheckAttachment(const Configuration& configuration, const Attachment& attachment,
-                     Findings& findings) {
-  const std::string& child = attachment.child.text;
-  if (configuration.HasHandler(child)) return;
-  const std::string nearest = DidYouMean(child, configuration.HandlerNames());
-  findings.Error(attachment.child.line,
-                 "handler " + Quoted(child) + " does not exist, and is not attached to " +
-                     Quoted(attachment.parent),
-                 nearest.empty() ? "add it to the handlers" : nearest);
+/// In a document the reader looks for them, since it skips what is below them.
+void CheckChildren(const Configuration& configuration, Findings& findings) {
+  for (const Attachment& attachment : configuration.attachments) {
+    const std::string& child = attachment.child.text;
+    if (configuration.HasHandler(child)) continue;
+    const std::string nearest = DidYouMean(child, configuration.HandlerNames());
+    findings.Error(attachment.child.line,
+                   "handler " + Quoted(child) + " does not exist, and is not attached to " +
+                       Quoted(attachment.parent),
+                   nearest.empty() ? "add it to the handlers" : nearest);
+  }
 }
 
 /// An attachment that was made already does nothing.
@@ -146,9 +148,7 @@ void CheckHandlers(const Configuration& configuration, Findings& findings) {
 
 void CheckTree(const Configuration& configuration, Findings& findings) {
   const Tree tree(configuration);
-  for (const Attachment& attachment : configuration.attachments) {
-    CheckAttachment(configuration, attachment, findings);
-  }
+  if (configuration.form == ConfigurationForm::Ini) CheckChildren(configuration, findings);
   CheckRepeatedAttachments(configuration, findings);
   CheckCycles(configuration, tree, findings);
   CheckTwoWays(configuration, tree, findings);

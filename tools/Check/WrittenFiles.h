@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Check/Configuration.h"
+#include "Configuration/Configuration.h"
 
 namespace Loggerctl {
 

@@ -1,4 +1,4 @@
-#include "Check/IniLines.h"
+#include "Configuration/IniLines.h"
 
 #include <sstream>
 
@@ -51,17 +51,17 @@ class IniLine {
 
   void CheckLength() const {
     if (text_.size() <= kLongestPropertiesLine) return;
-    findings_.Error(number_,
-                    "the line has " + std::to_string(text_.size()) +
-                        " bytes and may have 511; the file cannot be read because of it",
-                    "shorten it");
+    findings_.Unusable(number_,
+                       "the line has " + std::to_string(text_.size()) +
+                           " bytes and may have 511; the file cannot be read because of it",
+                       "shorten it");
   }
 
   void CutAtZeroByte() {
     const std::size_t zero = text_.find('\0');
     if (zero == std::string::npos) return;
     if (text_.find('#') > zero) {
-      findings_.Error(number_, "a zero byte ends the line", "save the file as plain text");
+      findings_.Loss(number_, "a zero byte ends the line", "save the file as plain text");
     }
     text_.resize(zero);
   }
@@ -77,16 +77,16 @@ class IniLine {
     std::string text = Trimmed(text_);
     if (number_ == 1 && text.rfind(kByteOrderMark, 0) == 0) text.erase(0, 3);
     if (text.empty()) return;
-    findings_.Error(number_, "there is no '=' in the line, which is ignored",
-                    "write key = value, or # before a comment");
+    findings_.Loss(number_, "there is no '=' in the line, which is ignored",
+                   "write key = value, or # before a comment");
   }
 
   std::string KeyOf(const std::string& text) const {
     std::string key = Extracted(text);
     if (number_ != 1 || key.rfind(kByteOrderMark, 0) != 0) return key;
-    findings_.Error(number_,
-                    "the file begins with a byte order mark, which belongs to the first key",
-                    "save it without the mark");
+    findings_.Loss(number_,
+                   "the file begins with a byte order mark, which belongs to the first key",
+                   "save it without the mark");
     return key.substr(3);
   }
 

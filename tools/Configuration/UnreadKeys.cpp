@@ -1,4 +1,4 @@
-#include "Check/UnreadKeys.h"
+#include "Configuration/UnreadKeys.h"
 
 #include <algorithm>
 #include <optional>
@@ -47,8 +47,8 @@ class UnreadKeys {
   void Report(const Word& key) {
     const bool isExplained = ReportLevelName(key) || ReportOfHandler(key) || ReportOfClient(key);
     if (isExplained) return;
-    findings_.Error(key.line, "key " + Quoted(key.text) + " is read by nothing",
-                    DidYouMean(key.text, Candidates()));
+    findings_.Loss(key.line, "key " + Quoted(key.text) + " is read by nothing",
+                   DidYouMean(key.text, Candidates()));
   }
 
  private:
@@ -69,7 +69,7 @@ class UnreadKeys {
     for (const std::string& item : LevelItems()) keys.push_back("loglevel." + item + ".name");
     for (const std::string& handler : configuration_.HandlerNames()) {
       keys.push_back("loghandler." + handler + ".child");
-      for (const unsigned int level : configuration_.RegisteredLevels()) {
+      for (const unsigned int level : configuration_.LevelNumbers()) {
         keys.push_back("loghandler." + handler + ".level." + std::to_string(level));
       }
     }
@@ -85,7 +85,7 @@ class UnreadKeys {
     const auto item = Between(key.text, "loglevel.", ".name");
     if (!item) return false;
     const std::string same = SameNumber(*item);
-    findings_.Error(
+    findings_.Loss(
         key.line, "level " + Quoted(*item) + " is not in the list 'loglevel': its name is not read",
         same.empty() ? "add it to the list, or remove the line"
                      : "did you mean " + Quoted("loglevel." + same + ".name") + "?");
@@ -120,30 +120,30 @@ class UnreadKeys {
   void ReportUnlisted(int line, const std::string& what, const std::string& name,
                       const std::vector<std::string>& listed) {
     const std::string nearest = DidYouMean(name, listed);
-    findings_.Error(line,
-                    what + " " + Quoted(name) + " is not in the list " + Quoted("log" + what) +
-                        ": nothing about it is read",
-                    nearest.empty() ? "add it to the list, or remove its lines" : nearest);
+    findings_.Loss(line,
+                   what + " " + Quoted(name) + " is not in the list " + Quoted("log" + what) +
+                       ": nothing about it is read",
+                   nearest.empty() ? "add it to the list, or remove its lines" : nearest);
   }
 
   bool ReportOfListedHandler(const Word& key, const std::string& handler, const std::string& part) {
     const std::string prefix = "loghandler." + handler + ".";
     if (part == "child") {  // Of "default", which is set up without being listed.
-      findings_.Error(key.line,
-                      "handler " + Quoted(handler) +
-                          " is not in the list 'loghandler': its children are not attached",
-                      "add it to the list");
+      findings_.Loss(key.line,
+                     "handler " + Quoted(handler) +
+                         " is not in the list 'loghandler': its children are not attached",
+                     "add it to the list");
       return true;
     }
     const auto level = Between(part, "level.", "");
     if (!level) return false;
     const std::string meant = MeantLevel(*level);
-    findings_.Error(key.line,
-                    "level " + Quoted(*level) +
-                        " is not in the list 'loglevel': the switch is not "
-                        "read",
-                    meant.empty() ? "add it to the list, or remove the line"
-                                  : "did you mean " + Quoted(prefix + "level." + meant) + "?");
+    findings_.Loss(key.line,
+                   "level " + Quoted(*level) +
+                       " is not in the list 'loglevel': the switch is not "
+                       "read",
+                   meant.empty() ? "add it to the list, or remove the line"
+                                 : "did you mean " + Quoted(prefix + "level." + meant) + "?");
     return true;
   }
 
@@ -180,16 +180,16 @@ class UnreadKeys {
     const std::string last = dot == std::string::npos ? "" : numbered->substr(dot + 1);
     if (last != "name" && last != "value") {
       const std::string parameter = "logclient." + client + ".parameter." + number;
-      findings_.Error(key.line, "key " + Quoted(key.text) + " is read by nothing",
-                      DidYouMean(key.text, {parameter + ".name", parameter + ".value"}));
+      findings_.Loss(key.line, "key " + Quoted(key.text) + " is read by nothing",
+                     DidYouMean(key.text, {parameter + ".name", parameter + ".value"}));
       return true;
     }
     const bool isNew = told_.insert("logclient." + client + ".parameter." + number).second;
     if (!isNew) return true;
-    findings_.Error(key.line,
-                    "parameter " + Quoted(number) + " of client " + Quoted(client) +
-                        " is not read: parameters end where the next number from 0 is missing",
-                    "number the parameters 0, 1, 2, ... without a gap");
+    findings_.Loss(key.line,
+                   "parameter " + Quoted(number) + " of client " + Quoted(client) +
+                       " is not read: parameters end where the next number from 0 is missing",
+                   "number the parameters 0, 1, 2, ... without a gap");
     return true;
   }
 };

@@ -1,4 +1,4 @@
-#include "Check/XmlConfiguration.h"
+#include "Configuration/ReadXml.h"
 
 #include <libxml/SAX2.h>
 
@@ -8,9 +8,11 @@
 #include <set>
 #include <vector>
 
+#include "Configuration/LocalEntities.h"
 #include "Internal/XmlHandles.h"
 #include "KnownKeys.h"
 #include "LogConfiguratorXml.h"
+#include "Printable.h"
 #include "Wording.h"
 
 namespace Loggerctl {
@@ -73,9 +75,33 @@ int LineOf(const xmlNode* element) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(element->_private));
 }
 
-XmlDocument Parse(const std::string& content, Findings& findings) {
+/// Whether the document has parts that are not looked into.
+bool ReportForeign(const ParserNotes& notes, Findings& findings) {
+  if (notes.documentTypeLine > 0) {
+    findings.Unusable(notes.documentTypeLine,
+                      "a document type is refused: a configuration is data, and entities can read "
+                      "other files",
+                      "remove it, and write the values themselves");
+    return true;
+  }
+  const std::string& refused = LocalEntities::RefusedUrl();
+  if (refused.empty()) return false;
+  findings.Unusable(0, "names " + Printable(refused) + ", and nothing is fetched from the network");
+  return true;
+}
+
+/// Reads as the library does, entities included.
+XmlDocument ReadDocument(const XmlParser& parser, const std::string& content,
+                         const std::string& fileName) {
+  return XmlDocument(xmlCtxtReadMemory(parser.get(), content.data(),
+                                       static_cast<int>(content.size()), fileName.c_str(), nullptr,
+                                       XML_PARSE_NOENT | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+}
+
+XmlDocument Parse(const std::string& content, const std::string& fileName,
+                  DocumentType documentType, Findings& findings) {
   if (content.size() > std::numeric_limits<int>::max()) {
-    findings.Error(0, "the document is too large");
+    findings.Unusable(0, "the document is too large");
     return nullptr;
   }
   const XmlParser parser(xmlNewParserCtxt());
@@ -84,20 +110,13 @@ XmlDocument Parse(const std::string& content, Findings& findings) {
   parser->_private = &notes;
   parser->sax->serror = NoteError;
   parser->sax->startElementNs = NoteLine;
-  parser->sax->internalSubset = StopAtDocumentType;
-  XmlDocument document(
-      xmlCtxtReadMemory(parser.get(), content.data(), static_cast<int>(content.size()), nullptr,
-                        nullptr, XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NONET));
-  if (notes.documentTypeLine > 0) {
-    findings.Error(notes.documentTypeLine,
-                   "a document type is refused: a configuration is data, and entities can read "
-                   "other files",
-                   "remove it, and write the values themselves");
-    return nullptr;
-  }
+  if (documentType == DocumentType::Refused) parser->sax->internalSubset = StopAtDocumentType;
+  const LocalEntities localEntities;
+  XmlDocument document = ReadDocument(parser, content, fileName);
+  if (ReportForeign(notes, findings)) return nullptr;
   if (document == nullptr) {
-    findings.Error(notes.errorLine,
-                   notes.error + ": this is no document, and nothing is configured");
+    findings.Unusable(notes.errorLine,
+                      notes.error + ": this is no document, and nothing is configured");
   }
   return document;
 }
@@ -155,7 +174,7 @@ void CollectMessage(void* context, xmlError* error) {
   messages.wasFacet = isFacet;
   messages.lastLine = line;
   if (isRepetition) return;
-  messages.findings.Error(line, message, SuggestionFor(message));
+  messages.findings.Unusable(line, message, SuggestionFor(message));
 }
 
 /// Whether the document is valid. Each message of the schema is an error with its line.
@@ -198,23 +217,24 @@ Word ChildAttribute(const xmlNode* element, const char* child, const char* name)
 
 class XmlReader {
  public:
-  XmlReader(const xmlNode* root, Findings& findings) : root_(root), findings_(findings) {}
+  XmlReader(const xmlNode* root, const OwnNames& own, Findings& findings)
+      : root_(root), findings_(findings) {
+    configuration_.form = ConfigurationForm::Xml;
+    configuration_.own = own;
+  }
 
   Configuration Read() {
-    configuration_.form = Configuration::Form::Xml;
     configuration_.logging = ChildAttribute(root_, "logging", "enable");
     for (const xmlNode* const level : ChildrenOf(root_, "loglevel")) {
       configuration_.levels.push_back({Attribute(level, "id"), Attribute(level, "name")});
     }
     for (const xmlNode* const handler : ChildrenOf(root_, "loghandler")) ReadHandler(handler);
     for (const xmlNode* const ignored : ChildrenOf(root_, "defaultloghandler")) {
-      findings_.Error(LineOf(ignored), "'defaultloghandler' has no effect",
-                      "write <loghandler name=\"default\"> with the switches in it");
+      findings_.Loss(LineOf(ignored), "'defaultloghandler' has no effect",
+                     "write <loghandler name=\"default\"> with the switches in it");
     }
     for (const xmlNode* const client : ChildrenOf(root_, "logclient")) ReadClient(client);
-    for (const xmlNode* const tree : ChildrenOf(root_, "logtree")) {
-      for (const xmlNode* const top : ChildrenOf(tree, "loghandler")) ReadTop(top);
-    }
+    for (const xmlNode* const tree : ChildrenOf(root_, "logtree")) ReadBranch(tree, "");
     return std::move(configuration_);
   }
 
@@ -231,16 +251,15 @@ class XmlReader {
           {name.text, Attribute(one, "level"), Attribute(one, "enable")});
     }
     for (const xmlNode* const nested : ChildrenOf(element, "loghandler")) {
-      findings_.Error(LineOf(nested),
-                      "handler " + Quoted(Attribute(nested, "name").text) +
-                          " is ignored here: handlers are nested within 'logtree' only",
-                      "make it beside this one, and nest it in 'logtree'");
+      findings_.Loss(LineOf(nested),
+                     "handler " + Quoted(Attribute(nested, "name").text) +
+                         " is ignored here: handlers are nested within 'logtree' only",
+                     "make it beside this one, and nest it in 'logtree'");
     }
   }
 
   void ReadClient(const xmlNode* element) {
     Client client;
-    client.title = "the client";
     client.line = LineOf(element);
     client.type = ChildAttribute(element, "type", "type");
     client.handler = ChildAttribute(element, "clientloghandler", "handlername");
@@ -251,56 +270,52 @@ class XmlReader {
     configuration_.clients.push_back(client);
   }
 
-  void ReadTop(const xmlNode* element) {
-    const Word name = Attribute(element, "name");
-    CheckNoSwitches(element);
-    if (configuration_.HasHandler(name.text)) return ReadChildren(element, name.text);
-    ReportUnknown(name);
-  }
-
+  /// The tops of the tree have no parent.
   // NOLINTNEXTLINE(misc-no-recursion): libxml2 takes no document that is more than 256 deep.
-  void ReadChildren(const xmlNode* element, const std::string& parent) {
+  void ReadBranch(const xmlNode* element, const std::string& parent) {
     for (const xmlNode* const child : ChildrenOf(element, "loghandler")) {
       const Word name = Attribute(child, "name");
       CheckNoSwitches(child);
+      if (!parent.empty()) configuration_.attachments.push_back({parent, name});
       if (configuration_.HasHandler(name.text)) {
-        configuration_.attachments.push_back({parent, name});
-        ReadChildren(child, name.text);
+        ReadBranch(child, name.text);
       } else {
-        ReportUnknown(name);
+        const bool isWithoutEffect = parent.empty() || !ChildrenOf(child, "loghandler").empty();
+        ReportUnknown(name, isWithoutEffect ? Severity::Loss : Severity::Error);
       }
     }
   }
 
-  void ReportUnknown(const Word& handler) {
+  void ReportUnknown(const Word& handler, Severity severity) {
     const std::string nearest = DidYouMean(handler.text, configuration_.HandlerNames());
-    findings_.Error(handler.line,
-                    "handler " + Quoted(handler.text) +
-                        " does not exist, and is left out of the tree with all below it",
-                    nearest.empty() ? "make it with a 'loghandler' before the clients" : nearest);
+    findings_.Add({handler.line, severity,
+                   "handler " + Quoted(handler.text) +
+                       " does not exist, and is left out of the tree with all below it",
+                   nearest.empty() ? "make it with a 'loghandler' before the clients" : nearest});
   }
 
   void CheckNoSwitches(const xmlNode* element) {
     for (const xmlNode* const one : ChildrenOf(element, "handlerloglevel")) {
-      findings_.Error(LineOf(one), "'handlerloglevel' is ignored within 'logtree'",
-                      "write it where the handler is made");
+      findings_.Loss(LineOf(one), "'handlerloglevel' is ignored within 'logtree'",
+                     "write it where the handler is made");
     }
   }
 };
 
 }  // namespace
 
-std::optional<Configuration> ReadXmlConfiguration(const std::string& content, Findings& findings) {
-  const XmlDocument document = Parse(content, findings);
+std::optional<Configuration> ReadXml(const std::string& content, const std::string& fileName,
+                                     const ReadOptions& options, Findings& findings) {
+  const XmlDocument document = Parse(content, fileName, options.documentType, findings);
   if (document == nullptr || !IsValid(document.get(), findings)) return std::nullopt;
   const xmlNode* const root = xmlDocGetRootElement(document.get());
   if (xmlStrEqual(root->name, XmlChars("configlogger")) == 0) {
-    findings.Error(LineOf(root),
-                   "the document is a " + Quoted(Chars(root->name)) + ": nothing is configured",
-                   "put it into 'configlogger'");
+    findings.Unusable(LineOf(root),
+                      "the document is a " + Quoted(Chars(root->name)) + ": nothing is configured",
+                      "put it into 'configlogger'");
     return std::nullopt;
   }
-  return XmlReader(root, findings).Read();
+  return XmlReader(root, options.own, findings).Read();
 }
 
 }  // namespace Loggerctl

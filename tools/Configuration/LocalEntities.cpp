@@ -1,9 +1,6 @@
-#include "LocalEntities.h"
+#include "Configuration/LocalEntities.h"
 
 #include <libxml/parser.h>
-
-#include "Printable.h"
-#include "UsageError.h"
 
 namespace Loggerctl {
 
@@ -30,10 +27,6 @@ LocalEntities::LocalEntities() {
 
 LocalEntities::~LocalEntities() { xmlSetExternalEntityLoader(formerLoader); }
 
-void LocalEntities::RequireComplete(const std::string& fileName) {
-  if (refusedUrl.empty()) return;
-  throw UsageError(fileName + ": names " + Printable(refusedUrl) +
-                   ", and nothing is fetched from the network");
-}
+const std::string& LocalEntities::RefusedUrl() { return refusedUrl; }
 
 }  // namespace Loggerctl

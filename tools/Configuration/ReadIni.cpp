@@ -1,10 +1,11 @@
-#include "Check/IniConfiguration.h"
+#include "Configuration/ReadIni.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
 
-#include "Check/UnreadKeys.h"
+#include "Configuration/IniLines.h"
+#include "Configuration/UnreadKeys.h"
 #include "Internal/SplitList.h"
 #include "KnownKeys.h"
 #include "Wording.h"
@@ -23,7 +24,9 @@ bool Contains(const std::vector<Word>& words, const std::string& text) {
 /// Asks for keys in the way the library does, and knows in the end which ones nothing asked for.
 class IniReader {
  public:
-  IniReader(const std::vector<IniEntry>& entries, Findings& findings) : findings_(findings) {
+  IniReader(const std::vector<IniEntry>& entries, const OwnNames& own, Findings& findings)
+      : findings_(findings) {
+    configuration_.own = own;
     for (const IniEntry& entry : entries) Store(entry);
   }
 
@@ -46,10 +49,10 @@ class IniReader {
   void Store(const IniEntry& entry) {
     const auto [stored, isNew] = values_.insert({entry.key, {entry.value, entry.line}});
     if (isNew) return;
-    findings_.Error(entry.line,
-                    "key " + Quoted(entry.key) + " is given again, and replaces line " +
-                        std::to_string(stored->second.line),
-                    "remove one of the two lines");
+    findings_.Loss(entry.line,
+                   "key " + Quoted(entry.key) + " is given again, and replaces line " +
+                       std::to_string(stored->second.line),
+                   "remove one of the two lines");
     stored->second = {entry.value, entry.line};
   }
 
@@ -71,10 +74,9 @@ class IniReader {
   Word Value(const std::string& key) {
     Word value = Plain(key);
     if (value.line > 0 && !value.IsGiven()) {
-      findings_.Error(
-          value.line,
-          "key " + Quoted(key) + " has no value, which is as if the line were not there",
-          "give it a value, or remove the line");
+      findings_.Loss(value.line,
+                     "key " + Quoted(key) + " has no value, which is as if the line were not there",
+                     "give it a value, or remove the line");
     }
     return value;
   }
@@ -93,11 +95,11 @@ class IniReader {
       items.push_back({item, value.line});
     }
     if (hasEmptyItem) {
-      findings_.Error(value.line,
-                      "two blanks in a row, or one at an end of the list, make an item without a "
-                      "name in " +
-                          Quoted(key),
-                      "separate the items by single blanks");
+      findings_.Loss(value.line,
+                     "two blanks in a row, or one at an end of the list, make an item without a "
+                     "name in " +
+                         Quoted(key),
+                     "separate the items by single blanks");
     }
     return items;
   }
@@ -130,12 +132,12 @@ class IniReader {
   }
 
   void ReadSwitches(const std::string& handler) {
-    for (const unsigned int level : configuration_.RegisteredLevels()) {
-      const std::string number = std::to_string(level);
-      std::string key = "loghandler.";
-      key.append(handler).append(".level.").append(number);
+    for (const unsigned int level : configuration_.LevelNumbers()) {
+      const std::string key = "loghandler." + handler + ".level." + std::to_string(level);
       const Word enable = Value(key);
       if (!enable.IsGiven()) continue;
+      // As a number that is read as this level: those that have no sign end at 2147483647.
+      const std::string number = std::to_string(static_cast<int>(level));
       configuration_.switches.push_back({handler, {number, enable.line}, enable});
     }
   }
@@ -151,11 +153,11 @@ class IniReader {
       const bool isNew =
           std::find(clientNames_.begin(), clientNames_.end(), client.text) == clientNames_.end();
       if (!isNew) {
-        findings_.Error(client.line,
-                        "client " + Quoted(client.text) +
-                            " is listed twice: two are made, and events are written "
-                            "twice",
-                        "list it once");
+        findings_.Loss(client.line,
+                       "client " + Quoted(client.text) +
+                           " is listed twice: two are made, and events are written "
+                           "twice",
+                       "list it once");
         continue;
       }
       clientNames_.push_back(client.text);
@@ -166,7 +168,7 @@ class IniReader {
   void ReadClient(const Word& name) {
     const std::string prefix = "logclient." + name.text;
     Client client;
-    client.title = "client " + Quoted(name.text);
+    client.name = name.text;
     client.type = Value(prefix + ".type");
     client.line = client.type.line > 0 ? client.type.line : name.line;
     client.handler = Value(prefix + ".handler");
@@ -193,17 +195,18 @@ class IniReader {
     if (line == 0) return;
     const bool lacksName = !parameter.name.IsGiven();
     const Word& missing = lacksName ? parameter.name : parameter.value;
-    findings_.Error(missing.line > 0 ? missing.line : line,
-                    Quoted(key) + " has no " + (lacksName ? "name" : "value") +
-                        ", and so ends the parameters and is left out",
-                    "give both " + Quoted(key + ".name") + " and " + Quoted(key + ".value"));
+    findings_.Loss(missing.line > 0 ? missing.line : line,
+                   Quoted(key) + " has no " + (lacksName ? "name" : "value") +
+                       ", and so ends the parameters and is left out",
+                   "give both " + Quoted(key + ".name") + " and " + Quoted(key + ".value"));
   }
 };
 
 }  // namespace
 
-Configuration ReadIniConfiguration(const std::vector<IniEntry>& entries, Findings& findings) {
-  return IniReader(entries, findings).Read();
+std::optional<Configuration> ReadIni(const std::string& content, const ReadOptions& options,
+                                     Findings& findings) {
+  return IniReader(ReadIniLines(content, findings), options.own, findings).Read();
 }
 
 }  // namespace Loggerctl

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Check/Configuration.h"
-#include "Check/Finding.h"
+#include "Configuration/Configuration.h"
+#include "Configuration/Findings.h"
 
 namespace Loggerctl {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Check/Finding.h"
+#include "Configuration/Findings.h"
 
 namespace Loggerctl {
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "Configuration/Configuration.h"
+#include "Configuration/Findings.h"
+
+namespace Loggerctl {
+
+/// The configuration as a properties file, with its clients named by numbers. What such a file
+/// cannot say is left out, and is a loss among the findings.
+std::string WriteIni(const Configuration& configuration, Findings& findings);
+
+}  // namespace Loggerctl
