@@ -65,7 +65,7 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
   void SetForkListener(LogForkListener* listener);
 
   LogLayout* layout_;  ///< Owned; may be null.
-  bool initialized_;   ///< What IsInitialize() tells; set by the kinds derived from this one.
+  bool initialized_;   ///< What IsInitialize() returns; set by the derived kinds.
 
  private:
   friend class Logger::Internal::ForkGuard;

@@ -16,7 +16,7 @@ struct _xmlNode;
 /// client or handler) is left out without a word. Nothing already set up is undone when a later
 /// step fails. What was made belongs to the log manager and outlives the configurator. Every step
 /// is false before a file was opened. libxml2 reports why a document is not valid on standard
-/// error, or wherever the application told it to. One thread at a time uses a configurator.
+/// error, or wherever the application directed it. One thread at a time uses a configurator.
 class LOGGER_EXPORT LogConfiguratorXml {
  public:
   LogConfiguratorXml();
@@ -41,7 +41,8 @@ class LOGGER_EXPORT LogConfiguratorXml {
   bool SetLogClient();   ///< Makes and attaches the clients of the "logclient" elements.
   bool BuildLogTree();   ///< Attaches handlers to each other as "logtree" shows.
 
-  /// Attaches the handlers of the element's "loghandler" children to `parent`, and theirs to them.
+  /// Attaches the handlers of the element's "loghandler" children to `parent`, and their children
+  /// to them.
   /// `node` is a libxml2 element. False when a child has no name.
   bool AddSubHandler(void* node, LogHandler* parent);
   /// Reads an attribute of a libxml2 element. False, with `value` untouched, when the element does

@@ -22,8 +22,8 @@ class LOGGER_EXPORT LogEvent {
   LogEvent(unsigned int level, logstring message, logstring handlerName, logstring fileName,
            int line, timeval time, int threadId);
   /// Reads a complete record, as GetLogStream() writes it, from `record`, which stays the caller's.
-  /// The record is trusted: its mark is not looked at, and lengths that are not true lead the
-  /// reading out of it. A length of 0 or less stands for an empty text.
+  /// The record is trusted: its mark is ignored, and wrong lengths make the constructor read past
+  /// its end. A length of 0 or less stands for an empty text.
   explicit LogEvent(char* record);
   LogEvent(const LogEvent& other);             ///< Assigns `other`.
   LogEvent& operator=(const LogEvent& other);  ///< Assigns `other`.
@@ -40,8 +40,8 @@ class LOGGER_EXPORT LogEvent {
   logstring GetLogHandlerName() const;
   /// The source file as the caller gave it.
   logstring GetFullFileName() const;
-  /// What follows the last backslash of the full name. Only a backslash separates, on purpose: a
-  /// name with forward slashes comes whole.
+  /// The part of the full name after its last backslash. Only a backslash separates, on purpose: a
+  /// name with forward slashes is returned whole.
   logstring GetFileName() const;
   int GetLine() const;  ///< The source line; 0 when it is not known.
 
@@ -50,7 +50,7 @@ class LOGGER_EXPORT LogEvent {
   /// when the clock's present second is over. Like every text of the time it follows the process's
   /// time zone, and is empty for a year that has no room in it.
   logstring GetDateTime() const;
-  /// GetDateTime() with the microseconds, which stand also behind an empty text:
+  /// GetDateTime() with the microseconds, which follow an empty text as well:
   /// 2004-03-01T13:05:09.000042.
   logstring GetDateTimeUsec() const;
   logstring GetDate() const;  ///< The local date as 2004-03-01.

@@ -40,8 +40,8 @@ class LivingHandlers;
 /// with a cycle is not supported; an event that comes round to a handler which is just passing it
 /// on stops there.
 ///
-/// A log call leaves errno as it was, and its format's %m tells the caller's. Nothing is thrown but
-/// what memory exhaustion, a layout or client of the application's own, or the thread's
+/// A log call leaves errno as it was, and %m in its format stands for the caller's. Nothing is
+/// thrown but what memory exhaustion, a layout or client of the application's own, or the thread's
 /// cancellation throws.
 class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities::MutexWrapper {
  public:
@@ -84,7 +84,7 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
     return level >= kLevelsInWord || (rejectedLevels_.load() >> level & 1) == 0;
   }
 
-  /// Attaches a receiver behind the others. False when it is attached already. The receiver must
+  /// Attaches a receiver after the others. False when it is attached already. The receiver must
   /// not be null: the process ends. It stays the caller's and must outlive the attachment.
   bool AddLogClient(LogHandlerClient* logClient);
   /// Detaches a receiver, which is not deleted; one that is not attached is ignored. It must not be

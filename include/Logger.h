@@ -25,23 +25,24 @@ class ProcessManager;
 /// Owns what the process shares: the handlers, the live clients, the levels and the two factories.
 ///
 /// There is one per process, made while the library is loaded: GetLogManager(). It ends the logging
-/// at process exit, or when the library is unloaded: every handler rejects every level from then
-/// on, and all clients are deleted, which closes their files. What the application logs before that
-/// moment, also from atexit handlers and static destructors, is written; whoever logs later, such
-/// as a thread that goes on while the process exits, finds the handlers still there, and gets
-/// false. Unloading deletes them too.
+/// at process exit, or when the library is unloaded. First it deletes the clients, one by one,
+/// which closes their files; handlers and levels still work meanwhile, so a client's destructor can
+/// log through the clients that are left. Then every handler rejects every level. What the
+/// application logs before that moment, also from atexit handlers and static destructors, is
+/// written. A thread that goes on logging while the process exits finds the handlers still there,
+/// and gets false. Unloading deletes the handlers too.
 ///
-/// A manager that an application makes besides has handlers and registries of its own; its handlers
-/// must not be deleted while it lives, and follow the levels of the process's manager.
+/// A manager that an application makes beside it has handlers and registries of its own; its
+/// handlers must not be deleted while it lives, and follow the levels of the process's manager.
 ///
 /// Any thread may look handlers up, make them, and delete others at any time. The manager never
 /// holds its lock while it takes a handler's.
 class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
  public:
   LogManager();
-  /// Deletes the clients, then the handlers, then the rest. The process's own makes every handler
-  /// reject every level first; when a thread is stuck in a client for more than a second, all of it
-  /// is left as it is.
+  /// Deletes the clients, then the handlers, then the rest. A thread that stays in a client for
+  /// more than a second keeps the clients of its handlers from being deleted; handlers and
+  /// registries then stay as well.
   virtual ~LogManager();
 
   /// Makes a new handler "default" and new, empty registries in place of the present ones, which
@@ -91,7 +92,7 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   LogHandler* Find(const logstring& name) const;
   LogHandler* Make(const logstring& name);
   void Forget(LogHandler* lh);
-  std::shared_ptr<HandlerEntry> FirstBehind(unsigned long number) const;
+  std::shared_ptr<HandlerEntry> FirstAfter(unsigned long number) const;
   template <typename Visit>
   void VisitHandlers(Visit visit);
   void KeepAbandoned();

@@ -32,7 +32,8 @@ bool IsValid(xmlDoc* document, const logstring& schemaText) {
   return validator != nullptr && xmlSchemaValidateDoc(validator.get(), document) == 0;
 }
 
-/// The first element of this name among the node and those behind it; null when there is none.
+/// The first element of this name among the node and its following siblings; null when there is
+/// none.
 xmlNode* FirstNamed(const char* name, xmlNode* node) {
   while (node != nullptr &&
          (node->type != XML_ELEMENT_NODE || xmlStrEqual(node->name, XmlChars(name)) == 0)) {

@@ -97,7 +97,7 @@ bool Read(RecordReader reader, LogEvent& event) {
   constexpr long long kLevel = kRecordMarkSize;
   const int level = reader.Integer(kLevel);
   long long place = kLevel + kInteger;
-  // The places behind a text follow from its length as it stands, negative or not.
+  // The offsets after a text follow from its length as it was read, negative or not.
   const auto nextText = [&] {
     const int length = reader.Integer(place);
     const std::string_view text = reader.Text(place + kInteger, length);

@@ -66,7 +66,7 @@ logstring LogEvent::GetLogHandlerName() const { return handlerName_; }
 logstring LogEvent::GetFullFileName() const { return fileName_; }
 
 logstring LogEvent::GetFileName() const {
-  // Without a backslash the position is the largest there is, and the one behind it is 0.
+  // Without a backslash the position is the largest there is, and the one after it is 0.
   return fileName_.substr(fileName_.find_last_of('\\') + 1);
 }
 

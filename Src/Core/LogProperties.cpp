@@ -60,7 +60,7 @@ bool LogProperties::Load(std::istream& in) {
     in.getline(line, kLineSize);
     StoreLine(line);
     if (in.eof()) return !in.bad();
-    // Not at the end, and yet failed: a read error, or a line that did not fit, behind which every
+    // Not at the end, and yet failed: a read error, or a line that did not fit, after which every
     // further read would fail as well.
     if (in.fail()) return false;
   }

@@ -2,8 +2,8 @@
 
 namespace Logger::Internal {
 
-/// What a report of a broken contract says. The words and the line are promises to those who search
-/// for them: they do not follow the code about.
+/// The text of the report of a broken contract. Its words and its line number are promised: they
+/// stay when the code moves.
 struct Contract {
   const char* expression;
   const char* file;

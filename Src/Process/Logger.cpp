@@ -47,9 +47,10 @@ bool Retry(RetryBudget& budget, Attempt attempt) {
 
 }  // namespace
 
-/// A handler in the manager's list. Who visits the handler without the manager's lock holds the
-/// entry's shared; the handler's end takes it alone, and so waits for the visitors that are there.
-/// Visitors never wait for each other: one may be inside a handler's lock that another waits for.
+/// A handler in the manager's list. A thread that visits the handler without the manager's lock
+/// holds the entry's lock shared; the handler's destructor takes it exclusively, and so waits for
+/// present visitors. Visitors never wait for each other: one may hold a handler's lock that another
+/// needs.
 struct LogManager::HandlerEntry {
   HandlerEntry(LogHandler* itsHandler, unsigned long itsNumber)
       : handler(itsHandler), number(itsNumber) {}
@@ -83,7 +84,7 @@ LogManager::LogManager()
 LogManager::~LogManager() {
   if (!EndLogging()) return;
 
-  // Off the list first: a handler's destructor tells the process's manager only, whichever made it.
+  // Off the list first: a handler's destructor calls the process's manager, whichever made it.
   HandlerEntries entries;
   {
     const ThreadGuard guard(GetMutex());
@@ -174,14 +175,14 @@ void LogManager::RemoveLogHandler(LogHandler* lh) {
 template <typename Visit>
 void LogManager::VisitHandlers(Visit visit) {
   unsigned long visited = 0;
-  while (const std::shared_ptr<HandlerEntry> entry = FirstBehind(visited)) {
+  while (const std::shared_ptr<HandlerEntry> entry = FirstAfter(visited)) {
     const std::shared_lock<std::shared_mutex> visiting(entry->visitors);
     if (entry->handler != nullptr) visit(*entry->handler);
     visited = entry->number;
   }
 }
 
-/// Takes the handler off the list, and waits for those who are just visiting it.
+/// Takes the handler off the list, and waits for threads that are visiting it.
 void LogManager::Forget(LogHandler* lh) {
   std::shared_ptr<HandlerEntry> forgotten;
   {
@@ -196,7 +197,7 @@ void LogManager::Forget(LogHandler* lh) {
   forgotten->handler = nullptr;
 }
 
-std::shared_ptr<LogManager::HandlerEntry> LogManager::FirstBehind(unsigned long number) const {
+std::shared_ptr<LogManager::HandlerEntry> LogManager::FirstAfter(unsigned long number) const {
   const ThreadGuard guard(GetMutex());
   const auto found =
       std::upper_bound(handlers_.begin(), handlers_.end(), number,

@@ -1,4 +1,4 @@
-#include "Core/LivingHandlers.h"
+#include "Core/ProcessLevels.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ void ReplaceRegistries() {
   Logger::GetLogHandler("new");
 }
 
-TEST(LivingHandlersTest, TakeALevelThatIsRegisteredAfterTheyWereMade) {
+TEST(ProcessLevelsTest, ReachHandlersThatWereMadeBefore) {
   LogHandler* const ofManager = Logger::GetLogHandler("managed");
   LogHandler own("own");
 
@@ -43,7 +43,7 @@ TEST(LivingHandlersTest, TakeALevelThatIsRegisteredAfterTheyWereMade) {
   }
 }
 
-TEST(LivingHandlersTest, StayInactiveWhenALevelIsRegistered) {
+TEST(ProcessLevelsTest, LeaveAnInactiveHandlerInactive) {
   LogHandler handler("own");
   handler.SetLogHandlerActive(false);
 
@@ -54,7 +54,7 @@ TEST(LivingHandlersTest, StayInactiveWhenALevelIsRegistered) {
   EXPECT_TRUE(handler.HandleLogEvent(5));
 }
 
-TEST(LivingHandlersTest, KeepTheirOwnSwitchesWhenALevelIsRegistered) {
+TEST(ProcessLevelsTest, LeaveSwitchesAsTheyAre) {
   Register(5);
   LogHandler handler("own");
   handler.SetLogLevel(5, false);
@@ -65,7 +65,7 @@ TEST(LivingHandlersTest, KeepTheirOwnSwitchesWhenALevelIsRegistered) {
   EXPECT_TRUE(handler.HandleLogEvent(6));
 }
 
-TEST(LivingHandlersTest, FollowTheRegistryAfterOthersHaveEnded) {
+TEST(ProcessLevelsTest, ReachTheHandlersThatAreLeft) {
   auto first = std::make_unique<LogHandler>("first");
   LogHandler second("second");
   auto third = std::make_unique<LogHandler>("third");
@@ -80,7 +80,7 @@ TEST(LivingHandlersTest, FollowTheRegistryAfterOthersHaveEnded) {
   EXPECT_TRUE(Logger::GetDefaultLogHandler()->HandleLogEvent(5));
 }
 
-TEST(LivingHandlersTest, TakeNoLevelOfAnotherRegistry) {
+TEST(ProcessLevelsTest, IgnoreAnotherRegistry) {
   LogHandler handler("own");
   LogLevelManager otherRegistry;
 
@@ -92,7 +92,7 @@ TEST(LivingHandlersTest, TakeNoLevelOfAnotherRegistry) {
   EXPECT_FALSE(LogHandler("later").HandleLogEvent(5));
 }
 
-TEST(LivingHandlersTest, TakeNoLevelOfAnotherManager) {
+TEST(ProcessLevelsTest, IgnoreAnotherManager) {
   Register(6);
   LogHandler handler("own");
   {
@@ -108,7 +108,7 @@ TEST(LivingHandlersTest, TakeNoLevelOfAnotherManager) {
   EXPECT_TRUE(handler.HandleLogEvent(6));
 }
 
-TEST(LivingHandlersTest, TakeNoLevelAnyMoreThatANewRegistryDoesNotHave) {
+TEST(ProcessLevelsTest, AreGoneWithTheirRegistry) {
   Register(5);
   Register(64);
   RecordingClient client;
@@ -129,7 +129,7 @@ TEST(LivingHandlersTest, TakeNoLevelAnyMoreThatANewRegistryDoesNotHave) {
   EXPECT_TRUE(client.Events().empty());
 }
 
-TEST(LivingHandlersTest, TakeTheLevelsOfANewRegistry) {
+TEST(ProcessLevelsTest, FollowANewRegistry) {
   LogHandler own("own");
 
   ReplaceRegistries();
@@ -142,7 +142,7 @@ TEST(LivingHandlersTest, TakeTheLevelsOfANewRegistry) {
   EXPECT_TRUE(Logger::GetDefaultLogHandler()->HandleLogEvent(64));
 }
 
-TEST(LivingHandlersTest, KeepTheirOwnSwitchesUnderANewRegistry) {
+TEST(ProcessLevelsTest, LeaveSwitchesAsTheyAreUnderANewRegistry) {
   Register(5);
   Register(64);
   LogHandler own("own");
@@ -162,7 +162,7 @@ TEST(LivingHandlersTest, KeepTheirOwnSwitchesUnderANewRegistry) {
   EXPECT_TRUE(own.HandleLogEvent(64));
 }
 
-TEST(LivingHandlersTest, TakeNoLevelOfARegistryThatWasReplaced) {
+TEST(ProcessLevelsTest, IgnoreARegistryThatWasReplaced) {
   LogLevelManager* const former = Logger::GetLogLevelManager();
   LogHandler own("own");
 
@@ -174,7 +174,7 @@ TEST(LivingHandlersTest, TakeNoLevelOfARegistryThatWasReplaced) {
   EXPECT_FALSE(own.HandleLogEvent(64));
 }
 
-TEST(LivingHandlersTest, FollowTheRegistryWhileHandlersComeAndGo) {
+TEST(ProcessLevelsTest, ReachHandlersThatComeAndGo) {
   constexpr unsigned int kLevels = 64;
   LogHandler kept("kept");
 
@@ -200,9 +200,9 @@ TEST(LivingHandlersTest, FollowTheRegistryWhileHandlersComeAndGo) {
   }
 }
 
-TEST(LivingHandlersTest, AcceptALevelAsSoonAsItCanBeSeen) {
+TEST(ProcessLevelsTest, AreAcceptedAsSoonAsTheyCanBeSeen) {
   constexpr unsigned int kLevels = 64;
-  std::vector<std::unique_ptr<LogHandler>> many;  // So that telling them all takes a while.
+  std::vector<std::unique_ptr<LogHandler>> many;  // So that an update takes a while.
   for (int i = 0; i < 50; ++i) many.push_back(std::make_unique<LogHandler>("one of many"));
   LogHandler handler("watched");
   std::atomic<int> refused{0};
@@ -222,7 +222,7 @@ TEST(LivingHandlersTest, AcceptALevelAsSoonAsItCanBeSeen) {
   EXPECT_EQ(0, refused);
 }
 
-TEST(LivingHandlersTest, AcceptALevelForEveryThreadThatRegisteredIt) {
+TEST(ProcessLevelsTest, AreAcceptedForEveryThreadThatRegisteredThem) {
   constexpr unsigned int kLevels = 64;
   std::vector<std::unique_ptr<LogHandler>> many;
   for (int i = 0; i < 50; ++i) many.push_back(std::make_unique<LogHandler>("one of many"));
@@ -238,7 +238,7 @@ TEST(LivingHandlersTest, AcceptALevelForEveryThreadThatRegisteredIt) {
   EXPECT_EQ(0, refused);
 }
 
-TEST(LivingHandlersTest, AcceptALevelAsSoonAsTheHandlerIsSeenToBeActive) {
+TEST(ProcessLevelsTest, AreAcceptedAsSoonAsTheHandlerIsSeenToBeActive) {
   constexpr int kRounds = 2000;
   Logger::GetLogLevelManager()->AddLogLevel(1, "x");
   LogHandler handler("switched");
