@@ -30,7 +30,7 @@ constexpr int kMinute = 60000;
 /// What the kernel knows about a thread of this process.
 std::string TaskFolder(pid_t tid) { return "/proc/self/task/" + std::to_string(tid); }
 
-/// A thread's work: it tells that it runs, waits to be released, and tells that it is over.
+/// A thread's work: it says that it runs, waits to be released, and says that it is over.
 struct Work {
   std::promise<pid_t> running;
   std::promise<void> release;
@@ -54,70 +54,57 @@ void* Increment(void* argument) {
   return nullptr;
 }
 
+/// A wrapper whose thread waits until it is released.
+struct WaitingThread {
+  ThreadWrapper thread;
+  std::shared_ptr<Work> work = std::make_shared<Work>();
+
+  explicit WaitingThread(bool isDetached = false) {
+    EXPECT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, isDetached));
+  }
+};
+
+/// The signals that are blocked in the calling thread.
+std::set<int> BlockedSignals() {
+  sigset_t mask;
+  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  std::set<int> blocked;
+  for (int signal = 1; signal < SIGRTMAX; ++signal) {
+    if (sigismember(&mask, signal) == 1) blocked.insert(signal);
+  }
+  return blocked;
+}
+
 void WaitUntilGone(pid_t tid) {
   while (Exists(TaskFolder(tid))) std::this_thread::yield();
 }
 
-TEST(ThreadWrapperTest, RunsItsFunctionWithItsArgument) {
+TEST(ThreadWrapperTest, RunsItsFunctionWithItsArgumentEachTimeItIsStarted) {
   ThreadWrapper thread;
   int count = 41;
-
-  EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-
-  EXPECT_EQ(42, count);
-}
-
-TEST(ThreadWrapperTest, RunsItsFunctionOnAnotherThread) {
-  ThreadWrapper thread;
-  const auto work = std::make_shared<Work>();
-
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-
-  EXPECT_NE(gettid(), work->running.get_future().get());
-  work->release.set_value();
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-}
-
-TEST(ThreadWrapperTest, HasNothingToFinishWhenNew) {
-  ThreadWrapper thread;
-
   EXPECT_EQ(0, thread.FinishThread(kForEver));
   EXPECT_EQ(0, thread.FinishThread(0));
+
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+    EXPECT_EQ(0, thread.FinishThread(kForEver));
+    EXPECT_EQ(0, thread.FinishThread(kForEver));
+  }
+
+  EXPECT_EQ(44, count);
 }
 
-TEST(ThreadWrapperTest, HasNothingToFinishTwice) {
-  ThreadWrapper thread;
-  int count = 0;
-  thread.StartThread(Increment, &count, nullptr, nullptr, false);
-  thread.FinishThread(kForEver);
+TEST(ThreadWrapperTest, FinishesItsThreadWithinTheLimit) {
+  WaitingThread waiting;
+  EXPECT_NE(gettid(), waiting.work->running.get_future().get());
 
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-}
+  EXPECT_EQ(ETIMEDOUT, waiting.thread.FinishThread(0));
+  EXPECT_EQ(ETIMEDOUT, waiting.thread.FinishThread(10));
+  waiting.work->release.set_value();
 
-TEST(ThreadWrapperTest, GivesUpWaitingAtTheLimit) {
-  ThreadWrapper thread;
-  const auto work = std::make_shared<Work>();
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-
-  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(0));
-  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(10));
-
-  work->release.set_value();
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-}
-
-TEST(ThreadWrapperTest, FinishesWithinTheLimit) {
-  ThreadWrapper thread;
-  const auto work = std::make_shared<Work>();
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-  EXPECT_EQ(ETIMEDOUT, thread.FinishThread(1));
-
-  work->release.set_value();
-
-  EXPECT_EQ(0, thread.FinishThread(kMinute));
+  EXPECT_EQ(0, waiting.thread.FinishThread(kMinute));
   EXPECT_EQ(std::future_status::ready,
-            work->over.get_future().wait_for(std::chrono::seconds::zero()));
+            waiting.work->over.get_future().wait_for(std::chrono::seconds::zero()));
 }
 
 /// Stays with a thread to its very end, which it takes some time to reach.
@@ -144,43 +131,17 @@ TEST(ThreadWrapperTest, JoinsTheThreadThatItFinishes) {
   EXPECT_TRUE(isOver);
 }
 
-TEST(ThreadWrapperTest, IsBusyWhileItsThreadRuns) {
-  ThreadWrapper thread;
-  int count = 0;
-  const auto work = std::make_shared<Work>();
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-
-  EXPECT_EQ(EBUSY, thread.StartThread(Increment, &count, nullptr, nullptr, false));
-
-  work->release.set_value();
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-  EXPECT_EQ(0, count);
-}
-
 TEST(ThreadWrapperTest, IsBusyUntilItsThreadIsFinished) {
-  ThreadWrapper thread;
+  WaitingThread waiting;
   int count = 0;
-  const auto work = std::make_shared<Work>();
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-  work->release.set_value();
-  work->over.get_future().wait();
 
-  EXPECT_EQ(EBUSY, thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  EXPECT_EQ(EBUSY, waiting.thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  waiting.work->release.set_value();
+  waiting.work->over.get_future().wait();
+  EXPECT_EQ(EBUSY, waiting.thread.StartThread(Increment, &count, nullptr, nullptr, false));
 
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, waiting.thread.FinishThread(kForEver));
   EXPECT_EQ(0, count);
-}
-
-TEST(ThreadWrapperTest, StartsAnotherThreadWhenTheFormerIsFinished) {
-  ThreadWrapper thread;
-  int count = 0;
-
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
-    EXPECT_EQ(0, thread.FinishThread(kForEver));
-  }
-
-  EXPECT_EQ(3, count);
 }
 
 struct SelfFinishing {
@@ -207,43 +168,27 @@ TEST(ThreadWrapperTest, DoesNotLetAThreadWaitForItself) {
 }
 
 TEST(ThreadWrapperTest, DoesNotWaitForADetachedThread) {
-  ThreadWrapper thread;
-  const auto work = std::make_shared<Work>();
-
-  EXPECT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, true));
-  const pid_t tid = work->running.get_future().get();
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-
-  EXPECT_TRUE(Exists(TaskFolder(tid)));
-  work->release.set_value();
-  work->over.get_future().wait();
-  WaitUntilGone(tid);
-}
-
-TEST(ThreadWrapperTest, IsFreeForAnotherThreadBesideADetachedOne) {
-  ThreadWrapper thread;
+  WaitingThread waiting(true);
   int count = 0;
-  const auto work = std::make_shared<Work>();
-  ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, true));
-  const pid_t tid = work->running.get_future().get();
+  const pid_t tid = waiting.work->running.get_future().get();
 
-  EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
+  EXPECT_EQ(0, waiting.thread.FinishThread(kForEver));
+  EXPECT_EQ(0, waiting.thread.StartThread(Increment, &count, nullptr, nullptr, false));
+  EXPECT_EQ(0, waiting.thread.FinishThread(kForEver));
 
   EXPECT_EQ(1, count);
-  work->release.set_value();
+  EXPECT_TRUE(Exists(TaskFolder(tid)));
+  waiting.work->release.set_value();
+  waiting.work->over.get_future().wait();
   WaitUntilGone(tid);
 }
 
 TEST(ThreadWrapperTest, LetsAThreadGoOnThatWasNotFinished) {
-  const auto work = std::make_shared<Work>();
-  pid_t tid = 0;
+  auto waiting = std::make_unique<WaitingThread>();
+  const std::shared_ptr<Work> work = waiting->work;
+  const pid_t tid = work->running.get_future().get();
 
-  {
-    ThreadWrapper thread;
-    ASSERT_EQ(0, thread.StartThread(RunUntilReleased, For(work), nullptr, nullptr, false));
-    tid = work->running.get_future().get();
-  }
+  waiting.reset();
 
   EXPECT_TRUE(Exists(TaskFolder(tid)));
   work->release.set_value();
@@ -256,42 +201,30 @@ void* ReadOwnName(void* argument) {
   return nullptr;
 }
 
-/// The name that a thread finds itself to have.
-std::string NameOf(const char* name) {
-  ThreadWrapper thread;
-  std::string found;
-  EXPECT_EQ(0, thread.StartThread(ReadOwnName, &found, nullptr, name, false));
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-  return found;
-}
-
-TEST(ThreadWrapperTest, NamesItsThread) { EXPECT_EQ("worker\n", NameOf("worker")); }
-
-TEST(ThreadWrapperTest, CutsALongName) {
-  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcde"));
-  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcdef"));
-  EXPECT_EQ("0123456789abcde\n", NameOf("0123456789abcdefghijklmnopqrstuvwxyz"));
-}
-
-TEST(ThreadWrapperTest, LeavesAThreadWithoutANameItsCreatorsName) {
+TEST(ThreadWrapperTest, NamesItsThread) {
   const std::string own = Content("/proc/self/task/" + std::to_string(gettid()) + "/comm");
+  const struct {
+    const char* name;
+    std::string found;
+  } rows[] = {{"worker", "worker\n"},
+              {"0123456789abcde", "0123456789abcde\n"},
+              {"0123456789abcdef", "0123456789abcde\n"},
+              {"0123456789abcdefghijklmnopqrstuvwxyz", "0123456789abcde\n"},
+              {nullptr, own},
+              {"", own}};
+  for (const auto& row : rows) {
+    ThreadWrapper thread;
+    std::string found;
+    auto name = std::make_unique<std::string>(row.name == nullptr ? "" : row.name);
+    EXPECT_EQ(0, thread.StartThread(ReadOwnName, &found, nullptr,
+                                    row.name == nullptr ? nullptr : name->c_str(), false));
+    name->assign("overwritten");  // It keeps no pointer to the name.
+    name.reset();
 
-  EXPECT_EQ(own, NameOf(nullptr));
-  EXPECT_EQ(own, NameOf(""));
-}
+    EXPECT_EQ(0, thread.FinishThread(kForEver));
 
-TEST(ThreadWrapperTest, KeepsNoPointerToTheName) {
-  ThreadWrapper thread;
-  std::string found;
-  {
-    std::string name = "short-lived";
-    ASSERT_EQ(0, thread.StartThread(ReadOwnName, &found, nullptr, name.c_str(), false));
-    name = "overwritten";
+    EXPECT_EQ(row.found, found);
   }
-
-  EXPECT_EQ(0, thread.FinishThread(kForEver));
-
-  EXPECT_EQ("short-lived\n", found);
 }
 
 void* ReadOwnStackSize(void* argument) {
@@ -324,10 +257,12 @@ TEST(ThreadWrapperTest, ReportsAThreadThatCannotBeMade) {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_attr_setstacksize(&attributes, kMoreThanThereIs);
+  const std::set<int> formerSignals = BlockedSignals();
 
   EXPECT_EQ(EAGAIN, thread.StartThread(Increment, &count, &attributes, nullptr, false));
   pthread_attr_destroy(&attributes);
 
+  EXPECT_EQ(formerSignals, BlockedSignals());
   EXPECT_EQ(0, thread.FinishThread(kForEver));
   EXPECT_EQ(0, count);
   EXPECT_EQ(0, thread.StartThread(Increment, &count, nullptr, nullptr, false));
@@ -385,72 +320,31 @@ TEST(ThreadWrapperTest, GivesTheSystemsTextOfAnError) {
   EXPECT_EQ("Unknown error 99999", ThreadWrapper::GetErrorCodeText(99999));
 }
 
-/// The signals that are blocked in the calling thread.
-std::set<int> BlockedSignals() {
-  sigset_t mask;
-  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
-  std::set<int> blocked;
-  for (int signal = 1; signal < SIGRTMAX; ++signal) {
-    if (sigismember(&mask, signal) == 1) blocked.insert(signal);
-  }
-  return blocked;
-}
-
-std::set<int> BlockedSignalsOfAThread() {
+TEST(ThreadWrapperTest, BlocksTheApplicationsSignalsInItsThreadOnly) {
+  sigset_t own;
+  sigemptyset(&own);
+  sigaddset(&own, SIGUSR2);
+  pthread_sigmask(SIG_BLOCK, &own, nullptr);
+  const std::set<int> former = BlockedSignals();
   ThreadWrapper thread;
   std::set<int> blocked;
   const auto look = [](void* argument) -> void* {
     *static_cast<std::set<int>*>(argument) = BlockedSignals();
     return nullptr;
   };
+
   EXPECT_EQ(0, thread.StartThread(look, &blocked, nullptr, nullptr, false));
   EXPECT_EQ(0, thread.FinishThread(kForEver));
-  return blocked;
-}
-
-TEST(ThreadWrapperTest, BlocksTheApplicationsSignalsInItsThread) {
-  const std::set<int> blocked = BlockedSignalsOfAThread();
 
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2,
                            SIGCHLD, SIGRTMIN, SIGRTMAX - 1}) {
     EXPECT_EQ(1U, blocked.count(signal)) << signal;
   }
-}
-
-TEST(ThreadWrapperTest, LeavesItsThreadTheSignalsOfItsErrors) {
-  const std::set<int> blocked = BlockedSignalsOfAThread();
-
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) {
-    EXPECT_EQ(0U, blocked.count(signal)) << signal;
+    EXPECT_EQ(0U, blocked.count(signal)) << signal;  // The thread's own errors raise them.
   }
-}
-
-TEST(ThreadWrapperTest, LeavesTheCallersSignalsAsTheyAre) {
-  sigset_t own;
-  sigemptyset(&own);
-  sigaddset(&own, SIGUSR2);
-  pthread_sigmask(SIG_BLOCK, &own, nullptr);
-  const std::set<int> former = BlockedSignals();
-
-  BlockedSignalsOfAThread();
-
   EXPECT_EQ(former, BlockedSignals());
   EXPECT_EQ(1U, former.count(SIGUSR2));
-}
-
-TEST(ThreadWrapperTest, LeavesTheCallersSignalsAlsoWhenNoThreadCanBeMade) {
-  constexpr std::size_t kMoreThanThereIs = std::size_t{1} << 50;
-  ThreadWrapper thread;
-  int count = 0;
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, kMoreThanThereIs);
-  const std::set<int> former = BlockedSignals();
-
-  EXPECT_EQ(EAGAIN, thread.StartThread(Increment, &count, &attributes, nullptr, false));
-  pthread_attr_destroy(&attributes);
-
-  EXPECT_EQ(former, BlockedSignals());
 }
 
 }  // namespace

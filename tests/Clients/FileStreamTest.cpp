@@ -26,30 +26,33 @@ class FileStreamTest : public testing::Test {
   FileStream stream_;
 };
 
-TEST_F(FileStreamTest, IsGoodAndHasNoFileWhenNew) {
+TEST_F(FileStreamTest, FailsWithoutAFile) {
   EXPECT_TRUE(stream_.good());
   EXPECT_FALSE(stream_.IsOpen());
-}
+  EXPECT_EQ(-1, stream_.Position());
+  EXPECT_EQ(-1, stream_.tellp());
 
-TEST_F(FileStreamTest, OpensAFile) {
-  stream_.Open(file_, kAppend);
-
-  EXPECT_TRUE(stream_.good());
-  EXPECT_TRUE(stream_.IsOpen());
-  EXPECT_EQ("", Content(file_));
-}
-
-TEST_F(FileStreamTest, FailsWhenTheFileCannotBeOpened) {
+  stream_ << "lost";
+  EXPECT_TRUE(stream_.bad());
+  stream_.clear();
+  stream_.seekp(1);
+  EXPECT_TRUE(stream_.fail());
+  stream_.clear();
+  stream_.Close();
+  EXPECT_EQ(std::ios_base::failbit, stream_.rdstate());
+  stream_.clear();
   stream_.Open(noFile_, kAppend);
-
   EXPECT_EQ(std::ios_base::failbit, stream_.rdstate());
   EXPECT_FALSE(stream_.IsOpen());
 }
 
-TEST_F(FileStreamTest, IsGoodAgainOnceAFileWasOpened) {
+TEST_F(FileStreamTest, IsGoodOnceAFileWasOpened) {
   stream_.Open(noFile_, kTruncate);
 
   stream_.Open(file_, kTruncate);
+  EXPECT_TRUE(stream_.good());
+  EXPECT_TRUE(stream_.IsOpen());
+  EXPECT_EQ("", Content(file_));
   stream_ << "text" << std::flush;
 
   EXPECT_TRUE(stream_.good());
@@ -82,69 +85,38 @@ TEST_F(FileStreamTest, AppendsOrEmptiesAsItIsOpened) {
   EXPECT_EQ("", Content(file_));
 }
 
-TEST_F(FileStreamTest, FailsWhenClosedWithoutAFile) {
-  stream_.Close();
-
-  EXPECT_EQ(std::ios_base::failbit, stream_.rdstate());
-}
-
-TEST_F(FileStreamTest, IsGoodAfterItsFileWasClosed) {
+TEST_F(FileStreamTest, IsGoodAfterItsFileWasClosedButTakesNothing) {
   stream_.Open(file_, kAppend);
 
   stream_.Close();
-
   EXPECT_TRUE(stream_.good());
   EXPECT_FALSE(stream_.IsOpen());
   EXPECT_EQ(-1, DescriptorOf(file_));
-}
-
-TEST_F(FileStreamTest, FailsWhenWrittenToWithoutAFile) {
-  stream_ << "lost";
-
-  EXPECT_TRUE(stream_.bad());
-}
-
-TEST_F(FileStreamTest, FailsWhenWrittenToAfterItsFileWasClosed) {
-  stream_.Open(file_, kAppend);
-  stream_.Close();
-
   stream_.put('l');
 
   EXPECT_TRUE(stream_.bad());
   EXPECT_EQ("", Content(file_));
 }
 
-TEST_F(FileStreamTest, CollectsTextUntilItIsWrittenOut) {
+TEST_F(FileStreamTest, CollectsTextUntilItIsWrittenOutOnce) {
   stream_.Open(file_, kAppend);
 
   stream_ << "text " << 42;
   EXPECT_EQ("", Content(file_));
   stream_.WriteOut();
-
   EXPECT_EQ("text 42", Content(file_));
-}
-
-TEST_F(FileStreamTest, WritesOutWhenFlushed) {
-  stream_.Open(file_, kAppend);
-
-  stream_ << "one" << std::flush;
-  EXPECT_EQ("one", Content(file_));
-  stream_ << "two" << std::endl;
-
-  EXPECT_EQ("onetwo\n", Content(file_));
-  EXPECT_TRUE(stream_.good());
-}
-
-TEST_F(FileStreamTest, WritesNothingTwice) {
-  stream_.Open(file_, kAppend);
-  stream_ << "text";
-
-  stream_.WriteOut();
   stream_.WriteOut();
   stream_.flush();
+  stream_ << "one" << std::flush;
+  EXPECT_EQ("text 42one", Content(file_));
+  stream_ << "two" << std::endl;
+  EXPECT_EQ("text 42onetwo\n", Content(file_));
+  stream_ << "three";
+  EXPECT_TRUE(stream_.good());
   stream_.Close();
 
-  EXPECT_EQ("text", Content(file_));
+  EXPECT_EQ("text 42onetwo\nthree", Content(file_));
+  EXPECT_TRUE(stream_.good());
 }
 
 TEST_F(FileStreamTest, TakesSingleCharacters) {
@@ -172,16 +144,6 @@ TEST_F(FileStreamTest, WritesLargeTextsOneAfterTheOther) {
   EXPECT_TRUE(expected == Content(file_));  // Not EXPECT_EQ, which would print them.
 }
 
-TEST_F(FileStreamTest, WritesWhatItCollectedWhenClosed) {
-  stream_.Open(file_, kAppend);
-  stream_ << "text";
-
-  stream_.Close();
-
-  EXPECT_TRUE(stream_.good());
-  EXPECT_EQ("text", Content(file_));
-}
-
 TEST_F(FileStreamTest, WritesWhatItCollectedAtItsEnd) {
   {
     FileStream stream;
@@ -193,43 +155,24 @@ TEST_F(FileStreamTest, WritesWhatItCollectedAtItsEnd) {
   EXPECT_EQ(-1, DescriptorOf(file_));
 }
 
-TEST_F(FileStreamTest, GoesBadWhenTextCannotBeWrittenOut) {
+TEST_F(FileStreamTest, GoesBadWhenTextCannotBeWrittenAndDropsIt) {
   stream_.Open("/dev/full", kAppend);
   stream_ << "lost";
   EXPECT_TRUE(stream_.good());
-
   stream_.WriteOut();
-
   EXPECT_EQ(std::ios_base::badbit, stream_.rdstate());
-}
-
-TEST_F(FileStreamTest, GoesBadWhenTextCannotBeFlushed) {
-  stream_.Open("/dev/full", kAppend);
-
+  stream_.clear();
   stream_ << "lost" << std::flush;
-
   EXPECT_TRUE(stream_.bad());
-}
+  stream_.clear();
+  stream_.Close();
+  EXPECT_TRUE(stream_.good());
 
-TEST_F(FileStreamTest, FailsWhenTextCannotBeWrittenAtClosing) {
   stream_.Open("/dev/full", kAppend);
   stream_ << "lost";
-
   stream_.Close();
-
   EXPECT_EQ(std::ios_base::failbit, stream_.rdstate());
   EXPECT_FALSE(stream_.IsOpen());
-}
-
-TEST_F(FileStreamTest, DropsTextThatCouldNotBeWritten) {
-  stream_.Open("/dev/full", kAppend);
-  stream_ << "lost";
-  stream_.WriteOut();
-  stream_.clear();
-
-  stream_.Close();
-
-  EXPECT_TRUE(stream_.good());
 }
 
 TEST_F(FileStreamTest, DropsWhatAFailedStreamCollected) {
@@ -246,25 +189,19 @@ TEST_F(FileStreamTest, DropsWhatAFailedStreamCollected) {
   EXPECT_EQ("text", Content(file_));
 }
 
-TEST_F(FileStreamTest, TellsWhereTheNextByteGoes) {
-  stream_.Open(file_, kTruncate);
+TEST_F(FileStreamTest, KnowsWhereTheNextByteGoes) {
+  for (const bool append : {kTruncate, kAppend}) {
+    WriteFile(file_, "0123456789");
+    FileStream stream;
+    stream.Open(file_, append);
+    const long start = append ? 10 : 0;
 
-  EXPECT_EQ(0, stream_.Position());
-  stream_ << "text";
-  stream_.WriteOut();
+    EXPECT_EQ(start, stream.Position());
+    stream << "text";
+    stream.WriteOut();
 
-  EXPECT_EQ(4, stream_.Position());
-}
-
-TEST_F(FileStreamTest, CountsWhatItAppendsTo) {
-  WriteFile(file_, "0123456789");
-  stream_.Open(file_, kAppend);
-
-  EXPECT_EQ(10, stream_.Position());
-  stream_ << "text";
-  stream_.WriteOut();
-
-  EXPECT_EQ(14, stream_.Position());
+    EXPECT_EQ(start + 4, stream.Position());
+  }
 }
 
 TEST_F(FileStreamTest, HasNoPositionWhenItHasFailed) {
@@ -281,8 +218,6 @@ TEST_F(FileStreamTest, HasNoPositionWhenItHasFailed) {
   EXPECT_EQ(4, stream_.Position());
 }
 
-TEST_F(FileStreamTest, HasNoPositionWithoutAFile) { EXPECT_EQ(-1, stream_.Position()); }
-
 TEST_F(FileStreamTest, WritesNumbersInTheClassicLocale) {
   const GroupedNumbers grouped;
   FileStream stream;
@@ -294,7 +229,7 @@ TEST_F(FileStreamTest, WritesNumbersInTheClassicLocale) {
   EXPECT_EQ("1234567", Content(file_));
 }
 
-TEST_F(FileStreamTest, TellsAndSetsThePositionAsAFileStreamDoes) {
+TEST_F(FileStreamTest, GivesAndSetsThePositionAsAFileStreamDoes) {
   WriteFile(file_, "0123456789");
   FileStream stream;
   stream.Open(file_, true);
@@ -322,15 +257,6 @@ TEST_F(FileStreamTest, WritesWhereItWasSetTo) {
   stream.WriteOut();
 
   EXPECT_EQ("abXYef", Content(file_));
-}
-
-TEST_F(FileStreamTest, FailsToSeekWithoutAFile) {
-  FileStream stream;
-
-  EXPECT_EQ(-1, stream.tellp());
-  stream.seekp(1);
-
-  EXPECT_TRUE(stream.fail());
 }
 
 }  // namespace

@@ -64,72 +64,38 @@ class LogClientFactoryTest : public testing::Test {
   LogProperties properties_;
 };
 
-TEST_F(LogClientFactoryTest, KnowsNoClientWhenNew) {
-  EXPECT_EQ(nullptr, factory_.CreateLogClient("LogClientConsole", properties_));
-  EXPECT_EQ(nullptr, factory_.CreateLogClient("", properties_));
-}
-
-TEST_F(LogClientFactoryTest, MakesWhatTheCreatorOfTheNameMakes) {
-  EXPECT_TRUE(factory_.RegisterLogClient("A", CreateA));
-  EXPECT_TRUE(factory_.RegisterLogClient("B", CreateB));
-
-  EXPECT_EQ("A", MakerOf(factory_.CreateLogClient("A", properties_)));
-  EXPECT_EQ("B", MakerOf(factory_.CreateLogClient("B", properties_)));
-}
-
-TEST_F(LogClientFactoryTest, GivesTheCreatorTheProperties) {
-  factory_.RegisterLogClient("A", CreateA);
+TEST_F(LogClientFactoryTest, MakesWhatTheFirstCreatorOfTheExactNameMakes) {
   properties_.AddProperty("key", "value");
+  for (const char* const name : {"LogClientConsole", "A", ""}) {
+    EXPECT_EQ(nullptr, factory_.CreateLogClient(name, properties_)) << name;
+  }
 
-  const auto* const client = dynamic_cast<MadeClient*>(factory_.CreateLogClient("A", properties_));
-
-  ASSERT_NE(nullptr, client);
-  EXPECT_EQ("value", client->value_);
-}
-
-TEST_F(LogClientFactoryTest, KeepsTheFirstCreatorOfAName) {
-  factory_.RegisterLogClient("A", CreateA);
-
+  EXPECT_TRUE(factory_.RegisterLogClient("A", CreateA));
+  for (const char* const name : {"a", ""}) {
+    EXPECT_TRUE(factory_.RegisterLogClient(name, CreateB)) << name;
+    EXPECT_EQ("B", MakerOf(factory_.CreateLogClient(name, properties_))) << name;
+  }
   EXPECT_FALSE(factory_.RegisterLogClient("A", CreateB));
 
-  EXPECT_EQ("A", MakerOf(factory_.CreateLogClient("A", properties_)));
+  EXPECT_EQ(nullptr, factory_.CreateLogClient("A ", properties_));
+  LogClient* const client = factory_.CreateLogClient("A", properties_);
+  EXPECT_EQ("A", MakerOf(client));
+  EXPECT_EQ("value", dynamic_cast<MadeClient&>(*client).value_);
+  EXPECT_NE(client, factory_.CreateLogClient("A", properties_));
 }
 
 TEST_F(LogClientFactoryTest, ForgetsAnUnregisteredName) {
   factory_.RegisterLogClient("A", CreateA);
   factory_.RegisterLogClient("B", CreateB);
 
+  EXPECT_FALSE(factory_.UnregisterLogClient("a"));
+  EXPECT_FALSE(factory_.UnregisterLogClient(""));
+  EXPECT_EQ("A", MakerOf(factory_.CreateLogClient("A", properties_)));
   EXPECT_TRUE(factory_.UnregisterLogClient("A"));
   EXPECT_FALSE(factory_.UnregisterLogClient("A"));
 
   EXPECT_EQ(nullptr, factory_.CreateLogClient("A", properties_));
   EXPECT_EQ("B", MakerOf(factory_.CreateLogClient("B", properties_)));
-}
-
-TEST_F(LogClientFactoryTest, LeavesTheOthersWhenAnUnknownNameIsUnregistered) {
-  factory_.RegisterLogClient("A", CreateA);
-
-  EXPECT_FALSE(factory_.UnregisterLogClient("a"));
-  EXPECT_FALSE(factory_.UnregisterLogClient(""));
-
-  EXPECT_EQ("A", MakerOf(factory_.CreateLogClient("A", properties_)));
-}
-
-TEST_F(LogClientFactoryTest, ComparesNamesExactly) {
-  EXPECT_TRUE(factory_.RegisterLogClient("A", CreateA));
-  EXPECT_TRUE(factory_.RegisterLogClient("a", CreateB));
-  EXPECT_TRUE(factory_.RegisterLogClient("", CreateB));
-
-  EXPECT_EQ("A", MakerOf(factory_.CreateLogClient("A", properties_)));
-  EXPECT_EQ("B", MakerOf(factory_.CreateLogClient("a", properties_)));
-  EXPECT_EQ("B", MakerOf(factory_.CreateLogClient("", properties_)));
-  EXPECT_EQ(nullptr, factory_.CreateLogClient("A ", properties_));
-}
-
-TEST_F(LogClientFactoryTest, MakesADistinctClientEachTime) {
-  factory_.RegisterLogClient("A", CreateA);
-
-  EXPECT_NE(factory_.CreateLogClient("A", properties_), factory_.CreateLogClient("A", properties_));
 }
 
 TEST_F(LogClientFactoryTest, LeavesItsClientsToTheClientManager) {
@@ -164,72 +130,47 @@ TEST_F(LogClientFactoryTest, PassesOnWhatACreatorReturnsOrThrows) {
   EXPECT_THROW(factory_.CreateLogClient("broken", properties_), std::runtime_error);
 }
 
-TEST_F(LogClientFactoryTest, MakesConsoleClients) {
-  LogClient* const client = ProcessFactory().CreateLogClient("LogClientConsole", properties_);
-
-  EXPECT_NE(nullptr, dynamic_cast<LogClientConsole*>(client));
-}
-
-TEST_F(LogClientFactoryTest, MakesFileClients) {
-  const TemporaryFolder folder;
-  properties_.AddProperty("filename", folder.Path("app.log"));
-
-  LogClient* const client = ProcessFactory().CreateLogClient("LogClientFile", properties_);
-
-  ASSERT_NE(nullptr, dynamic_cast<LogClientFile*>(client));
-  EXPECT_EQ(nullptr, dynamic_cast<LogClientRollingFile*>(client));
-  client->SetLayout("LogLayoutMessage");
-  EXPECT_TRUE(client->Publish(EventWith("disk full")));
-  EXPECT_EQ("disk full\n", Content(folder.Path("app.log")));
-}
-
-TEST_F(LogClientFactoryTest, WithholdsAFileClientWhoseFileCannotBeOpened) {
-  const TemporaryFolder folder;
-  properties_.AddProperty("filename", folder.Path("missing/app.log"));
-
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("LogClientFile", properties_));
-}
-
-TEST_F(LogClientFactoryTest, WithholdsAFileClientWithoutAFileName) {
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("LogClientFile", properties_));
-}
-
-TEST_F(LogClientFactoryTest, MakesRollingFileClients) {
-  const TemporaryFolder folder;
-  properties_.AddProperty("filename", folder.Path("app.log"));
-  properties_.AddProperty("maxbackup", "1");
-
-  LogClient* const client = ProcessFactory().CreateLogClient("LogClientRollingFile", properties_);
-
-  ASSERT_NE(nullptr, dynamic_cast<LogClientRollingFile*>(client));
-  client->SetLayout("LogLayoutMessage");
-  EXPECT_TRUE(client->Publish(EventWith("disk full")));
-  EXPECT_EQ("disk full\n", Content(folder.Path("app.log.1")));
-}
-
-TEST_F(LogClientFactoryTest, MakesRollingFileClientsAlsoWhenTheFileCannotBeOpened) {
-  const TemporaryFolder folder;
-  properties_.AddProperty("filename", folder.Path("missing/app.log"));
-
-  LogClient* const client = ProcessFactory().CreateLogClient("LogClientRollingFile", properties_);
-
-  ASSERT_NE(nullptr, client);
-  EXPECT_FALSE(client->Publish(EventWith("lost")));
-}
-
 TEST_F(LogClientFactoryTest, KnowsTheBuiltInClientsByTheirExactNames) {
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("logClientConsole", properties_));
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("LogClientConsole ", properties_));
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("LogClientXml", properties_));
-  EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("", properties_));
-}
-
-TEST_F(LogClientFactoryTest, KeepsABuiltInClientThatIsRegisteredAgain) {
   EXPECT_FALSE(ProcessFactory().RegisterLogClient("LogClientConsole", CreateA));
 
   LogClient* const client = ProcessFactory().CreateLogClient("LogClientConsole", properties_);
 
   EXPECT_NE(nullptr, dynamic_cast<LogClientConsole*>(client));
+  for (const char* const name : {"logClientConsole", "LogClientConsole ", "LogClientXml", ""}) {
+    EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient(name, properties_)) << name;
+  }
+}
+
+TEST_F(LogClientFactoryTest, MakesFileClients) {
+  const TemporaryFolder folder;
+  properties_.AddProperty("filename", folder.Path("app.log"));
+  properties_.AddProperty("maxbackup", "1");
+
+  LogClient* const file = ProcessFactory().CreateLogClient("LogClientFile", properties_);
+  LogClient* const rolling = ProcessFactory().CreateLogClient("LogClientRollingFile", properties_);
+
+  ASSERT_NE(nullptr, dynamic_cast<LogClientFile*>(file));
+  EXPECT_EQ(nullptr, dynamic_cast<LogClientRollingFile*>(file));
+  ASSERT_NE(nullptr, dynamic_cast<LogClientRollingFile*>(rolling));
+  for (LogClient* const client : {file, rolling}) {
+    client->SetLayout("LogLayoutMessage");
+    EXPECT_TRUE(client->Publish(EventWith("disk full")));
+  }
+  EXPECT_EQ("disk full\ndisk full\n", Content(folder.Path("app.log.1")));
+}
+
+TEST_F(LogClientFactoryTest, WithholdsOnlyAFileClientWhoseFileCannotBeOpened) {
+  const TemporaryFolder folder;
+  for (const std::string& name : {std::string(), folder.Path("missing/app.log")}) {
+    properties_.RemoveProperty("filename");
+    properties_.AddProperty("filename", name);
+
+    EXPECT_EQ(nullptr, ProcessFactory().CreateLogClient("LogClientFile", properties_));
+    LogClient* const rolling =
+        ProcessFactory().CreateLogClient("LogClientRollingFile", properties_);
+    ASSERT_NE(nullptr, rolling);
+    EXPECT_FALSE(rolling->Publish(EventWith("lost")));
+  }
 }
 
 }  // namespace

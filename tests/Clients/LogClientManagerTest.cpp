@@ -23,14 +23,11 @@ LogClientManager& ProcessClients() { return *Logger::GetLogManager()->GetLogClie
 static_assert(std::is_base_of_v<LibKelUtilities::MutexWrapper, LogClientManager>);
 static_assert(std::has_virtual_destructor_v<LogClientManager>);
 
-TEST(LogClientManagerTest, EndsTheProcessWhenNullIsAdded) {
+TEST(LogClientManagerTest, EndsTheProcessForANullClient) {
   EXPECT_DEATH(ProcessClients().AddLogClient(nullptr),
                "LogClientManagerTest: Src/LogClientManager:39: "
                "void LogClientManager::AddLogClient\\(LogClient\\*\\): "
                "Assertion `lc' failed\\.");
-}
-
-TEST(LogClientManagerTest, EndsTheProcessWhenNullIsRemoved) {
   EXPECT_DEATH(ProcessClients().RemoveLogClient(nullptr),
                "LogClientManagerTest: Src/LogClientManager:56: "
                "void LogClientManager::RemoveLogClient\\(LogClient\\*\\): "
@@ -40,89 +37,25 @@ TEST(LogClientManagerTest, EndsTheProcessWhenNullIsRemoved) {
 TEST(LogClientManagerTest, DeletesEachClientOnceInTheOrderOfAddition) {
   std::atomic<int> destroyed{0};
   std::string order;
-  for (const char name : {'a', 'b', 'c'}) {
-    (new CountedClient(destroyed))->whenDestroyed = [&order, name] { order += name; };
+  std::vector<CountedClient*> clients;
+  for (const char name : {'a', 'b', 'c', 'd'}) {
+    clients.push_back(new CountedClient(destroyed));
+    clients.back()->whenDestroyed = [&order, name] { order += name; };
   }
+  const std::unique_ptr<CountedClient> removed(clients[3]);
 
-  ProcessClients().Clear();
-
-  EXPECT_EQ("abc", order);
-}
-
-TEST(LogClientManagerTest, IsEmptyAfterClear) {
-  std::atomic<int> destroyed{0};
-  new CountedClient(destroyed);
-  ProcessClients().Clear();
-
-  ProcessClients().Clear();
-
-  EXPECT_EQ(1, destroyed);
-}
-
-TEST(LogClientManagerTest, DeletesOnlyTheClientsThatAreListed) {
-  std::atomic<int> destroyed{0};
-  const auto listed = new CountedClient(destroyed);
-  const auto removed = std::make_unique<CountedClient>(destroyed);
-  std::string order;
-  listed->whenDestroyed = [&] { order += "listed"; };
-
+  ProcessClients().AddLogClient(clients[1]);  // Which keeps its place.
+  ProcessClients().RemoveLogClient(clients[0]);
+  ProcessClients().AddLogClient(clients[0]);
+  ProcessClients().AddLogClient(removed.get());
+  ProcessClients().RemoveLogClient(removed.get());
   ProcessClients().RemoveLogClient(removed.get());
   ProcessClients().Clear();
-
-  EXPECT_EQ("listed", order);
-  EXPECT_EQ(1, destroyed);
-}
-
-TEST(LogClientManagerTest, ListsAClientOnce) {
-  std::atomic<int> destroyed{0};
-  const auto client = std::make_unique<CountedClient>(destroyed);
-
-  ProcessClients().AddLogClient(client.get());
-  ProcessClients().RemoveLogClient(client.get());
+  EXPECT_EQ("bca", order);
   ProcessClients().Clear();
 
-  EXPECT_EQ(0, destroyed);
-}
-
-TEST(LogClientManagerTest, KeepsThePlaceOfAClientThatIsAddedAgain) {
-  std::atomic<int> destroyed{0};
-  std::string order;
-  const auto first = new CountedClient(destroyed);
-  const auto second = new CountedClient(destroyed);
-  first->whenDestroyed = [&] { order += "first "; };
-  second->whenDestroyed = [&] { order += "second "; };
-
-  ProcessClients().AddLogClient(first);
-  ProcessClients().Clear();
-
-  EXPECT_EQ("first second ", order);
-}
-
-TEST(LogClientManagerTest, AppendsAClientThatWasRemovedBefore) {
-  std::atomic<int> destroyed{0};
-  std::string order;
-  const auto first = new CountedClient(destroyed);
-  const auto second = new CountedClient(destroyed);
-  first->whenDestroyed = [&] { order += "first "; };
-  second->whenDestroyed = [&] { order += "second "; };
-
-  ProcessClients().RemoveLogClient(first);
-  ProcessClients().AddLogClient(first);
-  ProcessClients().Clear();
-
-  EXPECT_EQ("second first ", order);
-}
-
-TEST(LogClientManagerTest, IgnoresTheRemovalOfAClientThatIsNotListed) {
-  std::atomic<int> destroyed{0};
-  new CountedClient(destroyed);
-  const auto removed = std::make_unique<CountedClient>(destroyed);
-  ProcessClients().RemoveLogClient(removed.get());
-
-  ProcessClients().RemoveLogClient(removed.get());
-  ProcessClients().Clear();
-
-  EXPECT_EQ(1, destroyed);
+  EXPECT_EQ("bca", order);
+  EXPECT_EQ(3, destroyed);
 }
 
 TEST(LogClientManagerTest, LeavesItsClientsAloneAtItsEnd) {

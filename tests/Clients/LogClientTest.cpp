@@ -40,65 +40,35 @@ LogLayout* MakeBroken() { throw std::runtime_error("no"); }
 
 TEST(LogClientTest, FormatsInTheStandardLayoutAtFirst) {
   SetTimeZone("UTC0");
-  TextClient client;
-
-  EXPECT_TRUE(client.Publish(EventWith("disk full", 99)));
-
-  EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", client.Text());
-}
-
-TEST(LogClientTest, TakesNothingFromItsProperties) {
-  SetTimeZone("UTC0");
   LogProperties properties;
-  properties.AddProperty("layout", "LogLayoutMessage");
-  TextClient client(properties);
+  properties.AddProperty("layout", "LogLayoutMessage");  // Which it does not read.
+  TextClient plain;
+  TextClient configured(properties);
 
-  EXPECT_TRUE(client.Publish(EventWith("disk full", 99)));
+  for (TextClient* const client : {&plain, &configured}) {
+    EXPECT_TRUE(client->Publish(EventWith("disk full", 99)));
 
-  EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", client.Text());
-  EXPECT_FALSE(client.IsInitialize());
+    EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", client->Text());
+    EXPECT_TRUE(static_cast<const LogHandlerClient*>(client)->IsLogClient());
+    EXPECT_FALSE(client->IsInitialize());
+    client->BeReady();
+    EXPECT_TRUE(client->IsInitialize());
+  }
 }
 
-TEST(LogClientTest, IsNotInitialisedUntilItsKindSaysSo) {
+TEST(LogClientTest, TakesALayoutByItsExactName) {
   TextClient client;
 
-  EXPECT_FALSE(client.IsInitialize());
-  client.BeReady();
-  EXPECT_TRUE(client.IsInitialize());
-}
-
-TEST(LogClientTest, IsAClient) {
-  TextClient client;
-  const LogHandlerClient& receiver = client;
-
-  EXPECT_TRUE(receiver.IsLogClient());
-}
-
-TEST(LogClientTest, TakesALayoutByName) {
-  TextClient client;
-
-  EXPECT_TRUE(client.SetLayout("LogLayoutMessage"));
-  client.Publish(EventWith("disk full"));
-
-  EXPECT_EQ("disk full\n", client.Text());
-}
-
-TEST(LogClientTest, HasNoLayoutAfterAnUnknownName) {
-  TextClient client;
-
-  EXPECT_FALSE(client.SetLayout("logLayoutMessage"));
-
+  for (const char* const unknown : {"logLayoutMessage", ""}) {
+    EXPECT_FALSE(client.SetLayout(unknown));
+    EXPECT_FALSE(client.Publish(EventWith("lost")));
+  }
+  EXPECT_TRUE(client.SetLayout(nullptr));
+  EXPECT_TRUE(client.SetLayout(nullptr));
   EXPECT_FALSE(client.Publish(EventWith("lost")));
-  EXPECT_EQ("", client.Text());
-}
-
-TEST(LogClientTest, TakesALayoutAgainAfterAnUnknownName) {
-  TextClient client;
-  client.SetLayout("");
-
   EXPECT_TRUE(client.SetLayout("LogLayoutMessage"));
-
   EXPECT_TRUE(client.Publish(EventWith("disk full")));
+
   EXPECT_EQ("disk full\n", client.Text());
 }
 
@@ -113,50 +83,26 @@ TEST(LogClientTest, TakesALayoutOfTheApplications) {
   EXPECT_EQ("<disk full>", client.Text());
 }
 
-TEST(LogClientTest, TakesNoLayoutAtAll) {
-  TextClient client;
-
-  EXPECT_TRUE(client.SetLayout(nullptr));
-  EXPECT_TRUE(client.SetLayout(nullptr));
-
-  EXPECT_FALSE(client.Publish(EventWith("lost")));
-}
-
-TEST(LogClientTest, DeletesTheLayoutThatAnotherReplaces) {
+TEST(LogClientTest, DeletesALayoutOnceItIsReplacedAndAtItsEnd) {
   int destroyed = 0;
-  TextClient client;
-
-  client.SetLayout(new CountedLayout(destroyed));
-  EXPECT_EQ(0, destroyed);
-  client.SetLayout(new CountedLayout(destroyed));
-  EXPECT_EQ(1, destroyed);
-  client.SetLayout("LogLayoutMessage");
-
-  EXPECT_EQ(2, destroyed);
-}
-
-TEST(LogClientTest, DeletesTheLayoutThatNoneReplaces) {
-  int destroyed = 0;
-  TextClient client;
-
-  client.SetLayout(new CountedLayout(destroyed));
-  client.SetLayout("unknown");
-  EXPECT_EQ(1, destroyed);
-  client.SetLayout(new CountedLayout(destroyed));
-  client.SetLayout(nullptr);
-
-  EXPECT_EQ(2, destroyed);
-}
-
-TEST(LogClientTest, DeletesItsLayoutAtItsEnd) {
-  int destroyed = 0;
-
   {
     TextClient client;
     client.SetLayout(new CountedLayout(destroyed));
+    EXPECT_EQ(0, destroyed);
+    client.SetLayout(new CountedLayout(destroyed));
+    EXPECT_EQ(1, destroyed);
+    client.SetLayout("LogLayoutMessage");
+    EXPECT_EQ(2, destroyed);
+    client.SetLayout(new CountedLayout(destroyed));
+    client.SetLayout("unknown");
+    EXPECT_EQ(3, destroyed);
+    client.SetLayout(new CountedLayout(destroyed));
+    client.SetLayout(nullptr);
+    EXPECT_EQ(4, destroyed);
+    client.SetLayout(new CountedLayout(destroyed));
   }
 
-  EXPECT_EQ(1, destroyed);
+  EXPECT_EQ(5, destroyed);
 }
 
 TEST(LogClientTest, HasNoLayoutWhenTheCreatorOfTheNewOneThrows) {
@@ -184,22 +130,14 @@ TEST(LogClientTest, ForgetsItsFormerLayoutWhenInitialisedAgain) {
   EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", client.Text());
 }
 
-TEST(LogClientTest, BelongsToTheClientManagerFromItsConstruction) {
+TEST(LogClientTest, BelongsToTheClientManagerUntilItsEnd) {
   std::atomic<int> destroyed{0};
+  delete new CountedClient(destroyed);
   new CountedClient(destroyed);
 
   Logger::GetLogManager()->GetLogClientManager()->Clear();
 
-  EXPECT_EQ(1, destroyed);
-}
-
-TEST(LogClientTest, LeavesTheClientManagerAtItsEnd) {
-  std::atomic<int> destroyed{0};
-  delete new CountedClient(destroyed);
-
-  Logger::GetLogManager()->GetLogClientManager()->Clear();
-
-  EXPECT_EQ(1, destroyed);
+  EXPECT_EQ(2, destroyed);
 }
 
 TEST(LogClientTest, EntersTheClientManagerAgainWhenInitialisedAgain) {

@@ -32,6 +32,10 @@ class RecordingClient : public LogHandlerClient {
     for (const LogEvent& event : Events()) messages.push_back(event.GetLogMessage());
     return messages;
   }
+  void Clear() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    events_.clear();
+  }
 
   std::function<void(const LogEvent&)> whenPublished;  ///< Called for each event, if set.
   bool result = true;                                  ///< What Publish answers.
