@@ -34,8 +34,7 @@ int TimeoutOf(const logstring& text) {
 class ChangeMark {
  public:
   explicit ChangeMark(std::atomic<bool>& isChanging) : isChanging_(isChanging) {
-    isChanging_.store(true, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);  // Before the first change.
+    isChanging_.exchange(true, std::memory_order_acquire);  // No change comes before it.
   }
   ~ChangeMark() { isChanging_.store(false, std::memory_order_release); }
 
