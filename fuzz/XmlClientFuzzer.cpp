@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Clients/XmlSilence.h"
+#include "Clients/LibxmlErrorGuard.h"
 #include "Clients/XmlText.h"
 #include "LogClientXml.h"
 #include "LogEvent.h"
@@ -157,7 +157,7 @@ void Disturb(const std::string& path, int how) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const Logger::Internal::XmlSilence silence;
+  const Logger::Internal::LibxmlErrorGuard guard;
   FuzzedDataProvider input(data, size);
   const FreshSystem system;
   Logger::GetLogLevelManager()->AddLogLevel(kLevel, input.ConsumeRandomLengthString(20));

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "Clients/XmlSilence.h"
+#include "Clients/LibxmlErrorGuard.h"
 #include "LogConfiguratorXml.h"
 #include "Support/Expect.h"
 #include "Support/Files.h"
@@ -36,7 +36,7 @@ bool Read() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const Logger::Internal::XmlSilence silence;
+  const Logger::Internal::LibxmlErrorGuard guard;
   xmlSetExternalEntityLoader(ReadOnlyTheDocument);
   WriteFile(DocumentPath(), std::string(reinterpret_cast<const char*>(data), size));
 

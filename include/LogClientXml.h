@@ -12,8 +12,7 @@ namespace Logger {
 namespace Internal {
 template <typename Client>
 class ForkListenerOf;
-class XmlBacklog;
-struct XmlEntry;
+class XmlLogDocument;
 class XmlLogFile;
 }  // namespace Internal
 }  // namespace Logger
@@ -24,10 +23,10 @@ class XmlLogFile;
 /// The file holds a complete document after every event. The document also stays in memory, and
 /// grows with every event for the life of the client: it suits logs of moderate length. When the
 /// client is destroyed it writes the document a last time, indented, also when there was no event.
-/// Whatever cannot be saved is not reported; it is there again with the next save that works. An
-/// entry for which there is no room leaves the file as it was; the indented document, which is
-/// longer, is cut where the room ends, and left out where memory for it does. In a forked child the
-/// client is not initialised and never writes: the file is its parent's. The layout is not used.
+/// A save that fails is not reported; the next save that works writes what is missing. An entry for
+/// which the disk has no room leaves the file as it was; the indented document, which is longer, is
+/// cut where the room ends. In a forked child the client is not initialised and never writes: the
+/// file is its parent's. The layout is not used.
 ///
 /// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
 /// default the message is XML character data: an ampersand in it starts an entity reference, and a
@@ -55,15 +54,12 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   friend class Logger::Internal::ForkListenerOf;
 
   std::string filename_;
-  _xmlDoc* document_;  // Owned.
+  _xmlDoc* document_;  // Owned. It has no entries: they are kept as texts.
   _xmlNode* root_;     // The document's.
   bool escapesText_;
   std::unique_ptr<Logger::Internal::XmlLogFile> file_;
-  std::unique_ptr<Logger::Internal::XmlBacklog> backlog_;  // Entries that the document lacks yet.
+  std::unique_ptr<Logger::Internal::XmlLogDocument> entries_;
   std::unique_ptr<LogForkListener> forkListener_;
 
   void ContinueInChild(bool wasBusy);
-  void PublishByLibxml(const LogEvent& event);
-  void Save(const Logger::Internal::XmlEntry& entry, const std::string& text);
-  bool CompleteDocument();
 };

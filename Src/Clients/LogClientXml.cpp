@@ -1,31 +1,35 @@
 #include "LogClientXml.h"
 
+#include <libxml/tree.h>
+
+#include <optional>
+#include <string_view>
+
 #include "Clients/ForkListenerOf.h"
-#include "Clients/XmlBacklog.h"
-#include "Clients/XmlEntry.h"
-#include "Clients/XmlEntryText.h"
+#include "Clients/LibxmlErrorGuard.h"
+#include "Clients/XmlLogDocument.h"
 #include "Clients/XmlLogFile.h"
-#include "Clients/XmlSilence.h"
 #include "Clients/XmlText.h"
+#include "Core/EventAccess.h"
 #include "Internal/CancellationHold.h"
 #include "Internal/XmlHandles.h"
 #include "LogEvent.h"
 #include "LogProperties.h"
 
-using Logger::Internal::AppendByLibxml;
-using Logger::Internal::AppendSimply;
+using Logger::Internal::AppendEntry;
+using Logger::Internal::AttributeValue;
 using Logger::Internal::CancellationHold;
+using Logger::Internal::ElementContent;
+using Logger::Internal::EventAccess;
 using Logger::Internal::ForkListenerOf;
-using Logger::Internal::NewEntry;
-using Logger::Internal::WithoutForbiddenCharacters;
-using Logger::Internal::XmlBacklog;
+using Logger::Internal::LibxmlErrorGuard;
 using Logger::Internal::XmlChars;
 using Logger::Internal::XmlEntry;
+using Logger::Internal::XmlLogDocument;
 using Logger::Internal::XmlLogFile;
-using Logger::Internal::XmlNode;
+using Logger::Internal::XmlOwnText;
 using Logger::Internal::XmlReferences;
-using Logger::Internal::XmlSilence;
-using Logger::Internal::XmlTexts;
+using Logger::Internal::XmlSpacing;
 
 namespace {
 
@@ -35,11 +39,35 @@ constexpr int kLibraryVersion = 20901;  // The libxml2 release that this is made
 constexpr const char* kInstructionName = "xml-stylesheet type=\"text/xsl\"";
 constexpr const char* kContentPrefix = "href=\"";
 
-constexpr std::size_t kUsualSizeOfTheRest = 128;  // Of an entry with the document's end, in bytes.
-
-XmlReferences References(bool escapesText) {
-  return escapesText ? XmlReferences::AreText : XmlReferences::AreRead;
+/// The document as libxml2 saves it; empty when there is no memory.
+std::string Saved(xmlDoc& document) {
+  xmlChar* text = nullptr;
+  int size = 0;
+  xmlDocDumpMemoryEnc(&document, &text, &size, "UTF-8");
+  const XmlOwnText owned(text);
+  if (text == nullptr) return "";
+  return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)};
 }
+
+/// The texts of an event's entry as they stand in a document.
+class EventTexts {
+ public:
+  EventTexts(const LogEvent& event, XmlReferences references, xmlDoc& document)
+      : level_(AttributeValue(EventAccess::LevelName(event))),
+        date_(ElementContent(event.GetDate(), references, document)),
+        time_(ElementContent(event.GetTime(), references, document)),
+        log_(ElementContent(EventAccess::Message(event), references, document)) {}
+
+  /// False when there was no memory for one of them.
+  bool AreComplete() const { return date_ && time_ && log_; }
+  XmlEntry Entry() const { return {level_, *date_, *time_, *log_}; }
+
+ private:
+  std::string level_;
+  std::optional<std::string> date_;
+  std::optional<std::string> time_;
+  std::optional<std::string> log_;
+};
 
 }  // namespace
 
@@ -61,9 +89,8 @@ LogClientXml::LogClientXml(const LogProperties& properties)
 LogClientXml::~LogClientXml() {
   forkListener_.reset();
   const CancellationHold hold;
-  const XmlSilence silence;
-  // Without memory for the whole document the file stays as it is, which mostly has it all.
-  if (initialized_ && CompleteDocument()) file_->SaveIndented(*document_);
+  const LibxmlErrorGuard guard;
+  if (initialized_) file_->SaveIndented(*entries_);
   xmlFreeDoc(document_);
 #if LIBXML_VERSION < 21200
   xmlMemoryDump();
@@ -71,12 +98,11 @@ LogClientXml::~LogClientXml() {
 }
 
 void LogClientXml::Init(const std::string& xslfilename) {
-  const XmlSilence silence;
+  const LibxmlErrorGuard guard;
   if (filename_.empty()) return;
   xmlCheckVersion(kLibraryVersion);
   initialized_ = false;
-  file_ = std::make_unique<XmlLogFile>(filename_);  // The file is none of the new document's.
-  backlog_ = std::make_unique<XmlBacklog>();
+  file_->Distrust();  // It is none of the new document's.
   xmlFreeDoc(document_);
   document_ = xmlNewDoc(XmlChars("1.0"));
   if (document_ == nullptr) return;
@@ -88,55 +114,21 @@ void LogClientXml::Init(const std::string& xslfilename) {
   root_ = xmlNewNode(nullptr, XmlChars("apitestlog"));
   if (root_ == nullptr) return;
   xmlDocSetRootElement(document_, root_);
-  initialized_ = !silence.RanOutOfMemory();
+  entries_ = std::make_unique<XmlLogDocument>(Saved(*document_));
+  initialized_ = !guard.RanOutOfMemory();
 }
 
 bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
   const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
-  const XmlEntry entry = XmlEntry::Of(event);
+  const auto references = escapesText_ ? XmlReferences::AreText : XmlReferences::AreRead;
+  const EventTexts texts(event, references, *document_);
+  if (!texts.AreComplete()) return true;  // As with a save that fails, nothing is reported.
   std::string text;
-  text.reserve(entry.log.size() + kUsualSizeOfTheRest);
-  if (AppendSimply(text, entry, References(escapesText_))) {
-    text += XmlLogFile::kEnd;
-    Save(entry, text);
-  } else {
-    PublishByLibxml(event);
-  }
+  AppendEntry(text, texts.Entry(), XmlSpacing::Unindented());
+  text.append(XmlLogDocument::kEnd);
+  if (entries_->Add(texts.Entry())) file_->SaveEntry(text, *entries_);
   return true;
-}
-
-void LogClientXml::PublishByLibxml(const LogEvent& event) {
-  const std::string level = WithoutForbiddenCharacters(event.GetLogLevelName());
-  const std::string date = WithoutForbiddenCharacters(event.GetDate());
-  const std::string time = WithoutForbiddenCharacters(event.GetTime());
-  const std::string log = WithoutForbiddenCharacters(event.GetLogMessage());
-  const XmlTexts texts{level.c_str(), date.c_str(), time.c_str(), log.c_str()};
-  std::string text;
-  if (AppendByLibxml(text, *document_, texts, References(escapesText_))) text += XmlLogFile::kEnd;
-  Save({level, date, time, log}, text);
-}
-
-/// Adds an entry to the file, and keeps it for the document. The text is the entry's with the
-/// document's end, or empty: then the file gets the entry with the next event.
-void LogClientXml::Save(const XmlEntry& entry, const std::string& text) {
-  if (!backlog_->Add(entry)) return;  // As with a save that fails, nobody is told.
-  if (!file_->IsAsWritten()) {
-    const XmlSilence silence;
-    if (CompleteDocument()) file_->SaveWhole(*document_);
-  } else if (!text.empty()) {
-    file_->Append(text);
-  } else {
-    file_->Distrust();
-  }
-}
-
-/// Adds the entries that the document lacks. False when there is no memory for all of them.
-bool LogClientXml::CompleteDocument() {
-  return backlog_->HandOver([this](const XmlTexts& texts) {
-    XmlNode entry = NewEntry(*document_, texts, References(escapesText_));
-    return entry != nullptr && xmlAddChild(root_, entry.release()) != nullptr;
-  });
 }
 
 void LogClientXml::ContinueInChild(bool wasBusy) {
@@ -145,5 +137,5 @@ void LogClientXml::ContinueInChild(bool wasBusy) {
   if (!wasBusy) return;
   document_ = nullptr;  // Nobody knows what could be freed of it.
   root_ = nullptr;
-  static_cast<void>(backlog_.release());
+  static_cast<void>(entries_.release());
 }

@@ -1,7 +1,13 @@
 #include "Clients/XmlText.h"
 
+#include <libxml/xmlIO.h>
+#include <libxml/xmlsave.h>
+
 #include <algorithm>
 #include <cstdint>
+
+#include "Clients/LibxmlErrorGuard.h"
+#include "Internal/XmlHandles.h"
 
 namespace Logger::Internal {
 
@@ -20,8 +26,11 @@ bool IsAllowed(std::uint32_t codePoint) {
   return codePoint != 0xFFFE && codePoint != 0xFFFF;
 }
 
-/// What most texts consist of altogether.
-bool IsPlain(char character) { return character >= ' ' && character <= '~'; }
+/// What most texts consist of altogether, in which it stands for itself everywhere.
+bool IsPlain(char character) {
+  return character >= ' ' && character <= '~' && character != '&' && character != '<' &&
+         character != '>' && character != '"';
+}
 
 /// The lengths of UTF-8: what its first byte says, and the smallest code point that needs so many
 /// bytes.
@@ -41,7 +50,7 @@ Form FormOf(unsigned char first) {
 
 bool IsSurrogate(std::uint32_t codePoint) { return codePoint >= 0xD800 && codePoint <= 0xDFFF; }
 
-Character CharacterAt(const logstring& text, std::size_t position) {
+Character CharacterAt(std::string_view text, std::size_t position) {
   constexpr Character kInvalidByte{1, false};
   constexpr std::uint32_t kLargest = 0x10FFFF;
   const Form form = FormOf(static_cast<unsigned char>(text[position]));
@@ -58,22 +67,99 @@ Character CharacterAt(const logstring& text, std::size_t position) {
   return {form.length, IsAllowed(codePoint)};
 }
 
+/// The reference for a character that does not stand for itself in content; empty for others.
+std::string_view ReferenceInContent(char character) {
+  switch (character) {
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '&':
+      return "&amp;";
+    case '\r':
+      return "&#13;";
+    default:
+      return "";
+  }
+}
+
+std::string_view ReferenceInAttribute(char character) {
+  switch (character) {
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    default:
+      return ReferenceInContent(character);
+  }
+}
+
+std::string Escaped(std::string_view text, std::string_view (*reference)(char)) {
+  if (std::all_of(text.begin(), text.end(), IsPlain)) return std::string(text);
+  std::string escaped;
+  for (const char character : WithoutForbiddenCharacters(text)) {
+    const std::string_view instead = reference(character);
+    if (instead.empty()) {
+      escaped.push_back(character);
+    } else {
+      escaped.append(instead);
+    }
+  }
+  return escaped;
+}
+
+/// The element as it is saved, without its tags.
+std::string ContentOf(std::string_view element) {
+  constexpr std::string_view kStart = "<log>";
+  constexpr std::string_view kEnd = "</log>";
+  if (element == "<log/>") return std::string(kNoContent);
+  return std::string(element.substr(kStart.size(), element.size() - kStart.size() - kEnd.size()));
+}
+
+std::optional<std::string> ContentByLibxml(const std::string& text, XmlReferences references,
+                                           xmlDoc& document) {
+  const LibxmlErrorGuard guard;
+  // The first form reads an ampersand as the start of a reference, on purpose.
+  const auto newElement = references == XmlReferences::AreRead ? xmlNewDocNode : xmlNewDocRawNode;
+  const XmlNode element(newElement(&document, nullptr, XmlChars("log"), XmlChars(text.c_str())));
+  const XmlOutput output(guard.RanOutOfMemory() ? nullptr : xmlAllocOutputBuffer(nullptr));
+  if (element == nullptr || output == nullptr) return std::nullopt;
+  xmlNodeDumpOutput(output.get(), &document, element.get(), 0, 0, "UTF-8");
+  // A buffer for which memory ran out has no error of its own, but no content.
+  const auto* const saved = reinterpret_cast<const char*>(xmlOutputBufferGetContent(output.get()));
+  if (output->error != 0 || saved == nullptr) return std::nullopt;
+  return ContentOf({saved, xmlOutputBufferGetSize(output.get())});
+}
+
 }  // namespace
 
-logstring WithoutForbiddenCharacters(const logstring& text) {
-  if (std::all_of(text.begin(), text.end(), IsPlain)) return text;
-  logstring clean;
+std::string WithoutForbiddenCharacters(std::string_view text) {
+  if (std::all_of(text.begin(), text.end(), IsPlain)) return std::string(text);
+  std::string clean;
   clean.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {
     const Character character = CharacterAt(text, position);
     if (character.isAllowed) {
-      clean.append(text, position, character.length);
+      clean.append(text.substr(position, character.length));
     } else {
       clean.append(kReplacement);
     }
     position += character.length;
   }
   return clean;
+}
+
+std::string AttributeValue(std::string_view text) { return Escaped(text, ReferenceInAttribute); }
+
+std::optional<std::string> ElementContent(std::string_view text, XmlReferences references,
+                                          xmlDoc& document) {
+  const bool hasReferences =
+      references == XmlReferences::AreRead && text.find('&') != std::string_view::npos;
+  // Of an element without text there are two forms.
+  if (!hasReferences && !text.empty()) return Escaped(text, ReferenceInContent);
+  return ContentByLibxml(WithoutForbiddenCharacters(text), references, document);
 }
 
 }  // namespace Logger::Internal

@@ -1,12 +1,30 @@
 #pragma once
 
-#include "LogString.h"
+#include <libxml/tree.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace Logger::Internal {
 
-/// The text with U+FFFD in the place of everything that an XML document cannot contain: bytes that
-/// are no UTF-8, control characters other than tab, line feed and carriage return, U+FFFE and
-/// U+FFFF. (The production Char of XML 1.0.)
-logstring WithoutForbiddenCharacters(const logstring& text);
+/// What an ampersand in a text is: the start of a reference, or an ampersand.
+enum class XmlReferences { AreRead, AreText };
+
+/// The content of an element that is saved as `<log/>`. No document contains this byte.
+inline constexpr std::string_view kNoContent = "\xFF";
+
+/// The text with U+FFFD in place of everything that an XML document cannot contain: bytes that are
+/// no UTF-8, control characters other than tab, line feed and carriage return, U+FFFE and U+FFFF.
+/// (The production Char of XML 1.0.)
+std::string WithoutForbiddenCharacters(std::string_view text);
+
+/// The text as libxml2 saves it as an attribute's value. It is cleaned of forbidden characters.
+std::string AttributeValue(std::string_view text);
+
+/// The text as libxml2 saves it as the content of an element of this document, or kNoContent. It is
+/// cleaned of forbidden characters. Nothing when libxml2 has no memory for it.
+std::optional<std::string> ElementContent(std::string_view text, XmlReferences references,
+                                          xmlDoc& document);
 
 }  // namespace Logger::Internal

@@ -4,10 +4,20 @@
 #include <libxml/chvalid.h>
 #include <libxml/xmlstring.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Support/Files.h"
+#include "Support/PlainXmlLog.h"
+#include "Support/TemporaryFolder.h"
+#include "Support/XmlMessages.h"
+
+using Logger::Internal::AttributeValue;
+using Logger::Internal::ElementContent;
+using Logger::Internal::kNoContent;
 using Logger::Internal::WithoutForbiddenCharacters;
+using Logger::Internal::XmlReferences;
 
 namespace {
 
@@ -149,5 +159,63 @@ TEST(XmlTextTest, LeavesItsOwnResultAlone) {
   EXPECT_EQ(clean, WithoutForbiddenCharacters(clean));
   EXPECT_EQ(1, xmlCheckUTF8(reinterpret_cast<const xmlChar*>(clean.c_str())));
 }
+
+/// The text as a level and as a message of an entry that libxml2 saves.
+struct Saved {
+  std::string level;
+  std::string log;
+
+  Saved(const std::string& text, XmlReferences references) {
+    const TemporaryFolder folder;
+    PlainXmlLog plain;
+    plain.Add(text, "2024-03-05", "14:07:09", text,
+              references == XmlReferences::AreRead ? xmlNewChild : xmlNewTextChild);
+    plain.Save(folder.Path("log.xml"));
+    const std::string content = Content(folder.Path("log.xml"));
+    level = Between(content, "level=\"", "\"><date>");
+    log = Between(content, "</time>", "</entry>");
+  }
+
+ private:
+  static std::string Between(const std::string& text, const std::string& start,
+                             const std::string& end) {
+    const std::size_t position = text.find(start) + start.size();
+    return text.substr(position, text.rfind(end) - position);
+  }
+};
+
+class XmlTextReferencesTest : public testing::TestWithParam<XmlReferences> {
+ protected:
+  void ExpectAsLibxmlSaves(const std::string& text) {
+    const Saved saved(text, GetParam());
+
+    EXPECT_EQ(saved.level, AttributeValue(text));
+    const std::string content = ElementContent(text, GetParam(), *document_).value_or("no memory");
+    EXPECT_EQ(saved.log, content == kNoContent ? "<log/>" : "<log>" + content + "</log>");
+  }
+
+ private:
+  const XmlMessages ignored_{XmlMessages::Kind::Structured};
+  const std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document_{
+      xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0")), xmlFreeDoc};
+};
+
+TEST_P(XmlTextReferencesTest, IsAsLibxmlSavesEveryCharacterOfOneByte) {
+  for (char character = 0x7F; character > 0; --character) {
+    const std::string text{'a', character, character, 'b'};
+    if (WithoutForbiddenCharacters(text) == text) ExpectAsLibxmlSaves(text);
+  }
+}
+
+TEST_P(XmlTextReferencesTest, IsAsLibxmlSavesLongerTexts) {
+  for (const char* const text :
+       {"", "plain", "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "\xC2\x85\xE2\x80\xA8", "&amp;",
+        "&lt;log/&gt;", "&#65;", "&unknown;", "x&unknown;y", "AT&T", "&#0;", "<log/>", "\r\n"}) {
+    ExpectAsLibxmlSaves(text);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(, XmlTextReferencesTest,
+                         testing::Values(XmlReferences::AreRead, XmlReferences::AreText));
 
 }  // namespace

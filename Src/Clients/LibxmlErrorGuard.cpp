@@ -1,4 +1,4 @@
-#include "Clients/XmlSilence.h"
+#include "Clients/LibxmlErrorGuard.h"
 
 #include <libxml/xmlversion.h>
 #if LIBXML_VERSION < 21200
@@ -13,7 +13,7 @@ void Ignore(void*, const char*, ...) {}
 
 }  // namespace
 
-XmlSilence::XmlSilence()
+LibxmlErrorGuard::LibxmlErrorGuard()
     : genericHandler_(xmlGenericError),
       genericContext_(xmlGenericErrorContext),
       structuredHandler_(xmlStructuredError),
@@ -30,7 +30,7 @@ XmlSilence::XmlSilence()
 #endif
 }
 
-XmlSilence::~XmlSilence() {
+LibxmlErrorGuard::~LibxmlErrorGuard() {
 #if LIBXML_VERSION < 21200
   xmlResetError(&xmlLastError);
   xmlLastError = lastError_;

@@ -1,8 +1,9 @@
-#include "Clients/XmlBacklog.h"
+#include "Clients/XmlLogDocument.h"
+
+#include <libxml/globals.h>
 
 #include <algorithm>
 #include <new>
-#include <string_view>
 #include <utility>
 
 namespace Logger::Internal {
@@ -13,7 +14,15 @@ constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 
 }  // namespace
 
-bool XmlBacklog::Add(const XmlEntry& entry) noexcept try {
+/// As the application has set it for the calling thread.
+XmlSpacing XmlSpacing::Indented() {
+  const bool isIndented = xmlIndentTreeOutput != 0 && xmlTreeIndentString != nullptr;
+  return {"\n", isIndented ? xmlTreeIndentString : ""};
+}
+
+XmlLogDocument::XmlLogDocument(std::string empty) : empty_(std::move(empty)) {}
+
+bool XmlLogDocument::Add(const XmlEntry& entry) noexcept try {
   const auto texts = {entry.level, entry.date, entry.time, entry.log};
   std::size_t size = 0;
   for (const std::string_view text : texts) size += text.size() + 1;

@@ -1,4 +1,4 @@
-#include "Clients/XmlSilence.h"
+#include "Clients/LibxmlErrorGuard.h"
 
 #include <gtest/gtest.h>
 #include <libxml/globals.h>
@@ -10,7 +10,7 @@
 
 #include "Support/XmlMessages.h"
 
-using Logger::Internal::XmlSilence;
+using Logger::Internal::LibxmlErrorGuard;
 
 namespace {
 
@@ -21,10 +21,10 @@ const char* const kReport = "Premature end of data in tag a line 1\n";
 /// Makes libxml2 report something.
 void ParseHalfADocument() { xmlFreeDoc(xmlReadMemory("<a>", 3, nullptr, nullptr, 0)); }
 
-TEST(XmlSilenceTest, KeepsStandardErrorEmpty) {
+TEST(LibxmlErrorGuardTest, KeepsStandardErrorEmpty) {
   testing::internal::CaptureStderr();
   {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     ParseHalfADocument();
     xmlGenericError(xmlGenericErrorContext, "%s", "text");
   }
@@ -32,8 +32,8 @@ TEST(XmlSilenceTest, KeepsStandardErrorEmpty) {
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
-TEST(XmlSilenceTest, LeavesStandardErrorAsItWas) {
-  { const XmlSilence silence; }
+TEST(LibxmlErrorGuardTest, LeavesStandardErrorAsItWas) {
+  { const LibxmlErrorGuard guard; }
   testing::internal::CaptureStderr();
 
   ParseHalfADocument();
@@ -42,21 +42,21 @@ TEST(XmlSilenceTest, LeavesStandardErrorAsItWas) {
             testing::internal::GetCapturedStderr());
 }
 
-TEST(XmlSilenceTest, KeepsTheApplicationsGenericHandlerFromBeingCalled) {
+TEST(LibxmlErrorGuardTest, KeepsTheApplicationsGenericHandlerFromBeingCalled) {
   const XmlMessages messages(Kind::Generic);
   {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     ParseHalfADocument();
   }
 
   EXPECT_EQ("", messages.text);
 }
 
-TEST(XmlSilenceTest, KeepsTheApplicationsStructuredHandlerFromBeingCalled) {
+TEST(LibxmlErrorGuardTest, KeepsTheApplicationsStructuredHandlerFromBeingCalled) {
   const XmlMessages messages(Kind::Structured);
   testing::internal::CaptureStderr();
   {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     ParseHalfADocument();
   }
 
@@ -64,9 +64,9 @@ TEST(XmlSilenceTest, KeepsTheApplicationsStructuredHandlerFromBeingCalled) {
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
-TEST(XmlSilenceTest, PutsTheApplicationsGenericHandlerBack) {
+TEST(LibxmlErrorGuardTest, PutsTheApplicationsGenericHandlerBack) {
   const XmlMessages messages(Kind::Generic);
-  { const XmlSilence silence; }
+  { const LibxmlErrorGuard guard; }
 
   xmlGenericError(xmlGenericErrorContext, "%s %d", "text", 7);
 
@@ -74,9 +74,9 @@ TEST(XmlSilenceTest, PutsTheApplicationsGenericHandlerBack) {
   EXPECT_EQ("text 7", messages.text);
 }
 
-TEST(XmlSilenceTest, PutsTheApplicationsStructuredHandlerBack) {
+TEST(LibxmlErrorGuardTest, PutsTheApplicationsStructuredHandlerBack) {
   const XmlMessages messages(Kind::Structured);
-  { const XmlSilence silence; }
+  { const LibxmlErrorGuard guard; }
 
   ParseHalfADocument();
 
@@ -84,11 +84,11 @@ TEST(XmlSilenceTest, PutsTheApplicationsStructuredHandlerBack) {
   EXPECT_EQ(kReport, messages.text);
 }
 
-TEST(XmlSilenceTest, MayBeNested) {
+TEST(LibxmlErrorGuardTest, MayBeNested) {
   const XmlMessages messages(Kind::Structured);
   {
-    const XmlSilence outer;
-    { const XmlSilence inner; }
+    const LibxmlErrorGuard outer;
+    { const LibxmlErrorGuard inner; }
     ParseHalfADocument();
   }
   EXPECT_EQ("", messages.text);
@@ -98,14 +98,14 @@ TEST(XmlSilenceTest, MayBeNested) {
   EXPECT_EQ(kReport, messages.text);
 }
 
-TEST(XmlSilenceTest, KeepsTheLastErrorThatTheApplicationMayLookAt) {
+TEST(LibxmlErrorGuardTest, KeepsTheLastErrorThatTheApplicationMayLookAt) {
   const XmlMessages messages(Kind::Structured);
   xmlFreeDoc(xmlReadMemory("no document", 11, nullptr, nullptr, 0));
   ASSERT_NE(nullptr, xmlGetLastError());
   const std::string message = xmlGetLastError()->message;
   const int code = xmlGetLastError()->code;
   {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     ParseHalfADocument();
   }
 
@@ -116,20 +116,20 @@ TEST(XmlSilenceTest, KeepsTheLastErrorThatTheApplicationMayLookAt) {
   xmlResetLastError();
 }
 
-TEST(XmlSilenceTest, LeavesNoLastErrorWhereThereWasNone) {
+TEST(LibxmlErrorGuardTest, LeavesNoLastErrorWhereThereWasNone) {
   {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     ParseHalfADocument();
   }
 
   EXPECT_EQ(nullptr, xmlGetLastError());
 }
 
-TEST(XmlSilenceTest, LetsOtherThreadsReport) {
+TEST(LibxmlErrorGuardTest, LetsOtherThreadsReport) {
   std::promise<void> isSilent;
   std::promise<void> isReported;
   std::thread silent([&] {
-    const XmlSilence silence;
+    const LibxmlErrorGuard guard;
     isSilent.set_value();
     isReported.get_future().wait();
   });
