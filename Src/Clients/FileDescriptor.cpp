@@ -17,8 +17,7 @@ bool FileDescriptor::Open(const std::string& fileName, int flags) {
   constexpr mode_t kReadAndWriteForAll = 0666;  // Less what the process's umask takes.
   if (IsOpen()) return false;
   do {
-    descriptor_ =
-        open(fileName.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kReadAndWriteForAll);
+    descriptor_ = open(fileName.c_str(), O_CREAT | O_CLOEXEC | flags, kReadAndWriteForAll);
   } while (descriptor_ < 0 && errno == EINTR);
   return IsOpen();
 }

@@ -17,8 +17,8 @@ class FileDescriptor {
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
 
-  /// Opens a file for writing, made if it does not exist, with further flags of open(2). False when
-  /// that fails or a file is open already.
+  /// Opens a file with these flags of open(2), and makes it if it does not exist. False when that
+  /// fails or a file is open already.
   bool Open(const std::string& fileName, int flags);
   bool IsOpen() const { return descriptor_ >= 0; }
   int Get() const { return descriptor_; }

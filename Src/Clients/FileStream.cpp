@@ -16,7 +16,7 @@ FileBuffer::FileBuffer() = default;
 FileBuffer::~FileBuffer() { static_cast<void>(Close()); }
 
 bool FileBuffer::Open(const std::string& fileName, bool append) {
-  if (!file_.Open(fileName, append ? O_APPEND : O_TRUNC)) return false;
+  if (!file_.Open(fileName, O_WRONLY | (append ? O_APPEND : O_TRUNC))) return false;
   // Appending starts at the end; before the first write the kernel's position does not tell that
   // yet.
   if (append) static_cast<void>(lseek(file_.Get(), 0, SEEK_END));

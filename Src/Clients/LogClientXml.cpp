@@ -16,7 +16,6 @@
 #include "LogEvent.h"
 #include "LogProperties.h"
 
-using Logger::Internal::AppendEntry;
 using Logger::Internal::AttributeValue;
 using Logger::Internal::CancellationHold;
 using Logger::Internal::ElementContent;
@@ -29,7 +28,6 @@ using Logger::Internal::XmlLogDocument;
 using Logger::Internal::XmlLogFile;
 using Logger::Internal::XmlOwnText;
 using Logger::Internal::XmlReferences;
-using Logger::Internal::XmlSpacing;
 
 namespace {
 
@@ -49,24 +47,38 @@ std::string Saved(xmlDoc& document) {
   return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)};
 }
 
-/// The texts of an event's entry as they stand in a document.
-class EventTexts {
+/// The entry of an event, until the thread asks for another event's date.
+class EventEntry {
  public:
-  EventTexts(const LogEvent& event, XmlReferences references, xmlDoc& document)
-      : level_(AttributeValue(EventAccess::LevelName(event))),
-        date_(ElementContent(event.GetDate(), references, document)),
-        time_(ElementContent(event.GetTime(), references, document)),
-        log_(ElementContent(EventAccess::Message(event), references, document)) {}
+  EventEntry(const LogEvent& event, XmlReferences references, xmlDoc& document) {
+    const auto content = [&](std::string_view text, std::string& made) {
+      const auto saved = ElementContent(text, references, document, made);
+      isComplete_ = isComplete_ && saved.has_value();
+      return saved.value_or("");
+    };
+    entry_.level = AttributeValue(EventAccess::LevelName(event), level_);
+    const std::string_view dateTime = EventAccess::DateTime(event);
+    if (const std::size_t dateEnd = dateTime.find('T'); dateEnd != std::string_view::npos) {
+      entry_.date = dateTime.substr(0, dateEnd);
+      entry_.time = dateTime.substr(dateEnd + 1);
+    } else {  // Each of the two may have a text all the same.
+      entry_.date = content(date_ = event.GetDate(), date_);
+      entry_.time = content(time_ = event.GetTime(), time_);
+    }
+    entry_.log = content(EventAccess::Message(event), log_);
+  }
 
-  /// False when there was no memory for one of them.
-  bool AreComplete() const { return date_ && time_ && log_; }
-  XmlEntry Entry() const { return {level_, *date_, *time_, *log_}; }
+  /// False when there was no memory for one of its texts.
+  bool IsComplete() const { return isComplete_; }
+  const XmlEntry& Get() const { return entry_; }
 
  private:
-  std::string level_;
-  std::optional<std::string> date_;
-  std::optional<std::string> time_;
-  std::optional<std::string> log_;
+  XmlEntry entry_;
+  bool isComplete_ = true;
+  std::string level_;  // These four have the texts that had to be made.
+  std::string date_;
+  std::string time_;
+  std::string log_;
 };
 
 }  // namespace
@@ -122,12 +134,9 @@ bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
   const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
   const auto references = escapesText_ ? XmlReferences::AreText : XmlReferences::AreRead;
-  const EventTexts texts(event, references, *document_);
-  if (!texts.AreComplete()) return true;  // As with a save that fails, nothing is reported.
-  std::string text;
-  AppendEntry(text, texts.Entry(), XmlSpacing::Unindented());
-  text.append(XmlLogDocument::kEnd);
-  if (entries_->Add(texts.Entry())) file_->SaveEntry(text, *entries_);
+  const EventEntry entry(event, references, *document_);
+  // As with a save that fails, nothing is reported.
+  if (entry.IsComplete()) file_->Add(entry.Get(), *entries_);
   return true;
 }
 

@@ -3,14 +3,19 @@
 #include <fcntl.h>
 #include <libxml/tree.h>
 #include <libxml/xmlIO.h>
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "Clients/LibxmlErrorGuard.h"
 #include "Clients/XmlLogDocument.h"
+#include "Internal/CopyBytes.h"
 #include "Internal/XmlHandles.h"
 
 namespace Logger::Internal {
@@ -23,6 +28,19 @@ bool IsPlain(const std::string& fileName) {
   return fileName != "-" && fileName.find_first_of("%:") == std::string::npos &&
          xmlGetCompressMode() == 0;
 }
+
+/// Appends to a buffer.
+class BufferWriter {
+ public:
+  explicit BufferWriter(ByteBuffer& buffer) : buffer_(buffer) {}
+
+  void append(std::string_view text) {
+    CopyBytes(buffer_.Extend(text.size()), text.data(), text.size());
+  }
+
+ private:
+  ByteBuffer& buffer_;
+};
 
 /// Writes appended text by the page, so that saving a document needs no memory.
 class PageWriter {
@@ -83,22 +101,66 @@ bool WriteAt(int descriptor, std::string_view text, off_t position) {
   return written == static_cast<ssize_t>(text.size());
 }
 
+/// Whether the file has the text at the place.
+bool Holds(int descriptor, std::string_view text, off_t position) {
+  std::array<char, 1024> bytes;
+  while (!text.empty()) {
+    const ssize_t count =
+        pread(descriptor, bytes.data(), std::min(text.size(), bytes.size()), position);
+    if (count <= 0) return false;
+    const auto size = static_cast<std::size_t>(count);
+    if (text.compare(0, size, bytes.data(), size) != 0) return false;
+    text.remove_prefix(size);
+    position += count;
+  }
+  return true;
+}
+
 bool IsSameTime(const timespec& one, const timespec& other) {
   return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
 }
 
+bool IsEarlier(const timespec& one, const timespec& other) {
+  return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
+}
+
+/// Whether the time stamps of the file are this kernel's. Other machines' are by other clocks.
+bool HasStampsOfThisKernel(int descriptor) {
+  struct statfs system;
+  if (fstatfs(descriptor, &system) != 0) return false;
+  return system.f_type == EXT4_SUPER_MAGIC || system.f_type == XFS_SUPER_MAGIC ||
+         system.f_type == BTRFS_SUPER_MAGIC || system.f_type == TMPFS_MAGIC;
+}
+
+/// Whether a stamp of this kernel that was just made is finer than its clock's ticks. A kernel that
+/// makes such ones gives each change after a stat() a stamp of its own.
+bool IsFine(const timespec& stamp) {
+  timespec tick;
+  timespec now;
+  clock_gettime(CLOCK_REALTIME_COARSE, &tick);
+  clock_gettime(CLOCK_REALTIME, &now);
+  return IsEarlier(tick, stamp) && !IsEarlier(now, stamp);
+}
+
 }  // namespace
 
-XmlLogFile::XmlLogFile(const std::string& fileName) : fileName_(fileName), written_() {}
+XmlLogFile::XmlLogFile(const std::string& fileName)
+    : fileName_(fileName), isReadable_(false), changesShow_(false), written_() {}
 
 XmlLogFile::~XmlLogFile() = default;
 
-void XmlLogFile::SaveEntry(std::string_view entryAndEnd, const XmlLogDocument& document) {
+void XmlLogFile::Add(const XmlEntry& entry, XmlLogDocument& document) {
+  next_.Clear();
+  BufferWriter writer(next_);
+  AppendEntry(writer, entry, XmlSpacing::Unindented());
+  writer.append(XmlLogDocument::kEnd);
+  if (!document.Add(entry)) return;
   if (!IsAsWritten()) {
     SaveWhole(document, XmlSpacing::Unindented());
-  } else if (!WriteOverEnd(entryAndEnd)) {
+  } else if (!WriteOverEnd()) {
     Distrust();
   }
+  std::swap(end_, next_);
 }
 
 void XmlLogFile::SaveIndented(const XmlLogDocument& document) {
@@ -111,12 +173,21 @@ bool XmlLogFile::IsAsWritten() const {
   return descriptor_.IsOpen() && stat(fileName_.c_str(), &now) == 0 &&
          now.st_dev == written_.st_dev && now.st_ino == written_.st_ino &&
          now.st_size == written_.st_size && IsSameTime(now.st_mtim, written_.st_mtim) &&
-         IsSameTime(now.st_ctim, written_.st_ctim);
+         IsSameTime(now.st_ctim, written_.st_ctim) && EndsAsWritten();
 }
 
-/// Writes a text over the former end. When that fails, the file is left as it was.
-bool XmlLogFile::WriteOverEnd(std::string_view text) {
+/// Most kernels' time stamps stand still for some milliseconds, and those of some file systems for
+/// seconds: a change of the same size in that time shows in the bytes only.
+bool XmlLogFile::EndsAsWritten() const {
+  if (changesShow_ || !isReadable_) return true;
+  const off_t start = written_.st_size - static_cast<off_t>(end_.Size());
+  return Holds(descriptor_.Get(), {end_.Data(), end_.Size()}, start);
+}
+
+/// Writes the next text over the former end. When that fails, the file is left as it was.
+bool XmlLogFile::WriteOverEnd() {
   constexpr std::string_view kEnd = XmlLogDocument::kEnd;
+  const std::string_view text(next_.Data(), next_.Size());
   const off_t end = written_.st_size - static_cast<off_t>(kEnd.size());
   if (!WriteAt(descriptor_.Get(), text, end)) {
     // Not reported; what cannot be put back now is written with the next event.
@@ -124,7 +195,21 @@ bool XmlLogFile::WriteOverEnd(std::string_view text) {
     static_cast<void>(ftruncate(descriptor_.Get(), written_.st_size) == 0);
     return false;
   }
-  return fstat(descriptor_.Get(), &written_) == 0;
+  if (fstat(descriptor_.Get(), &written_) != 0) return false;
+  if (!changesShow_)
+    changesShow_ = IsFine(written_.st_ctim) && HasStampsOfThisKernel(descriptor_.Get());
+  return true;
+}
+
+/// For reading as well, if that is allowed. Pipes and devices are only written.
+bool XmlLogFile::Open() {
+  struct stat former;
+  const bool isRegular = stat(fileName_.c_str(), &former) != 0 || S_ISREG(former.st_mode);
+  changesShow_ = false;
+  isReadable_ = isRegular && descriptor_.Open(fileName_, O_RDWR | O_TRUNC);
+  // Without this a read would change the file's time of access, which takes longer than to read.
+  if (isReadable_) static_cast<void>(fcntl(descriptor_.Get(), F_SETFL, O_NOATIME));
+  return isReadable_ || descriptor_.Open(fileName_, O_WRONLY | O_TRUNC);
 }
 
 void XmlLogFile::SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing) {
@@ -134,7 +219,7 @@ void XmlLogFile::SaveWhole(const XmlLogDocument& document, const XmlSpacing& spa
     if (writer.IsOpen()) document.AppendTo(writer, spacing);
     return;
   }
-  if (!descriptor_.Open(fileName_, O_TRUNC)) return;
+  if (!Open()) return;
   PageWriter writer(descriptor_);
   document.AppendTo(writer, spacing);
   const off_t size = writer.Finish();

@@ -3,12 +3,13 @@
 #include <sys/stat.h>
 
 #include <string>
-#include <string_view>
 
 #include "Clients/FileDescriptor.h"
+#include "Internal/ByteBuffer.h"
 
 namespace Logger::Internal {
 
+struct XmlEntry;
 class XmlLogDocument;
 struct XmlSpacing;
 
@@ -23,9 +24,9 @@ class XmlLogFile {
   explicit XmlLogFile(const std::string& fileName);
   ~XmlLogFile();
 
-  /// Saves the document after an entry was added. `entryAndEnd` is how the document ends now: the
-  /// entry, unindented, with XmlLogDocument::kEnd.
-  void SaveEntry(std::string_view entryAndEnd, const XmlLogDocument& document);
+  /// Adds an entry to the document, and saves that. Without memory for the entry both stay as they
+  /// are.
+  void Add(const XmlEntry& entry, XmlLogDocument& document);
   void SaveIndented(const XmlLogDocument& document);
   /// Lets the next save write the whole document.
   void Distrust() { static_cast<void>(descriptor_.Close()); }
@@ -33,10 +34,16 @@ class XmlLogFile {
  private:
   const std::string fileName_;
   FileDescriptor descriptor_;  // Open as long as the file can be added to where it ends.
+  bool isReadable_;            // Whether the open file can be read, too.
+  bool changesShow_;           // Whether every change of the open file moves its time stamps.
   struct stat written_;        // The file as it was after the last write here.
+  ByteBuffer end_;             // How it ended then: an entry with the document's end.
+  ByteBuffer next_;            // The same for the entry that is being added.
 
   bool IsAsWritten() const;
-  bool WriteOverEnd(std::string_view text);
+  bool EndsAsWritten() const;
+  bool WriteOverEnd();
+  bool Open();
   void SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing);
 };
 

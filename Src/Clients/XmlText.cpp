@@ -26,10 +26,12 @@ bool IsAllowed(std::uint32_t codePoint) {
   return codePoint != 0xFFFE && codePoint != 0xFFFF;
 }
 
-/// What most texts consist of altogether, in which it stands for itself everywhere.
-bool IsPlain(char character) {
-  return character >= ' ' && character <= '~' && character != '&' && character != '<' &&
-         character != '>' && character != '"';
+/// Whether the text consists of what stands for itself everywhere, as most do.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char character) {
+    return character >= ' ' && character <= '~' && character != '&' && character != '<' &&
+           character != '>' && character != '"';
+  });
 }
 
 /// The lengths of UTF-8: what its first byte says, and the smallest code point that needs so many
@@ -97,7 +99,6 @@ std::string_view ReferenceInAttribute(char character) {
 }
 
 std::string Escaped(std::string_view text, std::string_view (*reference)(char)) {
-  if (std::all_of(text.begin(), text.end(), IsPlain)) return std::string(text);
   std::string escaped;
   for (const char character : WithoutForbiddenCharacters(text)) {
     const std::string_view instead = reference(character);
@@ -136,7 +137,7 @@ std::optional<std::string> ContentByLibxml(const std::string& text, XmlReference
 }  // namespace
 
 std::string WithoutForbiddenCharacters(std::string_view text) {
-  if (std::all_of(text.begin(), text.end(), IsPlain)) return std::string(text);
+  if (IsPlain(text)) return std::string(text);
   std::string clean;
   clean.reserve(text.size());
   for (std::size_t position = 0; position < text.size();) {
@@ -151,15 +152,22 @@ std::string WithoutForbiddenCharacters(std::string_view text) {
   return clean;
 }
 
-std::string AttributeValue(std::string_view text) { return Escaped(text, ReferenceInAttribute); }
+std::string_view AttributeValue(std::string_view text, std::string& made) {
+  if (IsPlain(text)) return text;
+  return made = Escaped(text, ReferenceInAttribute);
+}
 
-std::optional<std::string> ElementContent(std::string_view text, XmlReferences references,
-                                          xmlDoc& document) {
-  const bool hasReferences =
-      references == XmlReferences::AreRead && text.find('&') != std::string_view::npos;
+std::optional<std::string_view> ElementContent(std::string_view text, XmlReferences references,
+                                               xmlDoc& document, std::string& made) {
   // Of an element without text there are two forms.
-  if (!hasReferences && !text.empty()) return Escaped(text, ReferenceInContent);
-  return ContentByLibxml(WithoutForbiddenCharacters(text), references, document);
+  if (!text.empty() && IsPlain(text)) return text;
+  const bool areRead =
+      references == XmlReferences::AreRead && text.find('&') != std::string_view::npos;
+  if (!text.empty() && !areRead) return made = Escaped(text, ReferenceInContent);
+  std::optional<std::string> content =
+      ContentByLibxml(WithoutForbiddenCharacters(text), references, document);
+  if (!content) return std::nullopt;
+  return made = *std::move(content);
 }
 
 }  // namespace Logger::Internal

@@ -19,12 +19,13 @@ inline constexpr std::string_view kNoContent = "\xFF";
 /// (The production Char of XML 1.0.)
 std::string WithoutForbiddenCharacters(std::string_view text);
 
-/// The text as libxml2 saves it as an attribute's value. It is cleaned of forbidden characters.
-std::string AttributeValue(std::string_view text);
+/// The text as libxml2 saves it as an attribute's value: the text itself, or where that differs a
+/// text in `made`. It is cleaned of forbidden characters.
+std::string_view AttributeValue(std::string_view text, std::string& made);
 
-/// The text as libxml2 saves it as the content of an element of this document, or kNoContent. It is
-/// cleaned of forbidden characters. Nothing when libxml2 has no memory for it.
-std::optional<std::string> ElementContent(std::string_view text, XmlReferences references,
-                                          xmlDoc& document);
+/// The same as the content of an element of this document, which may be kNoContent. Nothing when
+/// libxml2 has no memory for it.
+std::optional<std::string_view> ElementContent(std::string_view text, XmlReferences references,
+                                               xmlDoc& document, std::string& made);
 
 }  // namespace Logger::Internal
