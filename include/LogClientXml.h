@@ -25,8 +25,13 @@ class XmlLogFile;
 /// client is destroyed it writes the document a last time, indented, also when there was no event.
 /// A save that fails is not reported; the next save that works writes what is missing. An entry for
 /// which the disk has no room leaves the file as it was; the indented document, which is longer, is
-/// cut where the room ends. In a forked child the client is not initialised and never writes: the
-/// file is its parent's. The layout is not used.
+/// cut where the room ends. The layout is not used.
+///
+/// A forked child does not touch the file while its parent lives: its client collects entries in
+/// memory. When the parent has ended, the client takes the file over at its next event, or at its
+/// end: it puts what the parent logged after the fork before its own entries, and writes the whole
+/// document. A child of a child also waits for the process that had the file before its parent.
+/// Children of one parent that all go on after it write over each other's document.
 ///
 /// Bytes that XML cannot carry (invalid UTF-8, control characters) are replaced by U+FFFD. By
 /// default the message is XML character data: an ampersand in it starts an entity reference, and a
@@ -44,9 +49,9 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   /// Starts a new, empty document in memory; a former one is given up. Called by the constructors.
   void Init(const std::string& xslfilename);
 
-  /// Adds an entry with the event's level name, date, time and message, and saves the document.
-  /// False when the client is not initialised. An event for whose entry there is no memory is
-  /// dropped.
+  /// Adds an entry with the event's level name, date, time and message, and saves the document; in
+  /// a child whose parent lives it is only added. False when the client is not initialised. An
+  /// event for whose entry there is no memory is dropped.
   bool Publish(const LogEvent& event) override;
 
  private:

@@ -102,7 +102,7 @@ LogClientXml::~LogClientXml() {
   forkListener_.reset();
   const CancellationHold hold;
   const LibxmlErrorGuard guard;
-  if (initialized_) file_->SaveIndented(*entries_);
+  if (initialized_ && file_->IsOurs(*entries_)) file_->SaveIndented(*entries_);
   xmlFreeDoc(document_);
 #if LIBXML_VERSION < 21200
   xmlMemoryDump();
@@ -135,16 +135,23 @@ bool LogClientXml::Publish(const LogEvent& event) {
   const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
   const auto references = escapesText_ ? XmlReferences::AreText : XmlReferences::AreRead;
   const EventEntry entry(event, references, *document_);
-  // As with a save that fails, nothing is reported.
-  if (entry.IsComplete()) file_->Add(entry.Get(), *entries_);
+  if (!entry.IsComplete()) return true;  // As with a save that fails, nothing is reported.
+  if (file_->IsOurs(*entries_)) {
+    file_->Add(entry.Get(), *entries_);
+  } else {
+    static_cast<void>(entries_->Add(entry.Get()));
+  }
   return true;
 }
 
 void LogClientXml::ContinueInChild(bool wasBusy) {
+  if (!wasBusy) {
+    if (entries_ != nullptr) file_->ContinueInChild(*entries_);
+    return;
+  }
   initialized_ = false;
-  filename_.clear();  // Init() makes nothing of it either.
-  if (!wasBusy) return;
-  document_ = nullptr;  // Nobody knows what could be freed of it.
+  filename_.clear();    // Init() makes nothing of it either.
+  document_ = nullptr;  // What could be freed of it is not known.
   root_ = nullptr;
   static_cast<void>(entries_.release());
 }

@@ -4,7 +4,8 @@
 
 #include <cstddef>
 #include <cstring>
-#include <deque>
+#include <list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -79,6 +80,13 @@ class XmlLogDocument {
   /// Keeps a copy of the entry. False, with nothing kept, when there is no memory for it.
   bool Add(const XmlEntry& entry) noexcept;
 
+  /// In a forked child: the entries so far are those that its parent's document has as well.
+  void ContinueInChild() { inherited_ = blocks_.size(); }
+  /// Puts the entries by which a saved document of the parent's is longer before those that were
+  /// added here since the fork. Nothing is changed when it is no such document. Throws
+  /// std::bad_alloc, with nothing changed, when there is no memory.
+  void InsertFurther(std::string_view saved);
+
   /// Appends the document as libxml2 saves it to a string, or to anything that appends views.
   template <typename Out>
   void AppendTo(Out& out, const XmlSpacing& spacing) const {
@@ -95,19 +103,24 @@ class XmlLogDocument {
 
  private:
   const std::string empty_;
-  std::deque<std::string> blocks_;  // Entries' texts, each with a zero byte after it.
+  std::list<std::string> blocks_;         // Entries' texts, each with a zero byte after it.
+  std::optional<std::size_t> inherited_;  // Blocks that the parent has as well, in a child.
+
+  bool SkipInherited(std::string_view& saved, const XmlSpacing& spacing) const;
 
   template <typename Take>
   void ForEach(Take take) const {
-    for (const std::string& block : blocks_) {
-      for (const char* text = block.data(); text != block.data() + block.size();) {
-        const auto next = [&text] {
-          const std::string_view view = text;
-          text += view.size() + 1;
-          return view;
-        };
-        take(XmlEntry{next(), next(), next(), next()});
-      }
+    for (const std::string& block : blocks_) ForEachOf(block, take);
+  }
+  template <typename Take>
+  static void ForEachOf(const std::string& block, const Take& take) {
+    for (const char* text = block.data(); text != block.data() + block.size();) {
+      const auto next = [&text] {
+        const std::string_view view = text;
+        text += view.size() + 1;
+        return view;
+      };
+      take(XmlEntry{next(), next(), next(), next()});
     }
   }
 };

@@ -11,6 +11,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
+#include <fstream>
+#include <new>
 #include <utility>
 
 #include "Clients/LibxmlErrorGuard.h"
@@ -145,7 +148,14 @@ bool IsFine(const timespec& stamp) {
 }  // namespace
 
 XmlLogFile::XmlLogFile(const std::string& fileName)
-    : fileName_(fileName), isReadable_(false), changesShow_(false), written_() {}
+    : fileName_(fileName),
+      isOurs_(true),
+      process_(getpid()),
+      parent_(0),
+      owner_(process_),
+      isReadable_(false),
+      changesShow_(false),
+      written_() {}
 
 XmlLogFile::~XmlLogFile() = default;
 
@@ -161,6 +171,44 @@ void XmlLogFile::Add(const XmlEntry& entry, XmlLogDocument& document) {
     Distrust();
   }
   std::swap(end_, next_);
+}
+
+void XmlLogFile::ContinueInChild(XmlLogDocument& document) {
+  Distrust();
+  if (isOurs_) {
+    owner_ = process_;
+    document.ContinueInChild();
+  }
+  isOurs_ = false;
+  parent_ = process_;
+  process_ = getpid();
+}
+
+bool XmlLogFile::IsOurs(XmlLogDocument& document) noexcept try {
+  if (isOurs_ || !HaveOthersEnded()) return isOurs_;
+  document.InsertFurther(Content());
+  return isOurs_ = true;
+} catch (const std::bad_alloc&) {
+  return false;  // Without what the parent logged, a save would delete that.
+}
+
+/// The parent's id was noted before the fork: it may have ended before the child could ask for it.
+/// A parent in another namespace has the id 0, and nothing shows when it ends.
+bool XmlLogFile::HaveOthersEnded() const {
+  const pid_t parent = getppid();
+  if (parent == parent_ || parent == 0) return false;
+  return owner_ == parent_ || (kill(owner_, 0) != 0 && errno == ESRCH);
+}
+
+/// What the file contains; nothing when it cannot be read.
+std::string XmlLogFile::Content() const {
+  struct stat now;
+  if (!IsPlain(fileName_) || stat(fileName_.c_str(), &now) != 0 || !S_ISREG(now.st_mode)) return "";
+  std::string content(static_cast<std::size_t>(now.st_size), '\0');
+  std::ifstream file(fileName_, std::ios::binary);
+  file.read(content.data(), now.st_size);
+  content.resize(static_cast<std::size_t>(file.gcount()));
+  return content;
 }
 
 void XmlLogFile::SaveIndented(const XmlLogDocument& document) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <string>
 
@@ -27,12 +28,22 @@ class XmlLogFile {
   /// Adds an entry to the document, and saves that. Without memory for the entry both stay as they
   /// are.
   void Add(const XmlEntry& entry, XmlLogDocument& document);
+  /// In a forked child: the file is the parent's, for as long as that lives.
+  void ContinueInChild(XmlLogDocument& document);
+  /// Whether this process may write the file: it is the one that made the client, or a child whose
+  /// parent has ended. That child first completes its document with what the parent still logged.
+  bool IsOurs(XmlLogDocument& document) noexcept;
+
   void SaveIndented(const XmlLogDocument& document);
   /// Lets the next save write the whole document.
   void Distrust() { static_cast<void>(descriptor_.Close()); }
 
  private:
   const std::string fileName_;
+  bool isOurs_;
+  pid_t process_;              // The one that has this object.
+  pid_t parent_;               // The one that forked it.
+  pid_t owner_;                // Another one that may write the file, unless it has ended.
   FileDescriptor descriptor_;  // Open as long as the file can be added to where it ends.
   bool isReadable_;            // Whether the open file can be read, too.
   bool changesShow_;           // Whether every change of the open file moves its time stamps.
@@ -40,6 +51,8 @@ class XmlLogFile {
   ByteBuffer end_;             // How it ended then: an entry with the document's end.
   ByteBuffer next_;            // The same for the entry that is being added.
 
+  bool HaveOthersEnded() const;
+  std::string Content() const;
   bool IsAsWritten() const;
   bool EndsAsWritten() const;
   bool WriteOverEnd();
