@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "Check/FindingPrinter.h"
 #include "Check/FindingsAsJson.h"
 #include "CommandLine.h"
+#include "OwnNamesOptions.h"
 #include "Terminal.h"
 #include "UsageError.h"
 
@@ -23,12 +23,9 @@ struct CheckCommandOptions {
   bool isStrict = false;
   bool withMachine = false;
   bool asJson = false;
-  std::vector<std::string> kinds;
-  std::vector<std::string> layouts;
   std::vector<std::string> files;
   CLI::Option* fileNames = nullptr;
-  CLI::Option* kindNames = nullptr;
-  CLI::Option* layoutNames = nullptr;
+  OwnNamesOptions own;
 };
 
 CheckOptions WhatToCheck(const CheckCommandOptions& options) {
@@ -36,8 +33,7 @@ CheckOptions WhatToCheck(const CheckCommandOptions& options) {
   if (options.form == "ini") check.form = ConfigurationForm::Ini;
   if (options.form == "xml") check.form = ConfigurationForm::Xml;
   check.withMachine = options.withMachine;
-  check.own.kinds = WordsOf(*options.kindNames);
-  check.own.layouts = WordsOf(*options.layoutNames);
+  check.own = options.own.Names();
   return check;
 }
 
@@ -70,40 +66,31 @@ int RunCheck(const CheckCommandOptions& options) {
 
 void AddCheckCommand(CLI::App& program, int& exitCode) {
   CLI::App* const command = program.add_subcommand(
-      "check", "Tell what the library would skip, ignore or misread in configuration files");
+      "check", "Find what the library would skip, ignore or misread in configuration files");
   const auto options = std::make_shared<CheckCommandOptions>();
   command
       ->add_option("--format", options->form,
                    "Take the files for properties files or XML documents; without it their content "
-                   "tells")
+                   "decides")
       ->type_name("FORM")
       ->check(CLI::IsMember({"ini", "xml"}));
   command->add_flag("--strict", options->isStrict, "Let warnings count as errors");
   command->add_flag("--system", options->withMachine,
                     "Look on this machine, as this user, whether the log files can be written");
   command->add_flag("--json", options->asJson, "Print an array of JSON objects");
-  options->kindNames =
-      command
-          ->add_option("--kind", options->kinds, "A kind of client that the application registers")
-          ->type_name("NAME")
-          ->expected(1)
-          ->take_all();
-  options->layoutNames =
-      command->add_option("--layout", options->layouts, "A layout that the application registers")
-          ->type_name("NAME")
-          ->expected(1)
-          ->take_all();
+  options->own.AddTo(*command);
   options->fileNames =
       command->add_option("FILE", options->files, "Configuration (properties or XML) to check")
           ->required();
   options->fileNames->type_name("");
   command->footer(
-      "Prints one line for each finding: FILE:LINE: error|warning: text; suggestion. An error is\n"
-      "what the library would skip, ignore or read differently from what it looks like; a warning\n"
-      "what works but is seldom meant. A file without findings prints nothing. Nothing is written\n"
-      "or connected to.\n\n"
-      "Exit code: 0 there are no errors; 1 there are (with --strict also for warnings); 2 a file\n"
-      "cannot be read, or the command line cannot be used.");
+      R"(Prints one line for each finding: FILE:LINE: error|warning: text; suggestion. An error is
+what the library would skip, ignore or read differently from what it looks like; a warning
+what works but is seldom meant. A file without findings prints nothing. Nothing is written
+or connected to.
+
+Exit code: 0 there are no errors; 1 there are (with --strict also for warnings); 2 a file
+cannot be read, or the command line cannot be used.)");
   command->callback([options, &exitCode] { exitCode = RunCheck(*options); });
 }
 

@@ -1,5 +1,7 @@
 #include "ConvertCommand.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include "Configuration/WriteIni.h"
 #include "Configuration/WriteXml.h"
 #include "KnownKeys.h"
+#include "OwnNamesOptions.h"
 #include "Terminal.h"
 #include "UsageError.h"
 #include "Wording.h"
@@ -29,25 +32,42 @@ struct ConvertOptions {
   std::string configurationFile;
   std::string form;
   std::string outputFile;
+  OwnNamesOptions own;
 };
 
-bool IsKnownLayout(const std::string& name) {
-  return std::any_of(KnownLayouts().begin(), KnownLayouts().end(),
-                     [&](const KnownLayout& layout) { return layout.name == name; });
+bool IsKnownLayout(const std::string& name, const OwnNames& own) {
+  const auto hasName = [&](const KnownLayout& layout) { return layout.name == name; };
+  return std::any_of(KnownLayouts().begin(), KnownLayouts().end(), hasName) ||
+         std::find(own.layouts.begin(), own.layouts.end(), name) != own.layouts.end();
 }
 
 /// The forms differ where a layout is unknown, which only the application can register.
 void FindUnknownLayouts(const Configuration& configuration, Findings& findings) {
   for (const Client& client : configuration.clients) {
-    if (!client.layout.IsGiven() || IsKnownLayout(client.layout.text)) continue;
+    const std::string& layout = client.layout.text;
+    if (layout.empty() || IsKnownLayout(layout, configuration.own)) continue;
     findings.Loss(client.layout.line,
-                  "there is no layout " + Quoted(client.layout.text) + ": " + client.Title() +
-                      " is attached to its handler by an XML configuration only");
+                  "there is no layout " + Quoted(layout) + ": " + client.Title() +
+                      " is attached to its handler by an XML configuration only",
+                  IfItIsOwn("registers", "--layout", layout));
   }
 }
 
+bool IsSameFile(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 std::string Convert(const ConvertOptions& options, Findings& findings) {
-  const Configuration configuration = ReadConfiguration(options.configurationFile, findings);
+  if (IsSameFile(options.configurationFile, options.outputFile)) {
+    throw UsageError(options.outputFile + ": is the file to convert, and is not overwritten");
+  }
+  ReadOptions reading;
+  reading.own = options.own.Names();
+  const Configuration configuration =
+      ReadConfiguration(options.configurationFile, findings, reading);
   const ConfigurationForm form =
       options.form == "xml" ? ConfigurationForm::Xml : ConfigurationForm::Ini;
   if (configuration.form == form) {
@@ -59,7 +79,7 @@ std::string Convert(const ConvertOptions& options, Findings& findings) {
                                         : WriteIni(configuration, findings);
 }
 
-/// What is not converted. The rest is converted as the library reads it.
+/// The findings about what is not converted. The rest is converted as the library reads it.
 std::vector<Finding> LossesOf(const Findings& findings) {
   std::vector<Finding> losses;
   for (const Finding& finding : findings.InOrder()) {
@@ -112,14 +132,15 @@ void AddConvertCommand(CLI::App& program, int& exitCode) {
   command->add_option("-o,--output", options->outputFile, "File to write; standard output without")
       ->type_name("FILE")
       ->transform(MarkRemoved());
+  options->own.AddTo(*command);
   command->footer(
-      "What the other form cannot say, and what the library would skip, is left out and told on\n"
-      "standard error, one line each with the reason. Comments are not carried over, and clients\n"
-      "are named by their numbers. Switches that a properties file has for levels which only the\n"
-      "application registers are not seen.\n\n"
-      "Exit code: 0 the result says all that FILE says; 1 it was written, but something was left\n"
-      "out or may differ; 2 nothing was written: the configuration or the command line cannot be\n"
-      "used.");
+      R"(What the other form cannot say, and what the library would skip, is left out and reported
+on standard error, one line each: FILE:LINE: error: text; suggestion. Comments are not
+carried over, and clients are named by their numbers. FILE itself is never overwritten.
+
+Exit code: 0 the result says all that FILE says; 1 it was written, but something was left
+out or may differ; 2 nothing was written: the configuration or the command line cannot be
+used.)");
   command->callback([options, &exitCode] { exitCode = RunConvert(*options); });
 }
 

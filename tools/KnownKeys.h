@@ -20,7 +20,7 @@ enum class ValueType {
   OneIsOn,     ///< On with exactly `1`, off with anything else.
 };
 
-/// What a value of this type is called, in a few words.
+/// The name of a type of values, in a few words.
 std::string NameOf(ValueType type);
 
 /// A key of a properties file. Capital letters in the name stand for names of the file's own: H a
@@ -29,7 +29,7 @@ struct KnownKey {
   std::string name;
   ValueType type;
   std::string meaning;
-  std::string without;  ///< What is when the key is not given.
+  std::string without;  ///< The effect of leaving the key out.
 };
 const std::vector<KnownKey>& KnownKeys();
 
@@ -46,7 +46,7 @@ struct KnownParameter {
   std::string name;
   ValueType type;
   std::string meaning;
-  std::string without;  ///< What is when the parameter is not given.
+  std::string without;  ///< The effect of leaving the parameter out.
   bool isNeeded;        ///< Without it the client writes nothing.
 };
 
@@ -63,7 +63,7 @@ const KnownParameter* FindParameter(const KnownKind& kind, const std::string& na
 
 struct KnownLayout {
   std::string name;
-  std::string line;  ///< What an event looks like.
+  std::string line;  ///< An event in this layout.
 };
 const std::vector<KnownLayout>& KnownLayouts();
 

@@ -2,6 +2,7 @@
 
 #include <libxml/xmlstring.h>
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstdio>
@@ -17,9 +18,17 @@ bool IsUtf8(const std::string& text) {
 
 bool IsAscii(char character) { return static_cast<unsigned char>(character) < 0x80; }
 
-/// The control characters above ASCII, U+0080 to U+009F, are these two bytes in UTF-8.
-bool StartsControlCharacter(const std::string& text, std::size_t position) {
-  return text[position] == '\xC2' && static_cast<unsigned char>(text[position + 1]) < 0xA0;
+/// How many bytes a character has that is not seen or looks like a blank; 0 for any other. They are
+/// the control characters above ASCII, the no-break and other spaces, and the byte order mark.
+std::size_t InvisibleLengthAt(const std::string& text, std::size_t position) {
+  const auto byteAt = [&](std::size_t index) {
+    return static_cast<unsigned char>(text[std::min(position + index, text.size() - 1)]);
+  };
+  if (byteAt(0) == 0xC2) return byteAt(1) <= 0xA0 || byteAt(1) == 0xAD ? 2 : 0;
+  const unsigned int end = byteAt(1) * 0x100U + byteAt(2);
+  const bool isSpace = (end >= 0x8080 && end <= 0x808F) || (end >= 0x80A8 && end <= 0x80AF);
+  if (byteAt(0) == 0xE2) return isSpace ? 3 : 0;
+  return byteAt(0) == 0xEF && end == 0xBBBF ? 3 : 0;
 }
 
 bool IsPlain(char character) {
@@ -36,7 +45,7 @@ std::string Escape(char character) {
   return escape.data();
 }
 
-/// What is shown for the character at the position, and how many bytes that has.
+/// The text that is shown for a character, and how many bytes the character has.
 struct Shown {
   std::string text;
   std::size_t length;
@@ -50,8 +59,11 @@ Shown ShownAt(const std::string& text, std::size_t position, bool isUtf8) {
     return {isPrintable ? std::string(1, character) : Escape(character), 1, !isPrintable};
   }
   if (!isUtf8) return {Escape(character), 1, true};
-  if (!StartsControlCharacter(text, position)) return {std::string(1, character), 1, false};
-  return {Escape(character) + Escape(text[position + 1]), 2, true};
+  const std::size_t length = InvisibleLengthAt(text, position);
+  if (length == 0) return {std::string(1, character), 1, false};
+  std::string escape;
+  for (const char byte : text.substr(position, length)) escape += Escape(byte);
+  return {escape, length, true};
 }
 
 }  // namespace

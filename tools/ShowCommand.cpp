@@ -9,6 +9,9 @@
 #include "CommandLine.h"
 #include "Configuration/ReadConfiguration.h"
 #include "ConfigurationFile.h"
+#include "LogLevelManager.h"
+#include "Logger.h"
+#include "OwnNamesOptions.h"
 #include "Show/ConfiguredSystem.h"
 #include "Show/RecordingClients.h"
 #include "UsageError.h"
@@ -20,15 +23,26 @@ namespace {
 struct ShowOptions {
   std::string configurationFile;
   bool isDot = false;
-  Recording recording;
+  OwnNamesOptions own;
 };
 
-/// Has the library set up the system of the file, with nothing in it that writes or connects.
-void ConfigureRecording(const ShowOptions& options) {
-  Findings ignored;
-  const Configuration configuration = ReadConfiguration(options.configurationFile, ignored);
+/// Makes what the application would have made before it reads the file.
+void MakeOwn(const OwnNames& own) {
+  for (const std::string& handler : own.handlers) Logger::GetLogHandler(handler);
+  for (const unsigned int level : own.levels) {
+    Logger::GetLogLevelManager()->AddLogLevel(level, std::to_string(level));
+  }
+}
 
-  Recording recording = options.recording;
+/// Has the library set up the system of the file, with nothing in it that writes or connects.
+ConfiguredSystem ShownSystem(const ShowOptions& options) {
+  Findings ignored;
+  ReadOptions reading;
+  reading.own = options.own.Names();
+  const Configuration configuration =
+      ReadConfiguration(options.configurationFile, ignored, reading);
+
+  Recording recording{{}, reading.own.kinds, reading.own.layouts};
   std::set<std::string> kinds;
   for (const Client& client : configuration.clients) {
     kinds.insert(client.type.text);
@@ -37,12 +51,13 @@ void ConfigureRecording(const ShowOptions& options) {
     }
   }
   RecordClients(recording, kinds);
+  MakeOwn(reading.own);
   ConfigureFrom(options.configurationFile);
+  return AskSystem(configuration);
 }
 
 int RunShow(const ShowOptions& options) {
-  ConfigureRecording(options);
-  const ConfiguredSystem system = AskSystem();
+  const ConfiguredSystem system = ShownSystem(options);
   std::cout << (options.isDot ? DotOf(system) : TextOf(system)) << std::flush;
   if (!std::cout) throw UsageError("standard output could not be written");
   return EXIT_SUCCESS;
@@ -60,15 +75,14 @@ void AddShowCommand(CLI::App& program, int& exitCode) {
       ->transform(MarkRemoved());
   command->add_flag("--dot", options->isDot,
                     "Print a graph for Graphviz, such as for: dot -Tsvg -o system.svg");
-  AddWordsOption(*command, "--kind", options->recording.ownKinds,
-                 "Kind of clients that the application registers itself");
-  AddWordsOption(*command, "--layout", options->recording.ownLayouts,
-                 "Layout that the application registers itself");
+  options->own.AddTo(*command);
   command->footer(
-      "The library itself sets up the system, with clients and layouts that only remember what\n"
-      "they are told: no log file is opened, emptied or made, and nothing is connected to. What\n"
-      "the library skips without a word, such as a client of an unknown kind, is not shown.\n\n"
-      "Exit code: 0 the system is shown; 2 the configuration or the command line cannot be used.");
+      R"(The library itself sets up the system, with clients and layouts that only remember their
+parameters: no log file is opened, emptied or made, and nothing is connected to. What the
+library skips silently, such as a client of an unknown kind, is not shown. Clients have the
+names of a properties file; in an XML document they have none, and are numbered.
+
+Exit code: 0 the system is shown; 2 the configuration or the command line cannot be used.)");
   command->callback([options, &exitCode] { exitCode = RunShow(*options); });
 }
 

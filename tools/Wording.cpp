@@ -45,6 +45,29 @@ std::size_t EditDistance(const std::string& from, const std::string& to) {
   return rows.back().back();
 }
 
+/// The word without what other logging systems call the kind of thing that it names.
+std::string WithoutRole(const std::string& word) {
+  for (const std::string role : {"appender", "sink", "target", "writer"}) {
+    const bool isRole = word.size() > role.size() &&
+                        word.compare(word.size() - role.size(), role.size(), role) == 0;
+    if (isRole) return word.substr(0, word.size() - role.size());
+  }
+  return word;
+}
+
+/// The shortest candidate that has the word in it; empty for a word that says too little.
+std::string ShortestWith(const std::string& word, const std::vector<std::string>& candidates) {
+  constexpr std::size_t kShortestWord = 4;
+  std::string shortest;
+  if (word.size() < kShortestWord) return shortest;
+  for (const std::string& candidate : candidates) {
+    const bool isLonger = candidate.size() > word.size();
+    if (!isLonger || LowerCase(candidate).find(word) == std::string::npos) continue;
+    if (shortest.empty() || candidate.size() < shortest.size()) shortest = candidate;
+  }
+  return shortest;
+}
+
 }  // namespace
 
 std::string Quoted(const std::string& text) {
@@ -68,12 +91,21 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& can
     smallest = distance;
     nearest = candidate;
   }
-  return nearest;
+  return nearest.empty() ? ShortestWith(WithoutRole(wanted), candidates) : nearest;
 }
 
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates) {
   const std::string nearest = Nearest(word, candidates);
   return nearest.empty() ? "" : "did you mean " + Quoted(nearest) + "?";
+}
+
+std::string IfItIsOwn(const std::string& makes, const std::string& option,
+                      const std::string& name) {
+  return "if the application " + makes + " it: " + option + " " + Printable(name);
+}
+
+std::string JoinedSuggestions(const std::string& one, const std::string& other) {
+  return one.empty() ? other : one + " (" + other + ")";
 }
 
 std::string Trimmed(const std::string& text) {

@@ -17,6 +17,12 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
 
 std::string Trimmed(const std::string& text);
 
+/// "if the application makes it: --handler name", for what a file does not say.
+std::string IfItIsOwn(const std::string& makes, const std::string& option, const std::string& name);
+
+/// "one (other)", or the one that is not empty.
+std::string JoinedSuggestions(const std::string& one, const std::string& other);
+
 /// The texts in one, with the separator between them.
 std::string Join(const std::vector<std::string>& texts, const std::string& separator);
 

@@ -105,7 +105,9 @@ TEST_F(LoggerctlCheckTest, TellsTheFormByTheContentUnlessItIsGiven) {
   Expect(
       1,
       "document:1: warning: no levels are registered: nothing is logged unless the application "
-      "registers some; list their numbers in 'loglevel'\n"
+      "registers some; list their numbers in 'loglevel' (if the application registers them: "
+      "--level "
+      "NUMBER)\n"
       "document:1: warning: there are no clients: nothing is written; name some in 'logclient'\n"
       "document:2: error: there is no '=' in the line, which is ignored; write key = value, or # "
       "before a comment\n",
@@ -176,9 +178,26 @@ TEST_F(LoggerctlCheckTest, KnowsWhatTheApplicationRegisters) {
 
   Expect(0, "", "", Check({"--kind", "Syslog", "--layout", "Short", "own.ini"}));
   Expect(1,
-         "own.ini:3: error: client 'c' is left out: there is no kind of client 'Syslog'\n"
-         "own.ini:5: error: client 'c' is not attached: there is no layout 'Short'\n",
+         "own.ini:3: error: client 'c' is left out: there is no kind of client 'Syslog'; if the "
+         "application registers it: --kind Syslog\n"
+         "own.ini:5: error: client 'c' is not attached: there is no layout 'Short'; if the "
+         "application "
+         "registers it: --layout Short\n",
          "", Check({"own.ini"}));
+}
+
+TEST_F(LoggerctlCheckTest, KnowsWhatTheApplicationMakes) {
+  WriteFile(
+      "own.ini",
+      "loglevel = 1\nloghandler = default\nloghandler.default.level.5 = false\nlogclient = c\n"
+      "logclient.c.type = LogClientConsole\nlogclient.c.handler = appmade\n");
+
+  EXPECT_EQ(
+      "own.ini:2: warning: handler 'default' reaches no client: what is logged on it is "
+      "written nowhere; attach a client to it or below it, or remove it\n",
+      Check({"--handler", "appmade", "--level", "5", "own.ini"}).output);
+  Expect(2, "", "loggerctl: --level: 'x' is not the number of a level\n",
+         Check({"--level", "x", "own.ini"}));
 }
 
 // Terminals.
@@ -251,7 +270,8 @@ TEST_F(LoggerctlCheckTest, WritesAndConnectsNowhere) {
             "loglevel = 1\nlogclient = c\nlogclient.c.type = LogClientSocket\n"
             "logclient.c.handler = default\nlogclient.c.parameter.0.name = serverip\n"
             "logclient.c.parameter.0.value = localhost\nlogclient.c.parameter.1.name = serverport\n"
-            "logclient.c.parameter.1.value = 4711\n");
+            "logclient.c.parameter.1.value = 4711\nlogclient.c.parameter.2.name = timeout\n"
+            "logclient.c.parameter.2.value = 5000\n");
 
   const ProcessResult result = RunProgram(
       {"strace", "-f", "-qq", "-o", "calls", "-e",

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <random>
 #include <set>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "Support/Files.h"
 #include "Support/Process.h"
+#include "Support/ShownSystem.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/XmlConfiguration.h"
 
@@ -304,7 +306,9 @@ TEST_F(LoggerctlConvertTest, ReportsWhatAnXmlConfigurationCannotSay) {
       "xml");
 
   EXPECT_EQ(
-      At(1, "level 'x' is no number, and is skipped; levels are numbers from 1 to 2147483647") +
+      At(1,
+         "level 'x' is no number, and is skipped; list a number from 1 to 2147483647, and name it "
+         "in loglevel.NUMBER.name") +
           At(1, "level '02' is the same as '2'; only the first one counts; remove one of the two") +
           At(1, "level 4294967295 is left out: numbers in an XML configuration end at 2147483647") +
           At(2, "name 'bell\\x07' of level 1 is left out: it is no text that XML can hold") +
@@ -327,7 +331,7 @@ TEST_F(LoggerctlConvertTest, ReportsWhatAnXmlConfigurationCannotSay) {
           At(18, "parameter 'two' of client 'p' is left out: it is no text that XML can hold") +
           At(23,
              "there is no layout 'Mine': client 'layout' is attached to its handler by an XML "
-             "configuration only"),
+             "configuration only; if the application registers it: --layout Mine"),
       result.errors);
   EXPECT_EQ(
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -402,14 +406,16 @@ TEST_F(LoggerctlConvertTest, ReportsWhatAPropertiesFileCannotSay) {
              "file") +
           At(6,
              "there is no layout 'Mine': the client is attached to its handler by an XML "
-             "configuration only") +
+             "configuration only; if the application registers it: --layout Mine") +
           At(6, "the client is left out: '#' starts a comment in a properties file") +
           At(6,
              "parameter 'filename' of the client is left out: '#' starts a comment in a "
              "properties file") +
           At(7,
              "handler 'nowhere' does not exist, and is left out of the tree with all below it; "
-             "make it with a 'loghandler' before the clients") +
+             "make it with a 'loghandler' before the clients (if the application makes it: "
+             "--handler "
+             "nowhere)") +
           At(7, "child 'c' of handler 'a=b' is left out: '=' ends a key in a properties file") +
           At(7,
              "child 'two words' of handler 'c' is left out: a blank separates the names of a list "
@@ -432,6 +438,82 @@ TEST_F(LoggerctlConvertTest, ReportsWhatAPropertiesFileCannotSay) {
       "logclient.2.layout = Mine\n",
       result.output);
   EXPECT_EQ(1, result.exitCode);
+}
+
+TEST_F(LoggerctlConvertTest, ReportsWhatTheLibraryReadsNowhere) {
+  const ProcessResult result = Convert(
+      "loging = false\n"
+      "loglevel = 1\n"
+      "loghandler = default\n"
+      "loghandler.default.level.5 = false\n"
+      "logclient = f\n"
+      "logclient.f.type = LogClientFile\n"
+      "logclient.f.handler = default\n"
+      "logclient.f.parameter.1.name = filename\n"
+      "logclient.f.parameter.1.value = app.log\n"
+      "logclient.f.parameter.2.name = fileappend\n"
+      "logclient.f.parameter.2.value = false\n"
+      "no pair\n",
+      "xml");
+
+  const std::string unread =
+      " of client 'f' is not read: parameters end where the next number from 0 is missing; number "
+      "the parameters 0, 1, 2, ... without a gap";
+  EXPECT_EQ(At(1, "key 'loging' is read by nothing; did you mean 'logging'?") +
+                At(4,
+                   "level '5' is not in the list 'loglevel': the switch is not read; add it to the "
+                   "list, or remove the line (if the application registers it: --level 5)") +
+                At(8, "parameter '1'" + unread) + At(10, "parameter '2'" + unread) +
+                At(12,
+                   "there is no '=' in the line, which is ignored; write key = value, or # before "
+                   "a comment"),
+            result.errors);
+  EXPECT_NE(std::string::npos, result.output.find("<type type=\"LogClientFile\"/>"));
+  EXPECT_EQ(std::string::npos, result.output.find("parameter"));
+  EXPECT_EQ(1, result.exitCode);
+}
+
+TEST_F(LoggerctlConvertTest, ConvertsWhatTheApplicationRegisters) {
+  const ProcessResult result =
+      RunProgram({LOGGERCTL, "convert", "--to", "xml", "--level", "5", "--layout", "Mine",
+                  File("loglevel = 1\nloghandler = default\nloghandler.default.level.5 = false\n"
+                       "logclient = c\nlogclient.c.type = LogClientConsole\n"
+                       "logclient.c.handler = default\nlogclient.c.layout = Mine\n")});
+
+  EXPECT_EQ("", result.errors);
+  EXPECT_NE(std::string::npos,
+            result.output.find("<handlerloglevel level=\"5\" enable=\"false\"/>"));
+  EXPECT_EQ(0, result.exitCode);
+}
+
+TEST_F(LoggerctlConvertTest, ReportsChildrenOfAHandlerThatTheApplicationMakes) {
+  XmlConfiguration configuration;
+  configuration.tree =
+      "<logtree><loghandler name=\"own\"><loghandler name=\"a\"/></loghandler></logtree>\n";
+
+  const ProcessResult result = RunProgram(
+      {LOGGERCTL, "convert", "--to", "ini", "--handler", "own", File(configuration.Text())});
+
+  EXPECT_EQ(At(9,
+               "child 'a' of handler 'own' is left out: a properties file has children of the "
+               "handlers in its list only"),
+            result.errors);
+  EXPECT_EQ(1, result.exitCode);
+}
+
+TEST_F(LoggerctlConvertTest, NeverOverwritesTheFileThatItConverts) {
+  const std::string content = "loglevel = 1\n";
+  File(content);
+  const std::string symbolic = folder_.Path("symbolic");
+  const std::string hard = folder_.Path("hard");
+  std::filesystem::create_symlink(file_, symbolic);
+  std::filesystem::create_hard_link(file_, hard);
+
+  for (const std::string& output : {file_, folder_.Path("./configuration"), symbolic, hard}) {
+    ExpectUnusable("loggerctl: " + output + ": is the file to convert, and is not overwritten\n",
+                   RunProgram({LOGGERCTL, "convert", file_, "--to", "xml", "-o", output}));
+    EXPECT_EQ(content, Content(file_));
+  }
 }
 
 TEST_F(LoggerctlConvertTest, KeepsLinesOfAPropertiesFileWithinTheirLimit) {
@@ -801,7 +883,7 @@ class RandomConversionTest : public LoggerctlConvertTest {
     const ProcessResult result =
         RunProgram({LOGGERCTL, "show", "--kind", "Pager", File(configuration)});
     EXPECT_EQ(0, result.exitCode) << result.errors << configuration;
-    return result.output;
+    return WithoutClientNames(result.output);
   }
 
   /// What both forms can say gets through to the other form and back, and nothing is reported.

@@ -66,19 +66,19 @@ TEST_F(LoggerctlShowTest, ShowsLevelsHandlersTreeAndClients) {
       "\n"
       "tree\n"
       "  default\n"
-      "  ├── client 1: LogClientConsole\n"
+      "  ├── client screen: LogClientConsole\n"
       "  └── survey\n"
-      "      ├── client 2: LogClientRollingFile\n"
+      "      ├── client everything: LogClientRollingFile\n"
       "      └── trouble\n"
-      "          └── client 3: LogClientFile\n"
+      "          └── client trouble: LogClientFile\n"
       "\n"
       "clients\n"
-      "  1 LogClientConsole on default, layout LogLayoutSimple\n"
-      "  2 LogClientRollingFile on survey, layout LogLayoutStandard\n"
+      "  screen: LogClientConsole on default, layout LogLayoutSimple\n"
+      "  everything: LogClientRollingFile on survey, layout LogLayoutStandard\n"
       "      filename = survey.log\n"
       "      filesize = 200000\n"
       "      maxbackup = 3\n"
-      "  3 LogClientFile on trouble, layout LogLayoutExtended\n"
+      "  trouble: LogClientFile on trouble, layout LogLayoutExtended\n"
       "      filename = trouble.log\n",
       ShowFile(kExamples + "file_survey.ini"));
 }
@@ -101,14 +101,22 @@ constexpr const char* kWorkedExample =
     "      └── client 2: LogClientRollingFile\n"
     "\n"
     "clients\n"
-    "  1 LogClientConsole on default, layout LogLayoutSimple\n"
-    "  2 LogClientRollingFile on net, layout LogLayoutStandard\n"
+    "  1: LogClientConsole on default, layout LogLayoutSimple\n"
+    "  2: LogClientRollingFile on net, layout LogLayoutStandard\n"
     "      filename = app.log\n"
     "      filesize = 100000\n"
     "      maxbackup = 3\n";
 
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
 TEST_F(LoggerctlShowTest, ShowsTheSameSystemOfBothForms) {
-  ExpectShown(kWorkedExample, ShowFile(kExamples + "worked_example.ini"));
+  ExpectShown(Replaced(Replaced(kWorkedExample, " 1: ", " con: "), " 2: ", " roll: "),
+              ShowFile(kExamples + "worked_example.ini"));
   ExpectShown(kWorkedExample, ShowFile(kExamples + "worked_example.xml"));
 }
 
@@ -149,12 +157,12 @@ TEST_F(LoggerctlShowTest, ShowsAHandlerThatIsReachedByTwoWaysOnce) {
       "  default\n"
       "  ├── a\n"
       "  │   └── c\n"
-      "  │       └── client 1: LogClientConsole\n"
+      "  │       └── client con: LogClientConsole\n"
       "  └── b\n"
       "      └── c (see above)\n"
       "\n"
       "clients\n"
-      "  1 LogClientConsole on c, layout LogLayoutStandard\n",
+      "  con: LogClientConsole on c, layout LogLayoutStandard\n",
       From("tree", result));
 }
 
@@ -198,11 +206,11 @@ TEST_F(LoggerctlShowTest, ShowsOddTextsSoThatTheyHarmNoTerminal) {
       "  default\n"
       "  \"\"\n"
       "  größe\n"
-      "  └── client 1: LogClientFile\n"
+      "  └── client f: LogClientFile\n"
       "  \"\\\"q\\\"\"\n"
       "\n"
       "clients\n"
-      "  1 LogClientFile on größe, layout LogLayoutStandard\n"
+      "  f: LogClientFile on größe, layout LogLayoutStandard\n"
       "      filename = \"a b=c&<d>\"\n",
       Show("loglevel = 1 2 3 4 5\n"
            "loglevel.1.name = \" padded \"\n"
@@ -298,16 +306,16 @@ TEST_F(LoggerctlShowTest, ShowsEveryKindOfClientWithItsParameters) {
 
   EXPECT_EQ(
       "clients\n"
-      "  1 LogClientConsole on default, layout LogLayoutStandard\n"
-      "  2 LogClientFile on default, layout LogLayoutMessage\n"
+      "  console: LogClientConsole on default, layout LogLayoutStandard\n"
+      "  file: LogClientFile on default, layout LogLayoutMessage\n"
       "      fileappend = false\n"
       "      filename = /nowhere/file.log\n"
       "      unheard = of\n"
-      "  3 LogClientRollingFile on default, layout LogLayoutExtended\n"
-      "  4 LogClientSocket on default\n"
+      "  roll: LogClientRollingFile on default, layout LogLayoutExtended\n"
+      "  socket: LogClientSocket on default\n"
       "      serverip = 127.0.0.1\n"
       "      serverport = 4711\n"
-      "  5 LogClientXML on default\n"
+      "  xml: LogClientXML on default\n"
       "      filename = log.xml\n",
       From("clients", result));
 }
@@ -324,11 +332,11 @@ TEST_F(LoggerctlShowTest, ShowsWhyAClientIsAttachedToNoHandler) {
       "  default\n"
       "\n"
       "clients\n"
-      "  1 LogClientFile, attached to no handler: it needs filename\n"
-      "  2 LogClientSocket, attached to no handler: it needs serverip and serverport\n"
+      "  file: LogClientFile, attached to no handler: it needs filename\n"
+      "  socket: LogClientSocket, attached to no handler: it needs serverip and serverport\n"
       "      serverip = ::1\n"
-      "  3 LogClientXML, attached to no handler: it needs filename\n"
-      "  4 LogClientConsole, attached to no handler: its layout is not known\n",
+      "  xml: LogClientXML, attached to no handler: it needs filename\n"
+      "  console: LogClientConsole, attached to no handler: its layout is not known\n",
       Show("logclient = file socket xml console misspelt\n"
            "logclient.file.type = LogClientFile\n"
            "logclient.file.handler = default\n"
@@ -353,7 +361,7 @@ TEST_F(LoggerctlShowTest, ShowsThatAClientWritesNothingWithoutItsLayout) {
 
   EXPECT_EQ(
       "clients\n"
-      "  1 LogClientConsole on a, writes nothing: its layout is not known\n",
+      "  1: LogClientConsole on a, writes nothing: its layout is not known\n",
       From("clients", Show(configuration.Text())));
 }
 
@@ -393,7 +401,7 @@ TEST_F(LoggerctlShowTest, AttachesTheClientsThatTheLibraryAttaches) {
     const ProcessResult result = Show(configuration.Text());
 
     EXPECT_EQ(0, result.exitCode);
-    const bool isShownAttached = result.output.find("1 " + kind + " on a") != std::string::npos;
+    const bool isShownAttached = result.output.find("1: " + kind + " on a") != std::string::npos;
     EXPECT_EQ(IsMade(kind, parameters), isShownAttached) << result.output;
   }
 }
@@ -412,11 +420,60 @@ TEST_F(LoggerctlShowTest, ShowsKindsAndLayoutsOfTheApplicationsOwn) {
   EXPECT_EQ("clients\n  none\n", From("clients", Show(configuration)));
   EXPECT_EQ(
       "clients\n"
-      "  1 Pager on default, layout Terse\n"
+      "  a: Pager on default, layout Terse\n"
       "      number = 112\n"
-      "  2 \"Bell[a,b]\" on default, layout LogLayoutStandard\n",
+      "  b: \"Bell[a,b]\" on default, layout LogLayoutStandard\n",
       From("clients",
            Show(configuration, {"--kind", "Pager", "--kind", "Bell[a,b]", "--layout", "Terse"})));
+}
+
+TEST_F(LoggerctlShowTest, NamesClientsAfterOthersThatAreNotMade) {
+  EXPECT_EQ(
+      "clients\n"
+      "  second: LogClientConsole on default, layout LogLayoutStandard\n"
+      "  \"the\\xc2\\xa0fourth\": LogClientFile on default, layout LogLayoutStandard\n"
+      "      filename = a.log\n",
+      From("clients", Show("logclient = first second third the\xC2\xA0"
+                           "fourth\n"
+                           "logclient.first.type = LogClientXml\n"
+                           "logclient.first.handler = default\n"
+                           "logclient.second.type = LogClientConsole\n"
+                           "logclient.second.handler = default\n"
+                           "logclient.third.type = LogClientFile\n"
+                           "logclient.third.handler = nowhere\n"
+                           "logclient.third.parameter.0.name = filename\n"
+                           "logclient.third.parameter.0.value = a.log\n"
+                           "logclient.the\xC2\xA0"
+                           "fourth.type = LogClientFile\n"
+                           "logclient.the\xC2\xA0"
+                           "fourth.handler = default\n"
+                           "logclient.the\xC2\xA0"
+                           "fourth.parameter.0.name = filename\n"
+                           "logclient.the\xC2\xA0"
+                           "fourth.parameter.0.value = a.log\n")));
+}
+
+TEST_F(LoggerctlShowTest, ShowsHandlersAndLevelsOfTheApplicationsOwn) {
+  EXPECT_EQ(
+      "levels\n"
+      "  5 5\n"
+      "  1 1\n"
+      "\n"
+      "handlers\n"
+      "  default  off: 5 5\n"
+      "  appmade  all levels on\n"
+      "\n"
+      "tree\n"
+      "  default\n"
+      "  appmade\n"
+      "  └── client c: LogClientConsole\n"
+      "\n"
+      "clients\n"
+      "  c: LogClientConsole on appmade, layout LogLayoutStandard\n",
+      Show("loglevel = 1\nloghandler = default\nloghandler.default.level.5 = false\n"
+           "logclient = c\nlogclient.c.type = LogClientConsole\nlogclient.c.handler = appmade\n",
+           {"--handler", "appmade", "--level", "5"})
+          .output);
 }
 
 TEST_F(LoggerctlShowTest, PrintsTheGraphThatTheGuideHas) {

@@ -74,7 +74,7 @@ TEST(CheckIniTest, FindsTheExamplesWithoutFault) {
 TEST(CheckIniTest, TellsOfAFileThatSetsNothingUp) {
   EXPECT_EQ(
       "it:1: warning: no levels are registered: nothing is logged unless the application registers "
-      "some; list their numbers in 'loglevel'\n"
+      "some; list their numbers in 'loglevel' (if the application registers them: --level NUMBER)\n"
       "it:1: warning: there are no clients: nothing is written; name some in 'logclient'\n",
       Checked(""));
 }
@@ -200,7 +200,7 @@ TEST(CheckIniTest, TellsOfALevelsNameThatIsNotRead) {
 TEST(CheckIniTest, TellsOfASwitchThatIsNotRead) {
   EXPECT_EQ(
       "it:1: error: level '5' is not in the list 'loglevel': the switch is not read; add it to the "
-      "list, or remove the line\n",
+      "list, or remove the line (if the application registers it: --level 5)\n",
       CheckedLines("loghandler.net.level.5 = false\n"));
   EXPECT_EQ(
       "it:1: error: level '02' is not in the list 'loglevel': the switch is not read; did you mean "
@@ -308,8 +308,8 @@ std::string CheckedLevels(const std::string& list) {
 
 TEST(CheckIniTest, TellsOfALevelThatIsSkipped) {
   EXPECT_EQ(
-      "it:1: error: level 'ERROR' is no number, and is skipped; levels are numbers from 1 to "
-      "2147483647\n",
+      "it:1: error: level 'ERROR' is no number, and is skipped; list a number from 1 to "
+      "2147483647, and name it in loglevel.NUMBER.name\n",
       CheckedLevels("1 ERROR"));
   EXPECT_EQ(
       "it:1: error: level '0' is skipped: 0 cannot be registered by a properties file; levels are "
@@ -387,11 +387,11 @@ TEST(CheckIniTest, TellsOfAHandlerGivenTwice) {
 TEST(CheckIniTest, TellsOfAChildThatDoesNotExist) {
   EXPECT_EQ(
       "it:2: error: handler 'nte' does not exist, and is not attached to 'net'; did you mean "
-      "'net'?\n",
+      "'net'? (if the application makes it: --handler nte)\n",
       CheckedTree("loghandler = net\nloghandler.net.child = nte\n"));
   EXPECT_EQ(
       "it:2: error: handler 'disk' does not exist, and is not attached to 'net'; add it to the "
-      "handlers\n",
+      "handlers (if the application makes it: --handler disk)\n",
       CheckedTree("loghandler = net\nloghandler.net.child = disk\n"));
 }
 
@@ -460,10 +460,12 @@ TEST(CheckIniTest, TellsOfAnUnknownType) {
   EXPECT_EQ(
       "it:1: error: client 'c' is left out: there is no kind of client 'LogClientXml'; did you "
       "mean "
-      "'LogClientXML'?\n",
+      "'LogClientXML'? (if the application registers it: --kind LogClientXml)\n",
       CheckedClient("logclient.c.type = LogClientXml\n"));
-  EXPECT_EQ("it:1: error: client 'c' is left out: there is no kind of client 'Syslog'\n",
-            CheckedClient("logclient.c.type = Syslog\n"));
+  EXPECT_EQ(
+      "it:1: error: client 'c' is left out: there is no kind of client 'Syslog'; if the "
+      "application registers it: --kind Syslog\n",
+      CheckedClient("logclient.c.type = Syslog\n"));
 }
 
 TEST(CheckIniTest, KnowsTheKindsAndLayoutsOfTheApplication) {
@@ -486,7 +488,8 @@ TEST(CheckIniTest, TellsOfAnUnknownHandler) {
       "attach a client to it or below it, or remove it\n";
 
   EXPECT_EQ(
-      "it:1: error: client 'c' is left out: there is no handler 'Net'; did you mean 'net'?\n" +
+      "it:1: error: client 'c' is left out: there is no handler 'Net'; did you mean 'net'? "
+      "(if the application makes it: --handler Net)\n" +
           lonely,
       Checked("logclient.c.handler = Net\n" + rest));
   EXPECT_EQ(
@@ -500,12 +503,13 @@ TEST(CheckIniTest, TellsOfALayoutThatIsUnknownOrOfNoUse) {
   EXPECT_EQ(
       "it:1: error: client 'con' is not attached: there is no layout 'LogLayoutsimple'; did you "
       "mean "
-      "'LogLayoutSimple'?\n",
+      "'LogLayoutSimple'? (if the application registers it: --layout LogLayoutsimple)\n",
       CheckedLines("logclient.con.layout = LogLayoutsimple\n"));
   EXPECT_EQ(
       "it:2: error: a LogClientSocket has no use for a layout, which is ignored; remove it\n",
       CheckedClient("logclient.c.type = LogClientSocket\nlogclient.c.layout = LogLayoutSimple\n" +
-                    Parameter(0, "serverip", "::1") + Parameter(1, "serverport", "4711")));
+                    Parameter(0, "serverip", "::1") + Parameter(1, "serverport", "4711") +
+                    Parameter(2, "timeout", "9")));
 }
 
 // Parameters.
@@ -634,7 +638,8 @@ TEST(CheckIniTest, TellsOfASwitchThatIsReadDifferently) {
       "you "
       "mean '1'?\n",
       CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", "::1") +
-                    Parameter(1, "serverport", "1") + Parameter(2, "socketasynchron", "true")));
+                    Parameter(1, "serverport", "1") + Parameter(2, "socketasynchron", "true") +
+                    Parameter(3, "timeout", "9")));
   EXPECT_EQ(
       "it:5: error: '1' leaves parameter 'escapetext' off: only 'true' switches it on; did you "
       "mean "
@@ -656,7 +661,7 @@ TEST(CheckIniTest, TellsThatAnXmlClientTakesMessagesForXml) {
 TEST(CheckIniTest, TellsOfAPortOutOfRange) {
   const auto port = [](const std::string& value) {
     return CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", "::1") +
-                         Parameter(1, "serverport", value));
+                         Parameter(1, "serverport", value) + Parameter(2, "timeout", "9"));
   };
 
   EXPECT_EQ("", port("1"));
@@ -695,6 +700,161 @@ TEST(CheckIniTest, TellsOfAFileNameThatIsTakenAsItStands) {
             file("\"a.log \""));
   EXPECT_EQ("it:3: warning: nothing is put in for % in a file name: it is '%Y.log'\n",
             file("%Y.log"));
+}
+
+TEST(CheckIniTest, ReportsAPortWithinTheAddressOfAServer) {
+  const auto server = [](const std::string& value) {
+    return CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", value) +
+                         Parameter(1, "serverport", "4711") + Parameter(2, "timeout", "9"));
+  };
+
+  EXPECT_EQ("", server("localhost"));
+  EXPECT_EQ("", server("fe80::1"));
+  EXPECT_EQ(
+      "it:3: error: 'localhost:4711' is taken for the name of a host, with all that is in it; give "
+      "the host alone, and its port in the parameter 'serverport'\n",
+      server("localhost:4711"));
+  EXPECT_EQ(
+      "it:3: error: '[::1]:4711' is taken for the name of a host, with all that is in it; give the "
+      "host alone, and its port in the parameter 'serverport'\n",
+      server("[::1]:4711"));
+}
+
+TEST(CheckIniTest, ReportsASocketClientWithoutATimeout) {
+  EXPECT_EQ(
+      "it:1: warning: client 'c' waits for its server as long as it takes: it has no 'timeout'; "
+      "give the parameter 'timeout', in milliseconds\n",
+      CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", "::1") +
+                    Parameter(1, "serverport", "1")));
+}
+
+TEST(CheckIniTest, ReportsAFolderAsTheNameOfAFile) {
+  const TemporaryFolder folder;
+  const auto file = [](const std::string& name) {
+    return CheckedClient("logclient.c.type = LogClientFile\n" + Parameter(0, "filename", name));
+  };
+
+  EXPECT_EQ("it:3: error: 'logs/' is a folder; name a file\n", file("logs/"));
+  EXPECT_EQ("it:3: error: '" + folder.Path() + "' is a folder; name a file\n", file(folder.Path()));
+}
+
+TEST(CheckIniTest, ReportsTypographicQuotes) {
+  const std::string rest = "loglevel = 1\n" + std::string(kHandlers) + kConsole;
+
+  EXPECT_EQ(
+      "it:1: error: typographic quotes belong to the value: '\u201CA\u201D'; write double quotes "
+      "as on the keyboard, or none\n",
+      Checked("loglevel.1.name = \u201CA\u201D\n" + rest));
+}
+
+TEST(CheckIniTest, ReportsACommentThatBeginsWithASemicolon) {
+  const std::string rest = "loglevel = 1\n" + std::string(kHandlers) + kConsole;
+
+  EXPECT_EQ(
+      "it:1: error: a comment starts at #, not at ;: the value is 'A ; a comment'; write # before "
+      "the comment\n",
+      Checked("loglevel.1.name = A ; a comment\n" + rest));
+  EXPECT_EQ("", Checked("loglevel.1.name = A;B\n" + rest));
+  EXPECT_EQ("it:1: error: a comment starts at #, not at ;; write # before it\n",
+            CheckedLines("; logging = false\n"));
+}
+
+TEST(CheckIniTest, ShowsANoBreakSpaceInAList) {
+  EXPECT_EQ(
+      "it:1: error: '1\\xc2\\xa02' is one item: only single blanks separate a list; separate the "
+      "items by single blanks\n"
+      "it:1: error: level '1\\xc2\\xa02' is read as 1: a number ends at the first character that "
+      "is no digit; levels are numbers from 1 to 2147483647\n",
+      CheckedLevels("1\u00A02"));
+}
+
+TEST(CheckIniTest, ReportsAFileInUtf16Once) {
+  const std::string finding =
+      "it: error: the file is UTF-16, of which the library reads nothing; save it as UTF-8 without "
+      "a byte order mark\n";
+  std::string content;
+  for (const char character : std::string(kLevels) + kHandlers) {
+    content += std::string{character, '\0'};
+  }
+
+  EXPECT_EQ(finding, Checked(content));
+  EXPECT_EQ(finding, Checked("\xFF\xFE" + content));
+}
+
+TEST(CheckIniTest, SuggestsWhatWordsOfOtherSystemsMean) {
+  EXPECT_EQ(
+      "it:8: error: a LogClientRollingFile has no parameter 'append', which is ignored; did you "
+      "mean 'fileappend'?\n",
+      Rolling(kRollingParameters + Parameter(3, "append", "false")));
+  EXPECT_EQ(
+      "it:6: error: a LogClientXML has no parameter 'xslfile', which is ignored; did you mean "
+      "'xslfilename'?\n",
+      CheckedClient("logclient.c.type = LogClientXML\n" + Parameter(0, "filename", "a.xml") +
+                    Parameter(1, "escapetext", "true") + Parameter(2, "xslfile", "a.xsl")));
+  const auto kind = [](const std::string& name) {
+    return CheckedClient("logclient.c.type = " + name + "\n");
+  };
+  EXPECT_EQ(
+      "it:1: error: client 'c' is left out: there is no kind of client 'FileAppender'; did you "
+      "mean "
+      "'LogClientFile'? (if the application registers it: --kind FileAppender)\n",
+      kind("FileAppender"));
+  EXPECT_EQ(
+      "it:1: error: client 'c' is left out: there is no kind of client 'Console'; did you mean "
+      "'LogClientConsole'? (if the application registers it: --kind Console)\n",
+      kind("Console"));
+}
+
+TEST(CheckIniTest, SuggestsHowAParameterIsWritten) {
+  EXPECT_EQ(
+      "it:1: error: key 'logclient.con.param.0.name' is read by nothing; did you mean "
+      "'logclient.con.parameter.0.name'?\n",
+      CheckedLines("logclient.con.param.0.name = filename\n"));
+  EXPECT_EQ(
+      "it:1: error: key 'logclient.con.filename' is read by nothing; a parameter has a number: "
+      "logclient.con.parameter.0.name = filename and logclient.con.parameter.0.value = a.log\n",
+      CheckedLines("logclient.con.filename = a.log\n"));
+}
+
+TEST(CheckIniTest, SuggestsHowHandlersAreLinkedAndSwitched) {
+  EXPECT_EQ(
+      "it:1: error: key 'loghandler.net.parent' is read by nothing; a handler names those below "
+      "it: loghandler.default.child = net\n",
+      CheckedLines("loghandler.net.parent = default\n"));
+  EXPECT_EQ(
+      "it:1: error: key 'loghandler.net.level' is read by nothing; levels are switched one by one: "
+      "loghandler.net.level.NUMBER = false\n",
+      CheckedLines("loghandler.net.level = INFO\n"));
+}
+
+TEST(CheckIniTest, WritesOutARangeOfLevels) {
+  EXPECT_EQ(
+      "it:1: error: level '1-4' is read as 1: a number ends at the first character that is no "
+      "digit; there are no ranges: write 1 2 3 4\n",
+      CheckedLevels("1-4"));
+}
+
+TEST(CheckIniTest, KnowsTheHandlersAndLevelsOfTheApplication) {
+  CheckOptions options;
+  options.own.handlers = {"appmade"};
+  options.own.levels = {5};
+  const std::string lines =
+      "loghandler.net.level.5 = false\nloghandler = default net\nloghandler.default.child = net "
+      "appmade\nlogclient = con own\nlogclient.con.type = LogClientConsole\n"
+      "logclient.con.handler = net\nlogclient.own.type = LogClientConsole\n"
+      "logclient.own.handler = appmade\n" +
+      std::string(kLevels);
+
+  EXPECT_EQ("", Checked(lines, options));
+  EXPECT_EQ(
+      "it:1: error: level '5' is not in the list 'loglevel': the switch is not read; add it to the "
+      "list, or remove the line (if the application registers it: --level 5)\n"
+      "it:3: error: handler 'appmade' does not exist, and is not attached to 'default'; add it to "
+      "the handlers (if the application makes it: --handler appmade)\n"
+      "it:8: error: client 'own' is left out: there is no handler 'appmade'; add it to the "
+      "handlers "
+      "(if the application makes it: --handler appmade)\n",
+      Checked(lines));
 }
 
 /// Two clients with one parameter each besides their types, in lines 1 to 6.

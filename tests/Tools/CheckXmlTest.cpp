@@ -6,6 +6,8 @@
 #include "Support/Files.h"
 #include "Support/TemporaryFolder.h"
 
+using Loggerctl::CheckOptions;
+
 namespace {
 
 constexpr const char* kClient =
@@ -192,13 +194,13 @@ TEST(CheckXmlTest, TellsOfALevelGivenTwice) {
 TEST(CheckXmlTest, TellsOfASwitchThatDoesNothing) {
   EXPECT_EQ(
       "it:5: error: level '3' is not registered: the switch does nothing; register the level, "
-      "or remove the switch\n",
+      "or remove the switch (if the application registers it: --level 3)\n",
       CheckedSwitch("3", "false"));
   EXPECT_EQ(
       "it:5: error: level '4000000000' is read as 2147483647: a number beyond that does not fit; "
       "levels are numbers from 0 to 2147483647\n"
       "it:5: error: level '4000000000' is not registered: the switch does nothing; register the "
-      "level, or remove the switch\n",
+      "level, or remove the switch (if the application registers it: --level 4000000000)\n",
       CheckedSwitch("4000000000", "false"));
   EXPECT_EQ(
       "it:5: error: level '2' is switched again on handler 'net'; the last switch counts; "
@@ -235,14 +237,15 @@ TEST(CheckXmlTest, TellsOfHandlersThatAreNotInTheTree) {
       "it:4: warning: handler 'default' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n"
       "it:7: error: handler 'Net' does not exist, and is left out of the tree with all below "
-      "it; did you mean 'net'?\n",
+      "it; did you mean 'net'? (if the application makes it: --handler Net)\n",
       CheckedTree("<loghandler name=\"default\"><loghandler name=\"Net\"><loghandler "
                   "name=\"net\"/></loghandler></loghandler>"));
   EXPECT_EQ(
       "it:4: warning: handler 'default' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n"
       "it:7: error: handler 'disk' does not exist, and is left out of the tree with all below "
-      "it; make it with a 'loghandler' before the clients\n",
+      "it; make it with a 'loghandler' before the clients (if the application makes it: --handler "
+      "disk)\n",
       CheckedTree("<loghandler name=\"disk\"><loghandler name=\"net\"/></loghandler>"));
 }
 
@@ -259,21 +262,22 @@ TEST(CheckXmlTest, TellsOfACircle) {
 TEST(CheckXmlTest, TellsOfAClientThatIsLeftOut) {
   EXPECT_EQ(
       "it:6: error: the client is left out: there is no kind of client 'LogClientXml'; did you "
-      "mean 'LogClientXML'?\n",
+      "mean 'LogClientXML'? (if the application registers it: --kind LogClientXml)\n",
       CheckedClient("LogClientXml", ""));
   EXPECT_EQ(
       "it:4: warning: handler 'default' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n"
       "it:5: warning: handler 'net' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n"
-      "it:6: error: the client is left out: there is no handler ' net'; did you mean 'net'?\n",
+      "it:6: error: the client is left out: there is no handler ' net'; did you mean 'net'? (if "
+      "the application makes it: --handler \" net\")\n",
       CheckedClient("LogClientConsole", "", " net"));
 }
 
 TEST(CheckXmlTest, TellsOfALayoutThatIsUnknownOrOfNoUse) {
   EXPECT_EQ(
       "it:6: error: the client writes nothing: there is no layout 'LogLayoutsimple'; did you "
-      "mean 'LogLayoutSimple'?\n",
+      "mean 'LogLayoutSimple'? (if the application registers it: --layout LogLayoutsimple)\n",
       CheckedClient("LogClientConsole", "<layout layout=\"LogLayoutsimple\"/>"));
   EXPECT_EQ("it:6: error: a LogClientXML has no use for a layout, which is ignored; remove it\n",
             CheckedClient("LogClientXML",
@@ -292,6 +296,20 @@ TEST(CheckXmlTest, TellsOfParameters) {
       CheckedClient("LogClientFile",
                     "<parameter name=\"filename\" value=\"a\"/><parameter name=\"filename\" "
                     "value=\"b\"/><parameter name=\"fileappend\" value=\"False\"/>"));
+}
+
+TEST(CheckXmlTest, KnowsTheHandlersAndLevelsOfTheApplication) {
+  Parts parts;
+  parts.handler =
+      "<loghandler name=\"net\"><handlerloglevel level=\"5\" enable=\"false\"/></loghandler>\n";
+  parts.tree =
+      "<logtree><loghandler name=\"default\"><loghandler name=\"appmade\"><loghandler "
+      "name=\"net\"/></loghandler></loghandler></logtree>\n";
+  CheckOptions options;
+  options.own.handlers = {"appmade"};
+  options.own.levels = {5};
+
+  EXPECT_EQ("", Checked(parts.Document(), options));
 }
 
 }  // namespace

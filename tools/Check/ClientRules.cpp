@@ -35,7 +35,8 @@ void CheckKind(const Client& client, const OwnNames& own, Findings& findings) {
   findings.Error(
       client.type.line,
       client.Title() + " is left out: there is no kind of client " + Quoted(client.type.text),
-      DidYouMean(client.type.text, kinds));
+      JoinedSuggestions(DidYouMean(client.type.text, kinds),
+                        IfItIsOwn("registers", "--kind", client.type.text)));
 }
 
 void CheckHandler(const Configuration& configuration, const Client& client, Findings& findings) {
@@ -49,9 +50,9 @@ void CheckHandler(const Configuration& configuration, const Client& client, Find
   const std::string nearest = DidYouMean(handler, configuration.HandlerNames());
   findings.Error(client.handler.line,
                  client.Title() + " is left out: there is no handler " + Quoted(handler),
-                 isList            ? "a client is attached to one handler"
-                 : nearest.empty() ? "add it to the handlers"
-                                   : nearest);
+                 isList ? "a client is attached to one handler"
+                        : JoinedSuggestions(nearest.empty() ? "add it to the handlers" : nearest,
+                                            IfItIsOwn("makes", "--handler", handler)));
 }
 
 void CheckLayout(const Configuration& configuration, const Client& client, Findings& findings) {
@@ -60,10 +61,12 @@ void CheckLayout(const Configuration& configuration, const Client& client, Findi
   const KnownKind* const kind = FindKind(client.type.text);
   const bool isIni = configuration.form == ConfigurationForm::Ini;
   if (!Contains(layouts, client.layout.text) && (isIni || kind == nullptr || kind->hasLayout)) {
-    return findings.Error(client.layout.line,
-                          client.Title() + (isIni ? " is not attached" : " writes nothing") +
-                              ": there is no layout " + Quoted(client.layout.text),
-                          DidYouMean(client.layout.text, layouts));
+    return findings.Error(
+        client.layout.line,
+        client.Title() + (isIni ? " is not attached" : " writes nothing") +
+            ": there is no layout " + Quoted(client.layout.text),
+        JoinedSuggestions(DidYouMean(client.layout.text, layouts),
+                          IfItIsOwn("registers", "--layout", client.layout.text)));
   }
   if (kind == nullptr || kind->hasLayout) return;
   findings.Error(client.layout.line,

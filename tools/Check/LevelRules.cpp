@@ -10,22 +10,41 @@ namespace Loggerctl {
 
 namespace {
 
-/// What is wrong with the number itself; false when it is not registered.
+/// How to write a level that is cut at a character, such as a range.
+std::string SuggestionForNumber(const std::string& text) {
+  const std::size_t dash = text.find_first_of("-.:", 1);
+  const std::size_t rest = dash == std::string::npos ? dash : text.find_first_not_of("-.:", dash);
+  constexpr int kMostLevels = 20;
+  std::vector<std::string> levels;
+  if (rest != std::string::npos) {
+    const int first = ReadNumber(text).value;
+    const int last = ReadNumber(text.substr(rest)).value;
+    const bool isRange = first > 0 && first <= last && last - first < kMostLevels;
+    for (int level = first; isRange && level <= last; ++level) {
+      levels.push_back(std::to_string(level));
+    }
+  }
+  return levels.empty() ? "levels are numbers from 1 to 2147483647"
+                        : "there are no ranges: write " + Join(levels, " ");
+}
+
+/// Finds what is wrong with the number itself; false when it is not registered.
 bool CheckNumber(const Word& number, bool zeroCounts, Findings& findings) {
   const std::string title = "level " + Quoted(number.text);
   const NumberReading reading = ReadNumber(number.text);
   const bool isSkipped = reading.value == 0 && !zeroCounts;
   if (isSkipped) {
+    const bool isName = reading.form == NumberReading::Form::None;
     findings.Loss(number.line,
-                  title + (reading.form == NumberReading::Form::None
-                               ? " is no number, and is skipped"
-                               : " is skipped: 0 cannot be registered by a properties file"),
-                  "levels are numbers from 1 to 2147483647");
+                  title + (isName ? " is no number, and is skipped"
+                                  : " is skipped: 0 cannot be registered by a properties file"),
+                  isName ? "list a number from 1 to 2147483647, and name it in loglevel.NUMBER.name"
+                         : "levels are numbers from 1 to 2147483647");
     return false;
   }
   if (reading.form != NumberReading::Form::Plain) {
     findings.Error(number.line, title + " " + DescribeReading(reading),
-                   "levels are numbers from 1 to 2147483647");
+                   SuggestionForNumber(number.text));
   } else if (reading.value < 0) {
     findings.Error(number.line, title + " is read as " + std::to_string(LevelNumber(number.text)),
                    "levels are numbers from 1 to 2147483647");
@@ -71,11 +90,12 @@ bool CheckSwitchedLevel(const LevelSwitch& one, const std::set<unsigned int>& re
   }
   if (registered.count(LevelNumber(one.level.text)) > 0) return true;
   findings.Error(one.level.line, title + " is not registered: the switch does nothing",
-                 "register the level, or remove the switch");
+                 JoinedSuggestions("register the level, or remove the switch",
+                                   IfItIsOwn("registers", "--level", one.level.text)));
   return false;
 }
 
-/// What a handler's switches come to.
+/// The result of a handler's switches.
 struct HandlerSwitches {
   std::map<unsigned int, bool> isOn;
   int lastLine = 0;
@@ -135,11 +155,12 @@ void CheckLevels(const Configuration& configuration, Findings& findings) {
                      "levels " + Quoted(bearer->second) + " and " + Quoted(level.number.text) +
                          " have the same name " + Quoted(level.RegisteredName()));
   }
-  if (configuration.levels.empty()) {
+  if (configuration.levels.empty() && configuration.own.levels.empty()) {
     findings.Warning(1,
                      "no levels are registered: nothing is logged unless the application "
                      "registers some",
-                     "list their numbers in 'loglevel'");
+                     "list their numbers in 'loglevel' (if the application registers them: --level "
+                     "NUMBER)");
   }
 }
 

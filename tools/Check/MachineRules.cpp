@@ -14,7 +14,7 @@ namespace Loggerctl {
 
 namespace {
 
-/// Whether the calling process may; errno tells why not.
+/// Whether the calling process may; errno has the reason.
 bool IsAllowed(const std::string& path, int access) {
   return faccessat(AT_FDCWD, path.c_str(), access, AT_EACCESS) == 0;
 }
@@ -44,10 +44,7 @@ bool CheckCanBeWritten(const WrittenFile& file, const struct stat* status, Findi
                    "make it before the application starts");
     return false;
   }
-  if (status != nullptr && S_ISDIR(status->st_mode)) {
-    findings.Error(line, Quoted(file.path) + " is a folder", "name a file");
-    return false;
-  }
+  if (status != nullptr && S_ISDIR(status->st_mode)) return false;  // It is found in any case.
   const std::string& written = status == nullptr ? folder : file.path;
   if (IsAllowed(written, status == nullptr ? W_OK | X_OK : W_OK)) return true;
   findings.Error(line,

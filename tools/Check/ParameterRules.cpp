@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
 #include "Check/Rules.h"
 #include "Check/Values.h"
 #include "KnownKeys.h"
@@ -54,6 +58,10 @@ void CheckPort(const Parameter& parameter, Findings& findings) {
 
 void CheckFileName(const Parameter& parameter, Findings& findings) {
   const std::string& name = parameter.value.text;
+  std::error_code ignored;
+  if (name.back() == '/' || std::filesystem::is_directory(name, ignored)) {
+    findings.Error(parameter.value.line, Quoted(name) + " is a folder", "name a file");
+  }
   if (name.rfind("~/", 0) == 0) {
     findings.Error(parameter.value.line,
                    "'~' is a folder of this name, and not the home folder, in " + Quoted(name));
@@ -141,9 +149,27 @@ void CheckRolling(const Client& client, Findings& findings) {
   }
 }
 
+/// A port that is given with the address, as in localhost:4711 or [::1]:4711.
+void CheckServer(const Client& client, Findings& findings) {
+  const Parameter* const server = client.Given("serverip");
+  if (server == nullptr) return;
+  const std::string& text = server->value.text;
+  const bool isPlain = text.front() != '[' && std::count(text.begin(), text.end(), ':') != 1;
+  if (isPlain) return;
+  findings.Error(server->value.line,
+                 Quoted(text) + " is taken for the name of a host, with all that is in it",
+                 "give the host alone, and its port in the parameter 'serverport'");
+}
+
 void CheckTimeout(const Client& client, Findings& findings) {
   const Parameter* const timeout = client.Given("timeout");
-  if (timeout == nullptr || ReadNumber(timeout->value.text).value > 0) return;
+  if (timeout == nullptr) {
+    return findings.Warning(
+        client.line,
+        client.Title() + " waits for its server as long as it takes: it has no 'timeout'",
+        "give the parameter 'timeout', in milliseconds");
+  }
+  if (ReadNumber(timeout->value.text).value > 0) return;
   findings.Warning(timeout->value.line,
                    client.Title() +
                        " waits for its server as long as it takes: its 'timeout' is 0 or "
@@ -169,7 +195,10 @@ void CheckParameters(const Configuration& configuration, Findings& findings) {
     }
     CheckNeededParameters(*kind, client, findings);
     if (kind->name == "LogClientRollingFile") CheckRolling(client, findings);
-    if (kind->name == "LogClientSocket") CheckTimeout(client, findings);
+    if (kind->name == "LogClientSocket") {
+      CheckServer(client, findings);
+      CheckTimeout(client, findings);
+    }
     if (kind->name == "LogClientXML") CheckXmlText(client, findings);
   }
 }

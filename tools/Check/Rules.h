@@ -18,7 +18,7 @@ void CheckClients(const Configuration& configuration, Findings& findings);
 void CheckParameters(const Configuration& configuration, Findings& findings);
 void CheckFilesOfSeveralClients(const Configuration& configuration, Findings& findings);
 
-/// What depends on this machine: folders and files that the clients will write.
+/// Rules that depend on this machine: on folders and files that the clients will write.
 void CheckMachine(const Configuration& configuration, Findings& findings);
 
 }  // namespace Loggerctl

@@ -9,7 +9,7 @@ namespace Loggerctl {
 
 namespace {
 
-/// Who is attached to whom, as far as the library attaches them.
+/// The handlers below each handler, as far as the library attaches them.
 class Tree {
  public:
   explicit Tree(const Configuration& configuration) {
@@ -56,7 +56,8 @@ void CheckChildren(const Configuration& configuration, Findings& findings) {
     findings.Error(attachment.child.line,
                    "handler " + Quoted(child) + " does not exist, and is not attached to " +
                        Quoted(attachment.parent),
-                   nearest.empty() ? "add it to the handlers" : nearest);
+                   JoinedSuggestions(nearest.empty() ? "add it to the handlers" : nearest,
+                                     IfItIsOwn("makes", "--handler", child)));
   }
 }
 
@@ -73,7 +74,7 @@ void CheckRepeatedAttachments(const Configuration& configuration, Findings& find
 }
 
 void CheckCycles(const Configuration& configuration, const Tree& tree, Findings& findings) {
-  std::set<std::set<std::string>> told;
+  std::set<std::set<std::string>> reported;
   for (const Attachment& attachment : configuration.attachments) {
     const std::set<std::string> below = tree.Reached(attachment.child.text);
     if (below.count(attachment.parent) == 0) continue;
@@ -81,7 +82,7 @@ void CheckCycles(const Configuration& configuration, const Tree& tree, Findings&
     for (const std::string& handler : below) {
       if (tree.Reached(handler).count(attachment.parent) > 0) circle.insert(handler);
     }
-    if (!told.insert(circle).second) continue;
+    if (!reported.insert(circle).second) continue;
     findings.Error(attachment.child.line,
                    "handler " + Quoted(attachment.parent) + " is its own descendant, by way of " +
                        Quoted(attachment.child.text) +
@@ -102,14 +103,14 @@ bool ShareAnAncestor(const Configuration& configuration, const Tree& tree, const
 /// A handler that is below another by two ways gets every event of it twice.
 void CheckTwoWays(const Configuration& configuration, const Tree& tree, Findings& findings) {
   std::map<std::string, std::vector<std::string>> parents;
-  std::set<std::string> told;
+  std::set<std::string> reported;
   for (const Attachment& attachment : configuration.attachments) {
     const std::string& child = attachment.child.text;
-    if (tree.Reached(child).count(attachment.parent) > 0) continue;  // A cycle, which is told of.
+    if (tree.Reached(child).count(attachment.parent) > 0) continue;  // A cycle, which is reported.
     for (const std::string& other : parents[child]) {
       if (other == attachment.parent) continue;
       if (!ShareAnAncestor(configuration, tree, other, attachment.parent)) continue;
-      if (!told.insert(child).second) continue;
+      if (!reported.insert(child).second) continue;
       findings.Warning(attachment.child.line, "handler " + Quoted(child) +
                                                   " is reached by two ways, over " + Quoted(other) +
                                                   " and " + Quoted(attachment.parent) +
@@ -120,13 +121,13 @@ void CheckTwoWays(const Configuration& configuration, const Tree& tree, Findings
 }
 
 void CheckReach(const Configuration& configuration, const Tree& tree, Findings& findings) {
-  std::set<std::string> told;
+  std::set<std::string> reported;
   for (const Word& handler : configuration.handlers) {
     const std::set<std::string> reached = tree.Reached(handler.text);
     const bool hasClient =
         std::any_of(configuration.clients.begin(), configuration.clients.end(),
                     [&](const Client& client) { return reached.count(client.handler.text) > 0; });
-    if (hasClient || !told.insert(handler.text).second) continue;
+    if (hasClient || !reported.insert(handler.text).second) continue;
     findings.Warning(handler.line,
                      "handler " + Quoted(handler.text) +
                          " reaches no client: what is logged on it is written nowhere",

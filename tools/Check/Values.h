@@ -6,7 +6,7 @@ namespace Loggerctl {
 
 /// How values look to a reader, to be compared with how the library reads them.
 
-/// What a word for yes or no looks like; the case of its letters does not matter.
+/// The look of a word for yes or no; the case of its letters does not matter.
 enum class Look { On, Off, Unclear };
 Look LookOf(const std::string& word);
 

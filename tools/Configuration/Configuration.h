@@ -6,7 +6,7 @@
 
 namespace Loggerctl {
 
-// What a configuration file of either form says, with the lines where it says it.
+// The content of a configuration file of either form, with its lines.
 
 enum class ConfigurationForm { Ini, Xml };
 
@@ -58,7 +58,7 @@ struct Attachment {
   Word child;
 };
 
-/// What the application itself registers or makes before it reads the file.
+/// Names that the application itself registers or makes before it reads the file.
 struct OwnNames {
   std::vector<std::string> kinds;
   std::vector<std::string> layouts;

@@ -20,7 +20,7 @@ struct Finding {
   std::string suggestion;  ///< How to correct it; may be empty.
 };
 
-/// What was found in one file.
+/// The findings of one file.
 class Findings {
  public:
   void Add(const Finding& finding);

@@ -1,5 +1,7 @@
 #include "Configuration/IniLines.h"
 
+#include <algorithm>
+#include <array>
 #include <sstream>
 
 #include "Core/PropertiesLine.h"
@@ -24,6 +26,13 @@ std::string Extracted(std::string text) {
   return properties.ExtractExpression(text.data());
 }
 
+bool BeginsWithTypographicQuote(const std::string& value) {
+  constexpr std::array kQuotes{"\u201C", "\u201D", "\u201E", "\u201F", "\u2018",
+                               "\u2019", "\u201A", "\u201B", "\u00AB", "\u00BB"};
+  return std::any_of(kQuotes.begin(), kQuotes.end(),
+                     [&](const char* quote) { return value.rfind(quote, 0) == 0; });
+}
+
 /// One line, on its way from what it looks like to what is read.
 class IniLine {
  public:
@@ -34,6 +43,7 @@ class IniLine {
     CheckLength();
     CutAtZeroByte();
     CutComment();
+    if (IsOtherComment()) return;
     const std::size_t separator = text_.find('=');
     if (separator == std::string::npos) return CheckIgnored();
     const std::string valueText = text_.substr(separator + 1);
@@ -64,6 +74,13 @@ class IniLine {
       findings_.Loss(number_, "a zero byte ends the line", "save the file as plain text");
     }
     text_.resize(zero);
+  }
+
+  /// A whole line that is a comment in other formats.
+  bool IsOtherComment() const {
+    const bool isOther = Trimmed(text_).rfind(';', 0) == 0;
+    if (isOther) findings_.Loss(number_, "a comment starts at #, not at ;", "write # before it");
+    return isOther;
   }
 
   void CutComment() {
@@ -103,6 +120,23 @@ class IniLine {
 
   void CheckValue(const std::string& value) const {
     if (value.empty()) return;
+    CheckQuotes(value);
+    const bool hasSemicolon =
+        value.find(" ;") != std::string::npos || value.find("\t;") != std::string::npos;
+    if (hasSemicolon) {
+      findings_.Error(number_, "a comment starts at #, not at ;: the value is " + Quoted(value),
+                      "write # before the comment");
+    }
+    if (value.back() == '\\') {
+      findings_.Error(number_, "a line cannot be continued: the backslash belongs to the value",
+                      "write it on one line");
+    }
+    if (value.find("${") != std::string::npos) {
+      findings_.Error(number_, "variables are not replaced: the value is " + Quoted(value));
+    }
+  }
+
+  void CheckQuotes(const std::string& value) const {
     if (value.front() == '"' && comment_.empty()) {
       findings_.Error(number_,
                       "the quotes do not enclose the value, and belong to it: " + Quoted(value),
@@ -112,12 +146,9 @@ class IniLine {
       findings_.Error(number_, "single quotes belong to the value: " + Quoted(value),
                       "write double quotes, or none");
     }
-    if (value.back() == '\\') {
-      findings_.Error(number_, "a line cannot be continued: the backslash belongs to the value",
-                      "write it on one line");
-    }
-    if (value.find("${") != std::string::npos) {
-      findings_.Error(number_, "variables are not replaced: the value is " + Quoted(value));
+    if (BeginsWithTypographicQuote(value)) {
+      findings_.Error(number_, "typographic quotes belong to the value: " + Quoted(value),
+                      "write double quotes as on the keyboard, or none");
     }
   }
 };

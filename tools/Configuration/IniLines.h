@@ -14,8 +14,8 @@ struct IniEntry {
   int line;
 };
 
-/// The pairs of a properties file in their order, repeated keys included. What a line has that the
-/// library does not take as it looks is told.
+/// The pairs of a properties file in their order, repeated keys included. Finds what
+/// the library does not take as it looks.
 std::vector<IniEntry> ReadIniLines(const std::string& content, Findings& findings);
 
 }  // namespace Loggerctl

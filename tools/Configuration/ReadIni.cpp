@@ -21,7 +21,16 @@ bool Contains(const std::vector<Word>& words, const std::string& text) {
                      [&](const Word& word) { return word.text == text; });
 }
 
-/// Asks for keys in the way the library does, and knows in the end which ones nothing asked for.
+constexpr const char* kNoBreakSpace = "\u00A0";
+
+/// By its byte order mark, or by the zero byte of an ASCII character at its start.
+bool IsUtf16(const std::string& content) {
+  if (content.size() < 2) return false;
+  const std::string start = content.substr(0, 2);
+  return start == "\xFF\xFE" || start == "\xFE\xFF" || (start[0] == '\0') != (start[1] == '\0');
+}
+
+/// Reads keys in the way the library does, and knows in the end which ones nothing read.
 class IniReader {
  public:
   IniReader(const std::vector<IniEntry>& entries, const OwnNames& own, Findings& findings)
@@ -56,12 +65,12 @@ class IniReader {
     stored->second = {entry.value, entry.line};
   }
 
-  std::vector<Word> Unread() const {
-    std::vector<Word> keys;
+  std::vector<IniEntry> Unread() const {
+    std::vector<IniEntry> unread;
     for (const auto& [key, value] : values_) {
-      if (read_.count(key) == 0) keys.push_back({key, value.line});
+      if (read_.count(key) == 0) unread.push_back({key, value.text, value.line});
     }
-    return keys;
+    return unread;
   }
 
   /// The value, without a word about an empty one.
@@ -105,7 +114,9 @@ class IniReader {
   }
 
   void CheckItem(const std::string& item, int line) const {
-    if (item.find_first_of(",;\t") == std::string::npos) return;
+    const bool hasSeparator = item.find_first_of(",;\t") != std::string::npos ||
+                              item.find(kNoBreakSpace) != std::string::npos;
+    if (!hasSeparator) return;
     findings_.Error(line, Quoted(item) + " is one item: only single blanks separate a list",
                     "separate the items by single blanks");
   }
@@ -206,6 +217,11 @@ class IniReader {
 
 std::optional<Configuration> ReadIni(const std::string& content, const ReadOptions& options,
                                      Findings& findings) {
+  if (IsUtf16(content)) {
+    findings.Unusable(0, "the file is UTF-16, of which the library reads nothing",
+                      "save it as UTF-8 without a byte order mark");
+    return std::nullopt;
+  }
   return IniReader(ReadIniLines(content, findings), options.own, findings).Read();
 }
 

@@ -6,7 +6,7 @@
 
 namespace Loggerctl {
 
-/// What becomes of a document type: entities in it can read other files.
+/// Whether a document may have a document type, whose entities can read other files.
 enum class DocumentType {
   Refused,  ///< It is an error, and is not looked into.
   Read      ///< Its entities are read from files, never from the network.

@@ -39,7 +39,7 @@ std::string OneLine(const char* message) {
   return line;
 }
 
-/// What is noted while a document is being parsed.
+/// Notes that the parser takes of a document.
 struct ParserNotes {
   int documentTypeLine = 0;  ///< 0 when it has no document type.
   int errorLine = 0;
@@ -137,26 +137,26 @@ std::vector<std::string> AttributesOf(const std::string& element) {
   return names;
 }
 
-/// What is within the first quotes behind `start`; empty when the message does not have it.
-std::string QuotedBehind(const std::string& message, const std::string& start) {
+/// The text within the first quotes after `start`; empty when the message does not have it.
+std::string QuotedAfter(const std::string& message, const std::string& start) {
   const std::size_t found = message.find(start + "'");
   if (found == std::string::npos) return "";
   const std::size_t first = found + start.size() + 1;
   return message.substr(first, message.find('\'', first) - first);
 }
 
-/// What the misspelt name that a message is about may have meant.
+/// A suggestion for a message about a misspelt name.
 std::string SuggestionFor(const std::string& message) {
-  const std::string element = QuotedBehind(message, "Element ");
+  const std::string element = QuotedAfter(message, "Element ");
   if (message.find("is not allowed") != std::string::npos) {
-    return DidYouMean(QuotedBehind(message, "The attribute "), AttributesOf(element));
+    return DidYouMean(QuotedAfter(message, "The attribute "), AttributesOf(element));
   }
   const std::vector<std::string> known = ElementNames();
   const bool isKnown = std::find(known.begin(), known.end(), element) != known.end();
   return isKnown ? "" : DidYouMean(element, known);
 }
 
-/// What the schema says of one attribute comes in two messages, of which the first is the reason.
+/// The schema reports an attribute in two messages, of which the first is the reason.
 struct SchemaMessages {
   Findings& findings;
   int lastLine = 0;
@@ -291,7 +291,9 @@ class XmlReader {
     findings_.Add({handler.line, severity,
                    "handler " + Quoted(handler.text) +
                        " does not exist, and is left out of the tree with all below it",
-                   nearest.empty() ? "make it with a 'loghandler' before the clients" : nearest});
+                   JoinedSuggestions(
+                       nearest.empty() ? "make it with a 'loghandler' before the clients" : nearest,
+                       IfItIsOwn("makes", "--handler", handler.text))});
   }
 
   void CheckNoSwitches(const xmlNode* element) {

@@ -4,6 +4,8 @@
 #include <optional>
 #include <set>
 
+#include "KnownKeys.h"
+#include "Printable.h"
 #include "Wording.h"
 
 namespace Loggerctl {
@@ -18,7 +20,7 @@ bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-/// What stands between two parts of a text that has both.
+/// The text between two parts of a text that has both.
 std::optional<std::string> Between(const std::string& text, const std::string& start,
                                    const std::string& end) {
   if (text.size() < start.size() + end.size()) return std::nullopt;
@@ -26,8 +28,8 @@ std::optional<std::string> Between(const std::string& text, const std::string& s
   return text.substr(start.size(), text.size() - start.size() - end.size());
 }
 
-/// What is behind `start` and the longest of the names and a dot.
-std::optional<std::pair<std::string, std::string>> SplitBehind(
+/// The text after `start` and the longest of the names and a dot.
+std::optional<std::pair<std::string, std::string>> SplitAfter(
     const std::string& key, const std::string& start, const std::vector<std::string>& names) {
   std::optional<std::pair<std::string, std::string>> split;
   for (const std::string& name : names) {
@@ -44,18 +46,18 @@ class UnreadKeys {
              Findings& findings)
       : configuration_(configuration), clients_(clients), findings_(findings) {}
 
-  void Report(const Word& key) {
+  void Report(const IniEntry& key) {
     const bool isExplained = ReportLevelName(key) || ReportOfHandler(key) || ReportOfClient(key);
     if (isExplained) return;
-    findings_.Loss(key.line, "key " + Quoted(key.text) + " is read by nothing",
-                   DidYouMean(key.text, Candidates()));
+    findings_.Loss(key.line, "key " + Quoted(key.key) + " is read by nothing",
+                   DidYouMean(key.key, Candidates()));
   }
 
  private:
   const Configuration& configuration_;
   const std::vector<std::string>& clients_;
   Findings& findings_;
-  std::set<std::string> told_;
+  std::set<std::string> reported_;
 
   std::vector<std::string> LevelItems() const {
     std::vector<std::string> items;
@@ -81,8 +83,8 @@ class UnreadKeys {
     return keys;
   }
 
-  bool ReportLevelName(const Word& key) {
-    const auto item = Between(key.text, "loglevel.", ".name");
+  bool ReportLevelName(const IniEntry& key) {
+    const auto item = Between(key.key, "loglevel.", ".name");
     if (!item) return false;
     const std::string same = SameNumber(*item);
     findings_.Loss(
@@ -100,19 +102,19 @@ class UnreadKeys {
     return "";
   }
 
-  bool ReportOfHandler(const Word& key) {
+  bool ReportOfHandler(const IniEntry& key) {
     std::vector<std::string> configured;
     if (!configuration_.handlers.empty()) configured = configuration_.HandlerNames();
-    if (const auto split = SplitBehind(key.text, "loghandler.", configured)) {
+    if (const auto split = SplitAfter(key.key, "loghandler.", configured)) {
       return ReportOfListedHandler(key, split->first, split->second);
     }
-    auto handler = Between(key.text, "loghandler.", ".child");
-    const std::size_t level = key.text.rfind(".level.");
+    auto handler = Between(key.key, "loghandler.", ".child");
+    const std::size_t level = key.key.rfind(".level.");
     if (!handler && level != std::string::npos) {
-      handler = Between(key.text.substr(0, level), "loghandler.", "");
+      handler = Between(key.key.substr(0, level), "loghandler.", "");
     }
     if (!handler) return false;
-    const bool isNew = told_.insert("loghandler." + *handler).second;
+    const bool isNew = reported_.insert("loghandler." + *handler).second;
     if (isNew) ReportUnlisted(key.line, "handler", *handler, configuration_.HandlerNames());
     return true;
   }
@@ -126,13 +128,18 @@ class UnreadKeys {
                    nearest.empty() ? "add it to the list, or remove its lines" : nearest);
   }
 
-  bool ReportOfListedHandler(const Word& key, const std::string& handler, const std::string& part) {
+  bool ReportOfListedHandler(const IniEntry& key, const std::string& handler,
+                             const std::string& part) {
     const std::string prefix = "loghandler." + handler + ".";
     if (part == "child") {  // Of "default", which is set up without being listed.
       findings_.Loss(key.line,
                      "handler " + Quoted(handler) +
                          " is not in the list 'loghandler': its children are not attached",
                      "add it to the list");
+      return true;
+    }
+    if (part == "parent" || part == "level") {
+      ReportOtherWord(key, handler, part);
       return true;
     }
     const auto level = Between(part, "level.", "");
@@ -142,9 +149,25 @@ class UnreadKeys {
                    "level " + Quoted(*level) +
                        " is not in the list 'loglevel': the switch is not "
                        "read",
-                   meant.empty() ? "add it to the list, or remove the line"
+                   meant.empty() ? UnlistedSuggestion(*level)
                                  : "did you mean " + Quoted(prefix + "level." + meant) + "?");
     return true;
+  }
+
+  /// A word that looks as if it said something about a handler.
+  void ReportOtherWord(const IniEntry& key, const std::string& handler, const std::string& part) {
+    const std::string below = "a handler names those below it: loghandler." + Escaped(key.value) +
+                              ".child = " + Escaped(handler);
+    const std::string switches =
+        "levels are switched one by one: loghandler." + Escaped(handler) + ".level.NUMBER = false";
+    findings_.Loss(key.line, "key " + Quoted(key.key) + " is read by nothing",
+                   part == "parent" ? below : switches);
+  }
+
+  static std::string UnlistedSuggestion(const std::string& level) {
+    const bool isNumber = level.find_first_not_of("0123456789") == std::string::npos;
+    const std::string add = "add it to the list, or remove the line";
+    return isNumber ? JoinedSuggestions(add, IfItIsOwn("registers", "--level", level)) : add;
   }
 
   /// The registered level that a switch gives by a number written otherwise, or by its name.
@@ -157,34 +180,57 @@ class UnreadKeys {
     return "";
   }
 
-  bool ReportOfClient(const Word& key) {
-    if (const auto split = SplitBehind(key.text, "logclient.", clients_)) {
+  bool ReportOfClient(const IniEntry& key) {
+    if (const auto split = SplitAfter(key.key, "logclient.", clients_)) {
       return ReportParameter(key, split->first, split->second);
     }
-    if (!StartsWith(key.text, "logclient.")) return false;
-    const std::string rest = key.text.substr(std::string("logclient.").size());
+    if (!StartsWith(key.key, "logclient.")) return false;
+    const std::string rest = key.key.substr(std::string("logclient.").size());
     const std::size_t dot = rest.find('.');
     if (dot == std::string::npos) return false;
     const std::string client = rest.substr(0, dot);
-    const bool isNew = told_.insert("logclient." + client).second;
+    const bool isNew = reported_.insert("logclient." + client).second;
     if (isNew) ReportUnlisted(key.line, "client", client, clients_);
     return true;
   }
 
+  /// A parameter that is written as if it were a key of its own, or with another word before its
+  /// number.
+  bool ReportMisspeltParameter(const IniEntry& key, const std::string& client,
+                               const std::string& part) {
+    const std::string prefix = "logclient." + client + ".parameter.";
+    const std::size_t dot = part.find('.');
+    const std::string rest = dot == std::string::npos ? "" : part.substr(dot);
+    const bool hasNumber = rest.size() > 1 && rest.find_first_of("0123456789") == 1;
+    const auto isParameter = [&](const KnownKind& kind) {
+      return FindParameter(kind, part) != nullptr;
+    };
+    std::string suggestion;
+    if (hasNumber && (EndsWith(rest, ".name") || EndsWith(rest, ".value"))) {
+      suggestion = "did you mean " + Quoted(prefix + rest.substr(1)) + "?";
+    } else if (std::any_of(KnownKinds().begin(), KnownKinds().end(), isParameter)) {
+      suggestion = "a parameter has a number: " + Escaped(prefix) + "0.name = " + part + " and " +
+                   Escaped(prefix) + "0.value = " + Escaped(key.value);
+    }
+    if (suggestion.empty()) return false;
+    findings_.Loss(key.line, "key " + Quoted(key.key) + " is read by nothing", suggestion);
+    return true;
+  }
+
   /// A parameter that is not reached.
-  bool ReportParameter(const Word& key, const std::string& client, const std::string& part) {
+  bool ReportParameter(const IniEntry& key, const std::string& client, const std::string& part) {
     const auto numbered = Between(part, "parameter.", "");
-    if (!numbered) return false;
+    if (!numbered) return ReportMisspeltParameter(key, client, part);
     const std::size_t dot = numbered->rfind('.');
     const std::string number = numbered->substr(0, dot);
     const std::string last = dot == std::string::npos ? "" : numbered->substr(dot + 1);
     if (last != "name" && last != "value") {
       const std::string parameter = "logclient." + client + ".parameter." + number;
-      findings_.Loss(key.line, "key " + Quoted(key.text) + " is read by nothing",
-                     DidYouMean(key.text, {parameter + ".name", parameter + ".value"}));
+      findings_.Loss(key.line, "key " + Quoted(key.key) + " is read by nothing",
+                     DidYouMean(key.key, {parameter + ".name", parameter + ".value"}));
       return true;
     }
-    const bool isNew = told_.insert("logclient." + client + ".parameter." + number).second;
+    const bool isNew = reported_.insert("logclient." + client + ".parameter." + number).second;
     if (!isNew) return true;
     findings_.Loss(key.line,
                    "parameter " + Quoted(number) + " of client " + Quoted(client) +
@@ -196,13 +242,13 @@ class UnreadKeys {
 
 }  // namespace
 
-void ReportUnreadKeys(const std::vector<Word>& keys, const Configuration& configuration,
+void ReportUnreadKeys(const std::vector<IniEntry>& keys, const Configuration& configuration,
                       const std::vector<std::string>& clients, Findings& findings) {
-  std::vector<Word> ordered = keys;
+  std::vector<IniEntry> ordered = keys;
   std::sort(ordered.begin(), ordered.end(),
-            [](const Word& one, const Word& other) { return one.line < other.line; });
+            [](const IniEntry& one, const IniEntry& other) { return one.line < other.line; });
   UnreadKeys unread(configuration, clients, findings);
-  for (const Word& key : ordered) unread.Report(key);
+  for (const IniEntry& key : ordered) unread.Report(key);
 }
 
 }  // namespace Loggerctl

@@ -131,6 +131,15 @@ class IniWriter {
       WriteSwitches(name);
       WriteChildren(name);
     }
+    for (const Attachment& attachment : configuration_.attachments) {
+      const bool isListed = std::any_of(names.begin(), names.end(), [&](const Word& name) {
+        return name.text == attachment.parent;
+      });
+      if (isListed) continue;
+      Lose(attachment.child.line,
+           "child " + Quoted(attachment.child.text) + " of handler " + Quoted(attachment.parent),
+           "a properties file has children of the handlers in its list only");
+    }
   }
 
   /// Children are read of listed handlers only, which "default" then has to be as well. It exists

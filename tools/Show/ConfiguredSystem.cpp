@@ -1,6 +1,7 @@
 #include "Show/ConfiguredSystem.h"
 
 #include <algorithm>
+#include <map>
 
 #include "Levels.h"
 #include "LogHandler.h"
@@ -13,19 +14,19 @@ namespace Loggerctl {
 
 namespace {
 
-typedef ConfiguredSystem::Level Level;
+typedef ConfiguredSystem::Level ShownLevel;
 
-std::vector<Level> AskLevels() {
-  std::vector<Level> levels;
+std::vector<ShownLevel> AskLevels() {
+  std::vector<ShownLevel> levels;
   for (const unsigned int number : RegisteredLevels()) {
     levels.push_back({number, LevelName(number)});
   }
   return levels;
 }
 
-std::vector<Level> AskLevelsOff(LogHandler& handler, const std::vector<Level>& levels) {
-  std::vector<Level> off;
-  for (const Level& level : levels) {
+std::vector<ShownLevel> AskLevelsOff(LogHandler& handler, const std::vector<ShownLevel>& levels) {
+  std::vector<ShownLevel> off;
+  for (const ShownLevel& level : levels) {
     if (!handler.GetLogLevel(level.number)) off.push_back(level);
   }
   return off;
@@ -71,14 +72,40 @@ void NoteAttachment(ConfiguredSystem& system, const ConfiguredSystem::Handler& h
   }
 }
 
+/// Whether the library makes this very client, or one just like it, from what the file says.
+bool IsMadeFrom(const RecordingClient& made, const Client& said) {
+  std::map<std::string, std::string> parameters;
+  for (const Parameter& parameter : said.parameters) {
+    parameters.insert({parameter.name.text, parameter.value.text});
+  }
+  const RecordingClient::Parameters& given = made.GivenParameters();
+  return made.Kind().name == said.type.text &&
+         parameters == std::map<std::string, std::string>(given.begin(), given.end());
+}
+
+/// Clients are made in the order of the file, which has others that are not made.
+void NameClients(const Configuration& configuration, ConfiguredSystem& system) {
+  auto next = configuration.clients.begin();
+  for (std::size_t index = 0; index < system.clients.size(); ++index) {
+    ConfiguredSystem::Client& client = system.clients[index];
+    const auto found = std::find_if(next, configuration.clients.end(), [&](const Client& said) {
+      return configuration.HasHandler(said.handler.text) && IsMadeFrom(*client.recording, said);
+    });
+    const bool hasName = found != configuration.clients.end() && !found->name.empty();
+    client.name = hasName ? found->name : std::to_string(index + 1);
+    if (found != configuration.clients.end()) next = found + 1;
+  }
+}
+
 }  // namespace
 
-ConfiguredSystem AskSystem() {
+ConfiguredSystem AskSystem(const Configuration& configuration) {
   ConfiguredSystem system;
   system.levels = AskLevels();
   for (const RecordingClient* const client : RecordedClients()) {
-    system.clients.push_back({client, "", false});
+    system.clients.push_back({client, "", false, ""});
   }
+  NameClients(configuration, system);
   const Attachments attachments;
   for (LogHandler* const handler : attachments.Handlers()) {
     system.handlers.push_back({handler->GetName(), AskLevelsOff(*handler, system.levels),
@@ -88,13 +115,13 @@ ConfiguredSystem AskSystem() {
   return system;
 }
 
-std::string LevelText(const Level& level) {
+std::string LevelText(const ShownLevel& level) {
   return std::to_string(level.number) + " " + Printable(level.name);
 }
 
 std::string OffText(const ConfiguredSystem::Handler& handler) {
   std::vector<std::string> texts;
-  for (const Level& level : handler.levelsOff) texts.push_back(LevelText(level));
+  for (const ShownLevel& level : handler.levelsOff) texts.push_back(LevelText(level));
   return texts.empty() ? "" : "off: " + Join(texts, ", ");
 }
 

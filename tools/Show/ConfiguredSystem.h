@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "Configuration/Configuration.h"
+
 namespace Loggerctl {
 
 class RecordingClient;
 
-/// The process's logging system, as the library tells it after it was configured with recording
+/// The process's logging system, as the library has it after it was configured with recording
 /// clients in the place of the real ones.
 struct ConfiguredSystem {
   struct Level {
@@ -28,6 +30,7 @@ struct ConfiguredSystem {
     const RecordingClient* recording;
     std::string handler;
     bool isAttached;
+    std::string name;  ///< Its name in the file, or its number where it has none.
   };
 
   std::vector<Level> levels;
@@ -35,13 +38,14 @@ struct ConfiguredSystem {
   std::vector<Client> clients;  ///< In the order in which they were made, also unattached ones.
 };
 
-ConfiguredSystem AskSystem();
+/// Asks the library. The clients get the names that they have in the configuration.
+ConfiguredSystem AskSystem(const Configuration& configuration);
 
 /// The system for a terminal, and as a graph in the language of Graphviz.
 std::string TextOf(const ConfiguredSystem& system);
 std::string DotOf(const ConfiguredSystem& system);
 
-/// What is told about single things, in either way.
+/// Texts about single things, for both.
 std::string LevelText(const ConfiguredSystem::Level& level);
 std::string OffText(const ConfiguredSystem::Handler& handler);
 /// Its layout, or why it has none, or why the client is attached to no handler. May be empty.

@@ -38,9 +38,9 @@ class RecordingClient : public LogClient {
   Parameters parameters_;
 };
 
-/// What is made of a configuration in the place of real clients and layouts.
+/// Describes what stands in for real clients and layouts.
 struct Recording {
-  /// Parameters that clients are asked for; a set of properties does not tell its keys.
+  /// Parameters that clients are asked for; a set of properties cannot list its keys.
   std::set<std::string> parameterNames;
   /// Kinds of clients and layouts that the application registers itself.
   std::vector<std::string> ownKinds;

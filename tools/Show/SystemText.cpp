@@ -110,8 +110,9 @@ class Tree {
       const bool isLast = &receiver == &handler.receivers.back();
       out_ << indent << (isLast ? "└── " : "├── ");
       if (receiver.isClient) {
-        out_ << "client " << receiver.index + 1 << ": "
-             << Printable(system_.clients[receiver.index].recording->Kind().name) << "\n";
+        const Client& client = system_.clients[receiver.index];
+        out_ << "client " << Printable(client.name) << ": "
+             << Printable(client.recording->Kind().name) << "\n";
       } else {
         DrawHandler(receiver.index, indent + (isLast ? "    " : "│   "));
       }
@@ -119,8 +120,8 @@ class Tree {
   }
 };
 
-void AppendClient(std::ostream& out, std::size_t number, const Client& client) {
-  out << "  " << number << " " << Printable(client.recording->Kind().name);
+void AppendClient(std::ostream& out, const Client& client) {
+  out << "  " << Printable(client.name) << ": " << Printable(client.recording->Kind().name);
   if (client.isAttached) out << " on " << Printable(client.handler);
   const std::string remark = RemarkOn(client);
   out << (remark.empty() ? "" : ", ") << remark << "\n";
@@ -132,9 +133,7 @@ void AppendClient(std::ostream& out, std::size_t number, const Client& client) {
 void AppendClients(std::ostream& out, const ConfiguredSystem& system) {
   out << "\nclients\n";
   if (system.clients.empty()) out << kNone;
-  for (std::size_t index = 0; index < system.clients.size(); ++index) {
-    AppendClient(out, index + 1, system.clients[index]);
-  }
+  for (const Client& client : system.clients) AppendClient(out, client);
 }
 
 }  // namespace
