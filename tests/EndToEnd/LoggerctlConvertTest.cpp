@@ -402,7 +402,7 @@ TEST_F(LoggerctlConvertTest, ReportsWhatAPropertiesFileCannotSay) {
              "handler 'two words' with its switches and children is left out: a blank separates "
              "the names of a list in a properties file") +
           At(5,
-             "the switch of level 1 on handler 'a=b' is left out: '=' ends a key in a properties "
+             "the switch of level '1' on handler 'a=b' is left out: '=' ends a key in a properties "
              "file") +
           At(6,
              "there is no layout 'Mine': the client is attached to its handler by an XML "

@@ -76,6 +76,7 @@ std::vector<LevelSwitch> Configuration::SwitchesOf(const std::string& handler) c
     if (one.handler == handler) last[LevelNumber(one.level.text)] = one;
   }
   std::vector<LevelSwitch> ordered;
+  ordered.reserve(last.size());
   for (const auto& [level, one] : last) ordered.push_back(one);
   return ordered;
 }

@@ -42,6 +42,11 @@ std::string QuotedWhereNeeded(const std::string& value) {
   return hasOuterBlanks || value.front() == '"' ? '"' + value + '"' : value;
 }
 
+/// A description of a thing with its name in the middle.
+std::string Named(const std::string& before, const std::string& name, const std::string& after) {
+  return before + Quoted(name) + after;
+}
+
 class IniWriter {
  public:
   IniWriter(const Configuration& configuration, Findings& findings)
@@ -94,7 +99,7 @@ class IniWriter {
         length += added;
         written.push_back(name.text);
       } else {
-        Lose(name.line, before + Quoted(name.text) + after, reason);
+        Lose(name.line, Named(before, name.text, after), reason);
       }
     }
     if (!written.empty()) text_ += key + " = " + QuotedWhereNeeded(Join(written, " ")) + "\n";
@@ -155,11 +160,12 @@ class IniWriter {
   }
 
   void WriteSwitches(const std::string& handler) {
+    const std::string key = "loghandler." + handler + ".level.";
+    const std::string onHandler = " on handler " + Quoted(handler);
     for (const LevelSwitch& one : configuration_.SwitchesOf(handler)) {
       const std::string level = std::to_string(LevelNumber(one.level.text));
       const Word value{one.enable.text == "true" ? "true" : "false", one.enable.line};
-      WriteLine("loghandler." + handler + ".level." + level, value,
-                "the switch of level " + level + " on handler " + Quoted(handler));
+      WriteLine(key + level, value, Named("the switch of level ", level, onHandler));
     }
   }
 
@@ -172,7 +178,7 @@ class IniWriter {
       return;
     }
     for (const Word& child : children) {
-      Lose(child.line, "child " + Quoted(child.text) + ofHandler, reason);
+      Lose(child.line, Named("child ", child.text, ofHandler), reason);
     }
   }
 
