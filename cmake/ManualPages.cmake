@@ -2,12 +2,12 @@
 
 set(LOGGER_MANUAL_PAGES docs/man/liblogger-ini.5 docs/man/liblogger-xml.5)
 if(NOT LOGGER_SANITIZE)  # What users install has no sanitizer in it.
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
   foreach(page ${LOGGER_MANUAL_PAGES})
     set(template ${PROJECT_SOURCE_DIR}/${page}.in)
-    set(fill ${PROJECT_SOURCE_DIR}/packaging/FillManualPage.cmake)
+    set(fill ${PROJECT_SOURCE_DIR}/packaging/fill-manual-page)
     add_custom_command(OUTPUT ${page}
-      COMMAND ${CMAKE_COMMAND} -D LOGGERCTL=$<TARGET_FILE:loggerctl> -D TEMPLATE=${template}
-        -D PAGE=${PROJECT_BINARY_DIR}/${page} -P ${fill}
+      COMMAND Python3::Interpreter ${fill} $<TARGET_FILE:loggerctl> ${template} > ${page}
       DEPENDS loggerctl ${template} ${fill}
       VERBATIM)
   endforeach()
