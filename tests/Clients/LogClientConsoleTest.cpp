@@ -79,22 +79,21 @@ class LogClientConsoleTest : public testing::Test {
   FlushCounter buffer_;
 };
 
-TEST_F(LogClientConsoleTest, WritesStandardLinesToStandardOutputAtOnce) {
-  LogClientConsole client;
-  bool isPublished = false;
+TEST_F(LogClientConsoleTest, WritesToStandardOutputAtOnceWhateverItsProperties) {
+  LogProperties properties;
+  properties.AddProperty("filename", "/nowhere/app.log");
+  properties.AddProperty("layout", "LogLayoutMessage");
+  LogClientConsole plain;
+  LogClientConsole configured(properties);
 
-  const std::string output =
-      OutputOf([&] { isPublished = client.Publish(EventWith("disk full", 99)); });
-
-  EXPECT_TRUE(isPublished);
-  EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", output);
-}
-
-TEST_F(LogClientConsoleTest, FlushesTextThatEndsInNoLineFeed) {
-  LogClientConsole client;
-  client.SetLayout(new FunctionLayout([](std::ostream& out, const LogEvent&) { out << "half"; }));
-
-  EXPECT_EQ("half", OutputOf([&] { client.Publish(EventWith("x")); }));
+  for (LogClientConsole* const client : {&plain, &configured}) {
+    EXPECT_TRUE(client->IsInitialize());
+    EXPECT_EQ("2024-03-05T14:07:09 || disk full\n",
+              OutputOf([&] { EXPECT_TRUE(client->Publish(EventWith("disk full", 99))); }));
+    client->SetLayout(
+        new FunctionLayout([](std::ostream& out, const LogEvent&) { out << "half"; }));
+    EXPECT_EQ("half", OutputOf([&] { client->Publish(EventWith("x")); }));
+  }
 }
 
 TEST_F(LogClientConsoleTest, FlushesOnceAfterEachEvent) {
@@ -110,43 +109,15 @@ TEST_F(LogClientConsoleTest, FlushesOnceAfterEachEvent) {
   EXPECT_EQ("one\ntwo\n", buffer_.str());
 }
 
-TEST_F(LogClientConsoleTest, IsReadyFromItsConstruction) {
-  LogProperties properties;
-  LogClientConsole plain;
-  LogClientConsole configured(properties);
-
-  EXPECT_TRUE(plain.IsInitialize());
-  EXPECT_TRUE(configured.IsInitialize());
-}
-
-TEST_F(LogClientConsoleTest, IgnoresItsProperties) {
-  LogProperties properties;
-  properties.AddProperty("filename", "/nowhere/app.log");
-  properties.AddProperty("layout", "LogLayoutMessage");
-  LogClientConsole client(properties);
-
-  const std::string output = OutputOf([&] { client.Publish(EventWith("disk full", 99)); });
-
-  EXPECT_EQ("2024-03-05T14:07:09 || disk full\n", output);
-}
-
 TEST_F(LogClientConsoleTest, WritesNothingWithoutALayout) {
   LogClientConsole client;
   const CoutTo redirection(buffer_);
 
   EXPECT_TRUE(client.SetLayout(nullptr));
-
   EXPECT_FALSE(client.Publish(EventWith("lost")));
-  EXPECT_EQ("", buffer_.str());
-  EXPECT_EQ(0, buffer_.flushes);
-}
-
-TEST_F(LogClientConsoleTest, WritesNothingAfterAnUnknownLayoutName) {
-  LogClientConsole client;
-  const CoutTo redirection(buffer_);
-
   EXPECT_FALSE(client.SetLayout("LogLayoutmessage"));
   EXPECT_FALSE(client.Publish(EventWith("lost")));
+  EXPECT_EQ(0, buffer_.flushes);
   EXPECT_TRUE(client.SetLayout("LogLayoutMessage"));
   EXPECT_TRUE(client.Publish(EventWith("disk full")));
 

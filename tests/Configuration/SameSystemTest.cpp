@@ -19,8 +19,8 @@
 #include "Logger.h"
 #include "Support/ConfiguredClient.h"
 #include "Support/Files.h"
+#include "Support/MaskTimes.h"
 #include "Support/TemporaryFolder.h"
-#include "Support/Timeless.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ void LogSomething() {
 
 void PrintFiles() {
   for (const char* const name : {"app.log", "app.log.1", "app.log.2", "app.log.3", "app.log.4"}) {
-    std::cout << name << (Exists(name) ? ": " + Timeless(Content(name)) : " does not exist")
+    std::cout << name << (Exists(name) ? ": " + MaskTimes(Content(name)) : " does not exist")
               << "\n";
   }
 }

@@ -15,7 +15,7 @@
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
-#include "Support/Disturbance.h"
+#include "Support/BackgroundLoop.h"
 #include "Support/Files.h"
 #include "Support/RecordingClient.h"
 #include "Support/TemporaryFolder.h"
@@ -75,22 +75,22 @@ TEST_F(ConcurrencyTest, LosesNothingWhileEverythingElseChanges) {
   LogHandler* const root = TreeInto(folder_.Path("log"));
   LogHandler* const branch = Logger::GetLogHandler("branch");
   {
-    const Disturbance levels([](unsigned int round) {
+    const BackgroundLoop levels([](unsigned int round) {
       Logger::GetLogLevelManager()->AddLogLevel(round % 500 + 2, "another");
     });
-    const Disturbance switches([=](unsigned int round) {
+    const BackgroundLoop switches([=](unsigned int round) {
       root->SetLogLevel(2, round % 2 == 0);
       branch->SetLogLevel(100, round % 2 == 0);
     });
-    const Disturbance handlers([](unsigned int round) {
+    const BackgroundLoop handlers([](unsigned int round) {
       delete Logger::GetLogHandler("handler " + std::to_string(round % 5));
     });
-    const Disturbance clients([=](unsigned int) {
+    const BackgroundLoop clients([=](unsigned int) {
       RecordingClient passing;
       branch->AddLogClient(&passing);
       branch->RemoveLogClient(&passing);
     });
-    const Disturbance readers([=](unsigned int) {
+    const BackgroundLoop readers([=](unsigned int) {
       static_cast<void>(root->HandleLogEvent(1));
       static_cast<void>(branch->GetLogLevel(2));
       static_cast<void>(branch->GetLogClientCount());
@@ -110,7 +110,7 @@ TEST_F(ConcurrencyTest, DeliversAllOrNothingOfAnEventWhileTheActiveFlagIsSwitche
   handler->AddLogClient(&second);
   std::atomic<std::size_t> accepted{0};
   {
-    const Disturbance active(
+    const BackgroundLoop active(
         [=](unsigned int round) { handler->SetLogHandlerActive(round % 2 == 0); });
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kLoggers; ++thread) {

@@ -12,10 +12,10 @@
 
 #include "KnownKeys.h"
 #include "Support/Files.h"
+#include "Support/MaskTimes.h"
 #include "Support/Process.h"
 #include "Support/ShownSystem.h"
 #include "Support/TemporaryFolder.h"
-#include "Support/Timeless.h"
 
 using Loggerctl::KnownAttribute;
 using Loggerctl::KnownAttributes;
@@ -364,7 +364,7 @@ TEST_F(ManualExamplesTest, WorkAsCommands) {
 
   EXPECT_EQ(9U, count);
   EXPECT_EQ("TIME |ERROR| disk full\nTIME |INFO| one\nTIME |INFO| two\n",
-            Timeless(Content(folder_.Path("app.log"))));
+            MaskTimes(Content(folder_.Path("app.log"))));
   EXPECT_EQ(0U, Content(folder_.Path("app.dot")).find("digraph"));
   EXPECT_EQ(Shown("app.ini"), Shown("converted.xml"));
 }

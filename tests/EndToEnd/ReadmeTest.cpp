@@ -8,8 +8,8 @@
 
 #include "Support/FencedBlocks.h"
 #include "Support/Files.h"
+#include "Support/MaskTimes.h"
 #include "Support/Process.h"
-#include "Support/Timeless.h"
 
 namespace {
 
@@ -48,7 +48,7 @@ TEST(ReadmeTest, MatchesTheOutputOfTheExampleInCode) {
   const ProcessResult result = RunProgram({HELLO});
 
   EXPECT_EQ("TIME |INFO| listening on port 8080\nTIME |ERROR| backend: 3 requests lost\n",
-            Timeless(result.output));
+            MaskTimes(result.output));
   EXPECT_EQ(0, result.exitCode);
 }
 

@@ -1,5 +1,5 @@
 // All kinds of clients at once, for as long as one likes, while what they write to fails.
-// SOAK_SECONDS tells for how long; scripts/soak sets it.
+// SOAK_SECONDS says for how long; scripts/soak sets it.
 //
 // In each round four threads log through a tree of twenty handlers to new clients, and something is
 // broken meanwhile. When they have ended, what lies in each file is compared, byte by byte, with
@@ -88,7 +88,7 @@ class Account : public LogHandlerClient {
   bool Publish(const LogEvent& event) override {
     published_.push_back(event.GetLogMessage());
     if (!client_->Publish(event)) return false;
-    EXPECT_EQ(published_.size(), ++accepted_);  // Who has refused one refuses all that follow.
+    EXPECT_EQ(published_.size(), ++accepted_);  // After one refusal all that follow are refused.
     return true;
   }
   bool IsInitialize() override { return client_->IsInitialize(); }
@@ -112,7 +112,7 @@ class Account : public LogHandlerClient {
 /// The account of a socket client, which asks its server for an answer every now and then.
 class SocketAccount : public Account {
  public:
-  /// `isBroken` tells whether the connection was broken, or is just being broken.
+  /// `isBroken` says whether the connection was broken, or is just being broken.
   SocketAccount(LogClientSocket* client, const std::atomic<bool>& isBroken)
       : Account(client), socket_(*client), isBroken_(isBroken) {}
 
@@ -188,7 +188,7 @@ class Tree {
 
   LogHandler& At(int index) const { return *handlers_[static_cast<std::size_t>(index)]; }
 
-  /// Makes one that has none below it anew.
+  /// Replaces one that has none below it.
   void Remake(int leaf) {
     delete &At(leaf);
     Make(leaf);

@@ -21,7 +21,7 @@
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
-#include "Support/Disturbance.h"
+#include "Support/BackgroundLoop.h"
 #include "Support/Files.h"
 #include "Support/RecordingClient.h"
 #include "Support/TemporaryFolder.h"
@@ -277,20 +277,20 @@ TEST_F(StressTest, AccountsForEveryEventWhileLevelsHandlersClientsAndLayoutsChan
   std::vector<Messages> ofReceivers;
   std::vector<Messages> ofHandlers;
   {
-    const Disturbance switches([this](unsigned int round) {
+    const BackgroundLoop switches([this](unsigned int round) {
       handlers_[round % kDepth]->SetLogLevel(kSwitched, round / kDepth % 2 == 1);
     });
-    const Disturbance levels([](unsigned int round) {
+    const BackgroundLoop levels([](unsigned int round) {
       Logger::GetLogLevelManager()->AddLogLevel(1000 + round % 500, "another");
     });
-    const Disturbance receivers([&](unsigned int) {
+    const BackgroundLoop receivers([&](unsigned int) {
       ofReceivers.push_back(WhatPasses([this](RecordingClient& passing) {
         handlers_[3]->AddLogClient(&passing);
         AwaitEvent(passing);
         handlers_[3]->RemoveLogClient(&passing);
       }));
     });
-    const Disturbance handlers([&](unsigned int round) {
+    const BackgroundLoop handlers([&](unsigned int round) {
       ofHandlers.push_back(WhatPasses([this, round](RecordingClient& passing) {
         LogHandler* const handler = Logger::GetLogHandler("passing " + std::to_string(round % 5));
         handler->AddLogClient(&passing);
@@ -299,17 +299,17 @@ TEST_F(StressTest, AccountsForEveryEventWhileLevelsHandlersClientsAndLayoutsChan
         delete handler;
       }));
     });
-    const Disturbance clients([&](unsigned int) { files.Change(); });
-    const Disturbance layouts([&](unsigned int round) {
+    const BackgroundLoop clients([&](unsigned int) { files.Change(); });
+    const BackgroundLoop layouts([&](unsigned int round) {
       comingAndGoing->SetLayout(round % 2 == 0 ? "LogLayoutMessage" : "LogLayoutSimple");
       handlers_[0]->AddLogClient(comingAndGoing);
       handlers_[0]->RemoveLogClient(comingAndGoing);
     });
-    const std::array<const Disturbance*, 6> all{&switches, &levels,  &receivers,
-                                                &handlers, &clients, &layouts};
+    const std::array<const BackgroundLoop*, 6> all{&switches, &levels,  &receivers,
+                                                   &handlers, &clients, &layouts};
     LogUntil([&] {
       return std::all_of(all.begin(), all.end(),
-                         [](const Disturbance* one) { return one->Rounds() >= kRounds; });
+                         [](const BackgroundLoop* one) { return one->Rounds() >= kRounds; });
     });
   }
 

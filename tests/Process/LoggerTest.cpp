@@ -54,40 +54,28 @@ TEST(LoggerTest, GivesOneManager) {
 }
 
 TEST(LoggerTest, HasTheHandlerDefaultAloneFromTheStart) {
+  LogHandler* const handler = Logger::GetDefaultLogHandler();
+
   EXPECT_EQ(Names{"default"}, HandlerNames());
-  EXPECT_EQ("default", Logger::GetDefaultLogHandler()->GetName());
-  EXPECT_EQ(Logger::GetDefaultLogHandler(), Logger::GetExistingLogHandler("default"));
-  EXPECT_EQ(Logger::GetDefaultLogHandler(), Logger::GetLogHandler("default"));
-}
-
-TEST(LoggerTest, ComparesNamesExactly) {
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("Default"));
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("default "));
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("defaul"));
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler(""));
-}
-
-TEST(LoggerTest, MakesNoHandlerByLookingForOne) {
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("a"));
-
+  EXPECT_EQ("default", handler->GetName());
+  EXPECT_EQ(handler, Logger::GetExistingLogHandler("default"));
+  EXPECT_EQ(handler, Logger::GetLogHandler("default"));
+  for (const char* const other : {"Default", "default ", "defaul", "", "a"}) {
+    EXPECT_EQ(nullptr, Logger::GetExistingLogHandler(other)) << other;
+  }
   EXPECT_EQ(Names{"default"}, HandlerNames());
 }
 
 TEST(LoggerTest, MakesAHandlerOfANameOnce) {
-  LogHandler* const handler = Logger::GetLogHandler("a");
+  for (const char* const name : {"a", ""}) {
+    LogHandler* const handler = Logger::GetLogHandler(name);
 
-  EXPECT_NE(nullptr, handler);
-  EXPECT_EQ(handler, Logger::GetLogHandler("a"));
-  EXPECT_EQ(handler, Logger::GetExistingLogHandler("a"));
-  EXPECT_EQ("a", handler->GetName());
-  EXPECT_EQ((Names{"default", "a"}), HandlerNames());
-}
-
-TEST(LoggerTest, MakesAHandlerWithAnEmptyName) {
-  LogHandler* const handler = Logger::GetLogHandler("");
-
-  EXPECT_EQ(handler, Logger::GetExistingLogHandler(""));
-  EXPECT_EQ((Names{"default", ""}), HandlerNames());
+    ASSERT_NE(nullptr, handler);
+    EXPECT_EQ(handler, Logger::GetLogHandler(name));
+    EXPECT_EQ(handler, Logger::GetExistingLogHandler(name));
+    EXPECT_EQ(name, handler->GetName());
+  }
+  EXPECT_EQ((Names{"default", "a", ""}), HandlerNames());
 }
 
 TEST(LoggerTest, ListsHandlersInTheOrderInWhichTheyWereMade) {
@@ -142,33 +130,20 @@ TEST(LoggerTest, HasShortCutsToTheManagersOperations) {
 
 TEST(LoggerTest, HasItsRegistriesFromTheStart) {
   Logger::LogManager* const manager = Logger::GetLogManager();
-
-  EXPECT_NE(nullptr, manager->GetLogClientManager());
-  EXPECT_NE(nullptr, manager->GetLogLevelManager());
-  EXPECT_NE(nullptr, manager->GetLogClientFactory());
-  EXPECT_NE(nullptr, manager->GetLogLayoutFactory());
-}
-
-TEST(LoggerTest, KnowsNoLevelFromTheStart) {
   unsigned int level = 0;
 
-  EXPECT_FALSE(Logger::GetLogLevelManager()->GetLogLevel(0, level));
-}
-
-TEST(LoggerTest, KnowsTheLayoutsFromTheStart) {
-  EXPECT_TRUE(KnowsLayout("LogLayoutMessage"));
-  EXPECT_TRUE(KnowsLayout("LogLayoutSimple"));
-  EXPECT_TRUE(KnowsLayout("LogLayoutStandard"));
-  EXPECT_TRUE(KnowsLayout("LogLayoutExtended"));
-}
-
-TEST(LoggerTest, KnowsTheConsoleClientFromTheStart) {
+  EXPECT_NE(nullptr, manager->GetLogClientManager());
+  EXPECT_FALSE(manager->GetLogLevelManager()->GetLogLevel(0, level));
+  for (const char* const layout :
+       {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
+    EXPECT_TRUE(KnowsLayout(layout)) << layout;
+  }
   EXPECT_TRUE(KnowsClient("LogClientConsole"));
 }
 
 TEST(LoggerTest, ForgetsADeletedHandler) {
-  LogHandler* const other = Logger::GetLogHandler("other");
   LogHandler* const deleted = Logger::GetLogHandler("a");
+  LogHandler* const other = Logger::GetLogHandler("other");
   other->AddLogClient(deleted);
   Logger::GetDefaultLogHandler()->AddLogClient(deleted);
 
@@ -177,41 +152,24 @@ TEST(LoggerTest, ForgetsADeletedHandler) {
   EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("a"));
   EXPECT_EQ(0U, other->GetLogClientCount());
   EXPECT_EQ(0U, Logger::GetDefaultLogHandler()->GetLogClientCount());
-  EXPECT_EQ((Names{"default", "other"}), HandlerNames());
-}
-
-TEST(LoggerTest, MakesANewHandlerOfADeletedOnesNameAtTheEnd) {
-  delete Logger::GetLogHandler("a");
-  Logger::GetLogHandler("b");
-
-  LogHandler* const handler = Logger::GetLogHandler("a");
-
-  EXPECT_EQ((Names{"default", "b", "a"}), HandlerNames());
-  EXPECT_EQ(0U, handler->GetLogClientCount());
+  EXPECT_EQ(0U, Logger::GetLogHandler("a")->GetLogClientCount());  // A new one, at the end.
+  EXPECT_EQ((Names{"default", "other", "a"}), HandlerNames());
 }
 
 TEST(LoggerTest, ForgetsAndDetachesAHandlerThatIsRemoved) {
   LogHandler* const other = Logger::GetLogHandler("other");
   const std::unique_ptr<LogHandler> removed(Logger::GetLogHandler("a"));
+  LogHandler unknown("of the application");
   other->AddLogClient(removed.get());
+  other->AddLogClient(&unknown);
   removed->AddLogClient(removed.get());
 
   Logger::GetLogManager()->RemoveLogHandler(removed.get());
+  Logger::GetLogManager()->RemoveLogHandler(&unknown);
 
-  EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("a"));
+  EXPECT_EQ((Names{"default", "other"}), HandlerNames());
   EXPECT_EQ(0U, other->GetLogClientCount());
   EXPECT_EQ(1U, removed->GetLogClientCount());
-}
-
-TEST(LoggerTest, DetachesARemovedHandlerThatItDoesNotKnow) {
-  LogHandler own("own");
-  LogHandler* const other = Logger::GetLogHandler("other");
-  other->AddLogClient(&own);
-
-  Logger::GetLogManager()->RemoveLogHandler(&own);
-
-  EXPECT_EQ(0U, other->GetLogClientCount());
-  EXPECT_EQ((Names{"default", "other"}), HandlerNames());
 }
 
 TEST(LoggerDeathTest, EndsTheProcessWhenANullHandlerIsRemoved) {
@@ -245,87 +203,57 @@ TEST(LoggerTest, MakesAnOrdinaryHandlerOfTheNameOfADeletedDefaultHandler) {
   EXPECT_EQ(levels, Logger::GetLogLevelManager());
 }
 
-TEST(LoggerTest, StartsAfreshWhenAHandlerIsAskedForAfterAllWereDeleted) {
-  Logger::GetLogHandler("a");
-  DeleteAllHandlers();
-
-  LogHandler* const handler = Logger::GetLogHandler("x");
-
-  EXPECT_EQ("x", handler->GetName());
-  EXPECT_EQ((Names{"default", "x"}), HandlerNames());
-  EXPECT_EQ(Logger::GetExistingLogHandler("default"), Logger::GetDefaultLogHandler());
-  EXPECT_EQ("default", Logger::GetDefaultLogHandler()->GetName());
-}
-
 TEST(LoggerTest, StartsAfreshWhenAHandlerIsLookedForAfterAllWereDeleted) {
+  LogLevelManager* const levels = Logger::GetLogLevelManager();
+  levels->AddLogLevel(1, "ERROR");
   DeleteAllHandlers();
   EXPECT_TRUE(HandlerNames().empty());
+  EXPECT_EQ(levels, Logger::GetLogLevelManager());  // Its registries stay until then.
+  EXPECT_EQ("ERROR", levels->GetLogLevelName(1));
+  EXPECT_TRUE(KnowsLayout("LogLayoutSimple"));
 
   EXPECT_EQ(nullptr, Logger::GetExistingLogHandler("x"));
 
   EXPECT_EQ(Names{"default"}, HandlerNames());
+  EXPECT_EQ(Logger::GetExistingLogHandler("default"), Logger::GetDefaultLogHandler());
 }
 
-TEST(LoggerTest, KeepsItsRegistriesUntilAHandlerIsAskedFor) {
-  LogLevelManager* const levels = Logger::GetLogLevelManager();
-  levels->AddLogLevel(1, "ERROR");
-
-  DeleteAllHandlers();
-
-  EXPECT_EQ(levels, Logger::GetLogLevelManager());
-  EXPECT_EQ("ERROR", Logger::GetLogLevelManager()->GetLogLevelName(1));
-  EXPECT_TRUE(KnowsLayout("LogLayoutSimple"));
-}
-
-TEST(LoggerTest, HasNewAndEmptyRegistriesAfterAFreshStart) {
+TEST(LoggerTest, HasNewAndEmptyRegistriesAfterEachFreshStart) {
   Logger::LogManager* const manager = Logger::GetLogManager();
-  const void* const former[] = {manager->GetLogClientManager(), manager->GetLogLevelManager(),
-                                manager->GetLogClientFactory(), manager->GetLogLayoutFactory()};
-  Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
-  DeleteAllHandlers();
-
-  Logger::GetLogHandler("x");
-
-  EXPECT_NE(former[0], manager->GetLogClientManager());
-  EXPECT_NE(former[1], manager->GetLogLevelManager());
-  EXPECT_NE(former[2], manager->GetLogClientFactory());
-  EXPECT_NE(former[3], manager->GetLogLayoutFactory());
-  EXPECT_FALSE(Logger::GetLogLevelManager()->ExistLogLevel(1));
-  EXPECT_EQ("", Logger::GetLogLevelManager()->GetLogLevelName(1));
-  for (const char* layout :
-       {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
-    EXPECT_FALSE(KnowsLayout(layout)) << layout;
-  }
-  for (const char* client : {"LogClientConsole", "LogClientFile", "LogClientRollingFile",
-                             "LogClientSocket", "LogClientXML"}) {
-    EXPECT_FALSE(KnowsClient(client)) << client;
-  }
-}
-
-TEST(LoggerTest, AbandonsItsFormerRegistriesWithTheirContents) {
-  LogLevelManager* const formerLevels = Logger::GetLogLevelManager();
-  LogLayoutFactory* const formerLayouts = Logger::GetLogManager()->GetLogLayoutFactory();
-  formerLevels->AddLogLevel(1, "ERROR");
-  DeleteAllHandlers();
-
-  Logger::GetLogHandler("x");
-
-  EXPECT_EQ("ERROR", formerLevels->GetLogLevelName(1));
-  EXPECT_NE(nullptr, std::unique_ptr<LogLayout>(formerLayouts->CreateLogLayout("LogLayoutSimple")));
-}
-
-TEST(LoggerTest, StartsAfreshAgainAndAgain) {
+  LogLayoutFactory* const formerLayouts = manager->GetLogLayoutFactory();
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE(round);
+    LogLevelManager* const formerLevels = manager->GetLogLevelManager();
+    const void* const former[] = {manager->GetLogClientManager(), manager->GetLogClientFactory(),
+                                  manager->GetLogLayoutFactory()};
+    formerLevels->AddLogLevel(1, "ERROR");
     DeleteAllHandlers();
 
     LogHandler* const handler = Logger::GetLogHandler("x");
 
+    EXPECT_EQ("x", handler->GetName());
+    EXPECT_EQ((Names{"default", "x"}), HandlerNames());
+    EXPECT_EQ("default", Logger::GetDefaultLogHandler()->GetName());
+    EXPECT_NE(formerLevels, manager->GetLogLevelManager());
+    EXPECT_NE(former[0], manager->GetLogClientManager());
+    EXPECT_NE(former[1], manager->GetLogClientFactory());
+    EXPECT_NE(former[2], manager->GetLogLayoutFactory());
     EXPECT_FALSE(Logger::GetLogLevelManager()->ExistLogLevel(1));
+    EXPECT_EQ("", Logger::GetLogLevelManager()->GetLogLevelName(1));
+    for (const char* layout :
+         {"LogLayoutMessage", "LogLayoutSimple", "LogLayoutStandard", "LogLayoutExtended"}) {
+      EXPECT_FALSE(KnowsLayout(layout)) << layout;
+    }
+    for (const char* client : {"LogClientConsole", "LogClientFile", "LogClientRollingFile",
+                               "LogClientSocket", "LogClientXML"}) {
+      EXPECT_FALSE(KnowsClient(client)) << client;
+    }
+    EXPECT_FALSE(handler->Log(1, "not registered"));
     Logger::GetLogLevelManager()->AddLogLevel(1, "ERROR");
     EXPECT_TRUE(handler->Log(1, "text"));
-    EXPECT_EQ((Names{"default", "x"}), HandlerNames());
+    EXPECT_EQ("ERROR", formerLevels->GetLogLevelName(1));  // The former ones keep their contents.
   }
+  EXPECT_NE(nullptr, std::unique_ptr<LogLayout>(formerLayouts->CreateLogLayout("LogLayoutSimple")));
 }
 
 // A manager of the application's own.

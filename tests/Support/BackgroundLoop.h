@@ -4,23 +4,23 @@
 #include <thread>
 
 /// Does something again and again, on a thread of its own, until it is stopped.
-class Disturbance {
+class BackgroundLoop {
  public:
-  /// The action is told the number of its round, from 0.
+  /// The action gets the number of its round, from 0.
   template <typename Action>
-  explicit Disturbance(Action action)
+  explicit BackgroundLoop(Action action)
       : thread_([this, action]() mutable {
           for (unsigned int round = 0; !isOver_; rounds_ = ++round) {
             action(round);
-            std::this_thread::yield();  // Those who are disturbed have something to do, too.
+            std::this_thread::yield();  // The other threads have something to do, too.
           }
         }) {}
-  ~Disturbance() {
+  ~BackgroundLoop() {
     isOver_ = true;
     thread_.join();
   }
-  Disturbance(const Disturbance&) = delete;
-  Disturbance& operator=(const Disturbance&) = delete;
+  BackgroundLoop(const BackgroundLoop&) = delete;
+  BackgroundLoop& operator=(const BackgroundLoop&) = delete;
 
   unsigned int Rounds() const { return rounds_; }
 

@@ -3,7 +3,7 @@
 #include <string>
 
 /// The text with TIME in the place of every date and time that looks like 2004-03-01T13:05:09.
-inline std::string Timeless(const std::string& text) {
+inline std::string MaskTimes(const std::string& text) {
   const std::string form = "dddd-dd-ddTdd:dd:dd";
   const auto isTimeAt = [&](std::size_t position) {
     if (text.size() - position < form.size()) return false;
