@@ -1,7 +1,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace Loggerctl {
@@ -12,7 +15,7 @@ namespace Loggerctl {
 /// that the command line is being parsed, with what no argument can contain: a zero byte behind it.
 
 /// The program's arguments, marked, in the order in which CLI11 takes them: the last one first.
-std::vector<std::string> MarkedArguments(int argc, char** argv);
+std::vector<std::string> MarkedArguments(std::vector<std::string> words);
 
 /// Takes the mark off the value of an option.
 CLI::Validator MarkRemoved();
@@ -28,6 +31,20 @@ void AddWordsOption(CLI::App& command, const std::string& option, std::vector<st
 /// The words given for an option that takes any number of them.
 std::vector<std::string> WordsOf(const CLI::Option& option);
 
+/// A number that is written in decimal digits and nothing else.
+template <typename Number>
+std::optional<Number> ReadNumber(const std::string& text) {
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
 std::vector<std::string> CommandNames(const CLI::App& program);
+
+/// Throws a UsageError, which names a similar one, when the first word is no command, or when an
+/// option among the others is none of that command's.
+void RequireKnownWords(const CLI::App& program, const std::vector<std::string>& words);
 
 }  // namespace Loggerctl

@@ -1,6 +1,5 @@
 #include "WriteCommand.h"
 
-#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -43,16 +42,6 @@ struct WriteOptions {
   }
   throw UsageError("unknown level '" + level + "'; the configuration registers " +
                    (known.empty() ? "no levels" : Join(known, ", ")));
-}
-
-/// A number that is written in decimal digits and nothing else.
-template <typename Number>
-std::optional<Number> ReadNumber(const std::string& text) {
-  Number number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return number;
 }
 
 /// A level given by its number, or by a name that no other level bears.

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -13,7 +12,6 @@
 #include "ServeCommand.h"
 #include "ShowCommand.h"
 #include "UsageError.h"
-#include "Wording.h"
 #include "WriteCommand.h"
 
 namespace Loggerctl {
@@ -30,30 +28,30 @@ void AddCommands(CLI::App& program, int& exitCode) {
   AddCompletionCommand(program, exitCode);
 }
 
-/// Ends the program when the first word is no command and no option.
-void RequireKnown(const CLI::App& program, const std::string& word) {
-  std::vector<std::string> known = CommandNames(program);
-  known.insert(known.end(), {"-h", "--help", "--version"});
-  if (std::find(known.begin(), known.end(), word) != known.end()) return;
-  const std::string nearest = DidYouMean(word, known);
-  throw UsageError("there is no " + std::string(word.rfind('-', 0) == 0 ? "option " : "command ") +
-                   Quoted(word) + "; " + (nearest.empty() ? "see loggerctl --help" : nearest));
+/// The words of the command line; `help` and `help COMMAND` as the option that they stand for.
+std::vector<std::string> WordsOf(int argc, char** argv) {
+  std::vector<std::string> words(argv + 1, argv + argc);
+  if (words.empty() || words.front() != "help") return words;
+  words.erase(words.begin());
+  words.emplace_back("--help");
+  return words;
 }
 
 int Run(int argc, char** argv) {
   CLI::App program("Command-line companion of the liblogger logging library", "loggerctl");
   program.require_subcommand(1);
   program.set_version_flag("--version", "loggerctl " LOGGER_VERSION, "Print the version and exit");
-  program.footer("loggerctl COMMAND --help tells about each command.");
+  program.footer("loggerctl help COMMAND describes each command.");
   int exitCode = EXIT_SUCCESS;
   AddCommands(program, exitCode);
-  if (argc > 1) RequireKnown(program, argv[1]);
+  const std::vector<std::string> words = WordsOf(argc, argv);
+  if (!words.empty()) RequireKnownWords(program, words);
   try {
-    program.parse(MarkedArguments(argc, argv));
+    program.parse(MarkedArguments(words));
   } catch (const CLI::ParseError& error) {
     const bool isRequest = error.get_exit_code() == 0;  // Such as --help.
     if (isRequest) return program.exit(error);
-    const std::string command = argc > 1 ? " " + std::string(argv[1]) : "";
+    const std::string command = words.empty() ? "" : " " + words.front();
     std::cerr << "loggerctl: " << error.what() << "; see loggerctl" << command << " --help\n";
     return kUnusable;
   }

@@ -70,8 +70,37 @@ TEST(LoggerctlTest, HintsAtWhatItCanDo) {
                  RunLoggerctl({"write"}));
   ExpectUnusable("loggerctl: FILE is required; see loggerctl check --help\n",
                  RunLoggerctl({"check"}));
+  ExpectUnusable("loggerctl: there is no option '--confg'; did you mean '--config'?\n",
+                 RunLoggerctl({"write", "--confg", "x"}));
+  ExpectUnusable("loggerctl: there is no option '--confg'; did you mean '--config'?\n",
+                 RunLoggerctl({"serve", "--port", "0", "--confg=x"}));
+  ExpectUnusable("loggerctl: there is no option '--qqq'; see loggerctl show --help\n",
+                 RunLoggerctl({"show", "x", "--qqq"}));
+  ExpectUnusable("loggerctl: there is no option '-x'; see loggerctl keys --help\n",
+                 RunLoggerctl({"keys", "-x"}));
   ExpectUnusable("loggerctl: --format: toml not in {ini,xml}; see loggerctl check --help\n",
                  RunLoggerctl({"check", "--format", "toml", "x"}));
+}
+
+TEST(LoggerctlTest, TakesAValueForNoOption) {
+  const ProcessResult result = RunLoggerctl({"check", "--format", "--stric", "x"});
+
+  EXPECT_EQ(2, result.exitCode);
+  EXPECT_NE(std::string::npos, result.errors.find("--format: --stric not in")) << result.errors;
+}
+
+TEST(LoggerctlTest, HelpsByACommandToo) {
+  EXPECT_EQ(RunLoggerctl({"--help"}).output, RunLoggerctl({"help"}).output);
+  for (const std::string& command : Commands()) {
+    const ProcessResult result = RunLoggerctl({"help", command});
+
+    EXPECT_EQ(0, result.exitCode) << command;
+    EXPECT_EQ(RunLoggerctl({command, "--help"}).output, result.output);
+  }
+  ExpectUnusable("loggerctl: there is no command 'wirte'; did you mean 'write'?\n",
+                 RunLoggerctl({"help", "wirte"}));
+  ExpectUnusable("loggerctl: there is no command 'hlep'; did you mean 'help'?\n",
+                 RunLoggerctl({"hlep"}));
 }
 
 // Keys.
