@@ -68,6 +68,11 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   /// emptied.
   bool SendToServer(bool wait);
 
+  /// Whether the connection stands, as far as this end knows: false once the server has ended it,
+  /// and after a failure until Init() has connected again. After SendToServer(true), true means
+  /// that the server has confirmed. The caller serialises it with Publish.
+  bool IsConnected();
+
  private:
   template <typename Client>
   friend class Logger::Internal::ForkListenerOf;

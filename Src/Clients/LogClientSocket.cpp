@@ -194,6 +194,13 @@ bool LogClientSocket::SendToServer(bool wait) {
   return allSent;
 }
 
+bool LogClientSocket::IsConnected() {
+  if (!initialized_) return false;
+  char unexpected = 0;  // A server sends nothing by itself.
+  const int count = socket_.Recv(&unexpected, 1, SocketWrapper::kOwnDescriptor, 0);
+  return count > 0 || (count < 0 && socket_.HasTimedOut());
+}
+
 /// Replaces the batch by the next events of the queue.
 void LogClientSocket::FillBatch() {
   batch_->Clear();

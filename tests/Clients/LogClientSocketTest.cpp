@@ -19,6 +19,7 @@
 #include "Logger.h"
 #include "Support/BlockingCall.h"
 #include "Support/Events.h"
+#include "Support/Eventually.h"
 #include "Support/Sockets.h"
 #include "Support/WireBytes.h"
 
@@ -844,6 +845,34 @@ TEST_F(LogClientSocketTest, IsMadeByTheFactory) {
 TEST_F(LogClientSocketTest, IsWithheldByTheFactoryWhenItIsNotConnected) {
   EXPECT_EQ(nullptr, Logger::GetLogManager()->GetLogClientFactory()->CreateLogClient(
                          "LogClientSocket", LogProperties()));
+}
+
+// Whether the connection stands.
+
+TEST_F(LogClientSocketTest, IsConnectedUntilTheServerEndsTheConnection) {
+  Connect(kSynchronous);
+  EXPECT_TRUE(client_->IsConnected());
+
+  connection_.Close();
+
+  EXPECT_TRUE(Eventually([this] { return !client_->IsConnected(); }));
+  EXPECT_TRUE(client_->IsInitialize());
+}
+
+TEST_F(LogClientSocketTest, IsNotConnectedWhenNoServerAgreed) {
+  Answer(Make(kHere, listener_.Port(), kSynchronous, 0), std::string("\0\0\0\2", 4));
+
+  EXPECT_FALSE(client_->IsConnected());
+}
+
+TEST_F(LogClientSocketTest, IsConnectedAgainAfterInit) {
+  Connect(kSynchronous);
+  connection_.Close();
+  EXPECT_TRUE(Eventually([this] { return !client_->IsConnected(); }));
+
+  InitAgain();
+
+  EXPECT_TRUE(client_->IsConnected());
 }
 
 }  // namespace
