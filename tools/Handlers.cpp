@@ -1,7 +1,8 @@
 #include "Handlers.h"
 
+#include <algorithm>
 #include <iostream>
-#include <set>
+#include <vector>
 
 #include "LogClientFile.h"
 #include "LogHandler.h"
@@ -14,14 +15,14 @@ namespace Loggerctl {
 namespace {
 
 // NOLINTNEXTLINE(misc-no-recursion): as deep as the tree of handlers, and once for each.
-bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
-  if (!visited.insert(&handler).second) return false;
+void AddReceivers(LogHandler& handler, std::set<LogHandlerClient*>& receivers) {
   for (unsigned int index = 0; index < handler.GetLogClientCount(); ++index) {
     LogHandlerClient* const receiver = handler.GetLogClientAt(index);
-    if (receiver->IsLogClient()) return true;
-    if (ReachesClient(dynamic_cast<LogHandler&>(*receiver), visited)) return true;
+    const bool isNew = receivers.insert(receiver).second;
+    if (isNew && !receiver->IsLogClient()) {
+      AddReceivers(dynamic_cast<LogHandler&>(*receiver), receivers);
+    }
   }
-  return false;
 }
 
 }  // namespace
@@ -29,13 +30,24 @@ bool ReachesClient(LogHandler& handler, std::set<LogHandler*>& visited) {
 LogHandler& FindHandler(const std::string& name) {
   LogHandler* const handler = Logger::GetExistingLogHandler(name);
   if (handler != nullptr) return *handler;
-  throw UsageError("unknown handler '" + name + "'; there are " +
-                   Join(Logger::GetLogManager()->GetLogHandlerNames(), ", "));
+  const std::vector<logstring> names = Logger::GetLogManager()->GetLogHandlerNames();
+  const std::string nearest = DidYouMean(name, names);
+  throw UsageError("unknown handler '" + name + "'; " +
+                   (nearest.empty() ? "there are " : nearest + " There are ") + Join(names, ", "));
+}
+
+std::set<LogHandlerClient*> ReceiversBelow(LogHandler& handler) {
+  std::set<LogHandlerClient*> receivers;
+  AddReceivers(handler, receivers);
+  return receivers;
 }
 
 void WarnWhenNothingIsWritten(const std::string& command, LogHandler& handler) {
-  std::set<LogHandler*> visited;
-  if (ReachesClient(handler, visited)) return;
+  const std::set<LogHandlerClient*> receivers = ReceiversBelow(handler);
+  const bool reachesClient =
+      std::any_of(receivers.begin(), receivers.end(),
+                  [](const LogHandlerClient* receiver) { return receiver->IsLogClient(); });
+  if (reachesClient) return;
   std::cerr << "loggerctl " << command << ": warning: handler '" << handler.GetName()
             << "' reaches no client; nothing will be written\n";
 }

@@ -8,6 +8,9 @@ namespace Loggerctl {
 /// cannot be used.
 constexpr int kUnusable = 2;
 
+/// The exit code of a command some of whose events did not reach every client.
+constexpr int kIncomplete = 3;
+
 /// An error that the caller of a command can put right; its text is the whole message. The command
 /// ends with kUnusable.
 class UsageError : public std::runtime_error {

@@ -13,6 +13,7 @@
 
 #include "CommandLine.h"
 #include "ConfigurationFile.h"
+#include "Delivery/Deliveries.h"
 #include "Handlers.h"
 #include "Levels.h"
 #include "LogHandler.h"
@@ -25,6 +26,9 @@ namespace Loggerctl {
 
 namespace {
 
+/// For which a command that should end waits for a log server, in milliseconds.
+constexpr const char* kSocketTimeout = "10000";
+
 struct WriteOptions {
   std::string configurationFile;
   std::string handlerName = "default";
@@ -36,11 +40,15 @@ struct WriteOptions {
 };
 
 [[noreturn]] void ThrowUnknownLevel(const std::string& level) {
+  std::vector<std::string> names;
   std::vector<std::string> known;
   for (const unsigned int number : RegisteredLevels()) {
-    known.push_back(std::to_string(number) + " (" + LevelName(number) + ")");
+    names.push_back(LevelName(number));
+    known.push_back(std::to_string(number) + " (" + names.back() + ")");
   }
-  throw UsageError("unknown level '" + level + "'; the configuration registers " +
+  const std::string nearest = DidYouMean(level, names);
+  throw UsageError("unknown level '" + level + "'; " +
+                   (nearest.empty() ? "the" : nearest + " The") + " configuration registers " +
                    (known.empty() ? "no levels" : Join(known, ", ")));
 }
 
@@ -86,8 +94,8 @@ class LineWriter {
     if (!isAccepted) ++filtered_;
   }
 
-  /// Says what was filtered out, and returns the command's exit code.
-  int Finish() const {
+  /// Prints what was filtered out, and returns the exit code for it.
+  int ReportFiltered() const {
     if (filtered_ == 0) return EXIT_SUCCESS;
     std::cerr << "loggerctl write: " << filtered_ << " of " << lines_
               << (lines_ == 1 ? " line was" : " lines were") << " filtered out: level " << level_
@@ -108,8 +116,7 @@ class LineWriter {
     if (length == line.size()) return;
     const std::size_t lost = line.size() - length - 1;
     std::cerr << "loggerctl write: warning: line " << lines_ << " has a zero byte, which ends it; "
-              << lost << (lost == 1 ? " byte behind it is" : " bytes behind it are")
-              << " left out\n";
+              << lost << (lost == 1 ? " byte after it is" : " bytes after it are") << " left out\n";
   }
 };
 
@@ -130,9 +137,11 @@ void WriteStandardInput(LineWriter& writer) {
 }
 
 int RunWrite(const WriteOptions& options) {
+  Deliveries deliveries("write", "line", kSocketTimeout);
   ConfigureFrom(options.configurationFile);
   LogHandler& handler = FindHandler(options.handlerName);
   const unsigned int level = FindLevel(options.level);
+  deliveries.CompareWith(options.configurationFile, handler);
   WarnWhenNothingIsWritten("write", handler);
 
   LineWriter writer(handler, level, options);
@@ -142,8 +151,10 @@ int RunWrite(const WriteOptions& options) {
   } else {
     writer.Write(Join(words, " "));
   }
+  const int filtered = writer.ReportFiltered();
+  const bool isComplete = deliveries.Finish();
   if (!std::cout) throw UsageError("standard output could not be written");
-  return writer.Finish();
+  return isComplete ? filtered : kIncomplete;
 }
 
 }  // namespace
@@ -172,10 +183,16 @@ void AddWriteCommand(CLI::App& program, int& exitCode) {
       "Words of one message, joined by blanks; without any, lines are read from standard input");
   options->text->type_name("");
   command->footer(
-      "Texts are logged as they stand, without printf formatting. Write -- before a text that\n"
-      "begins with a hyphen.\n\n"
-      "Exit code: 0 every line was accepted; 1 lines were filtered out by the level or the\n"
-      "handler; 2 the configuration or the command line cannot be used.");
+      R"(Texts are logged as they stand, without printf formatting. Write -- before a text that
+begins with a hyphen.
+
+What a client did not take is reported on standard error, with the reason and the number of
+lines. A socket client sends each line at once, and waits for 10 seconds at most where the
+configuration states no timeout.
+
+Exit code: 0 every line reached every client that the configuration declares for it; 1 lines
+were filtered out by the level or the handler; 2 the configuration or the command line cannot
+be used, or standard output cannot be written; 3 lines did not reach every client.)");
   command->callback([options, &exitCode] { exitCode = RunWrite(*options); });
 }
 

@@ -223,12 +223,101 @@ TEST_F(LoggerctlServeTest, WarnsWhenNothingIsWritten) {
       result.errors);
 }
 
+TEST_F(LoggerctlServeTest, CountsFilteredEventsApart) {
+  ServingProgram server(LOGGERCTL, Config());
+  {
+    LogClientSocket client("127.0.0.1", server.Port(), true, 0);
+    client.Publish(EventWith("one"));
+    for (int count = 0; count < 2; ++count) {
+      client.Publish(LogEvent(7, "filtered", "handler", "file.cpp", 42, timeval{1, 0}, 1));
+    }
+    EXPECT_TRUE(client.SendToServer(true));
+  }
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("served 1 connection and 1 event, rejected 0 frames, filtered out 2 events\n",
+            result.output);
+  EXPECT_EQ(Words{"one"}, Served());
+}
+
+TEST_F(LoggerctlServeTest, CountsTheEventsThatDidNotReachEveryClient) {
+  const std::string config = File(
+      "full.ini", "loglevel = 1\nlogclient = plain full left\n" + FileClient("plain", "default") +
+                      "logclient.full.type = LogClientFile\nlogclient.full.handler = default\n"
+                      "logclient.full.parameter.0.name = filename\n"
+                      "logclient.full.parameter.0.value = /dev/full\n"
+                      "logclient.left.type = LogClientFiel\nlogclient.left.handler = default\n");
+  ServingProgram server(LOGGERCTL, {"--config", config});
+  Send(server.Port(), {"one", "two"});
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_EQ("served 1 connection and 2 events, rejected 0 frames\n", result.output);
+  EXPECT_EQ(
+      "loggerctl serve: client 'left' (LogClientFiel) takes no events: "
+      "there is no kind of client 'LogClientFiel'\n"
+      "loggerctl serve: client 'full' (LogClientFile, /dev/full) takes no events: "
+      "No space left on device\n"
+      "loggerctl serve: 2 of 2 events did not reach client 'full'\n"
+      "loggerctl serve: 2 of 2 events did not reach client 'left'\n",
+      result.errors);
+  EXPECT_EQ((Words{"one", "two"}), Served());
+}
+
+TEST_F(LoggerctlServeTest, SaysWhichServerItCannotReach) {
+  PlainListener listener;
+  const std::string port = std::to_string(listener.Port());
+  listener.Close();
+  const std::string config =
+      File("forward.ini",
+           "loglevel = 1\nlogclient = s\n"
+           "logclient.s.type = LogClientSocket\nlogclient.s.handler = default\n"
+           "logclient.s.parameter.0.name = serverip\nlogclient.s.parameter.0.value = localhost\n"
+           "logclient.s.parameter.1.name = serverport\nlogclient.s.parameter.1.value = " +
+               port + "\n");
+  ServingProgram server(LOGGERCTL, {"--config", config});
+
+  const ProcessResult result = server.Stop();
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ(
+      "LOGGER ERROR at Init [61]: 'Connection refused'\n"
+      "loggerctl serve: client 's' (LogClientSocket, localhost port " +
+          port + ") takes no events: Connection refused\n",
+      result.errors);
+}
+
+TEST_F(LoggerctlServeTest, EndsAConnectionAtAFrameAboveTheLimit) {
+  const std::string fitting(400, 'x');
+  ServingProgram server(LOGGERCTL, Config() + Words{"--max-frame", "500"});
+  Send(server.Port(), {fitting});
+  PlainConnection client = PlainConnection::To(server.Port());
+  client.Send(kVersionOne + FrameOf(EventWith(std::string(500, 'x'))));
+  EXPECT_EQ(kVersionOne, client.ReceiveToEnd());
+
+  EXPECT_EQ("served 2 connections and 1 event, rejected 1 frame\n", server.Stop().output);
+  EXPECT_EQ(Words{fitting}, Served());
+}
+
+TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoLength) {
+  for (const std::string length : {"0", "-1", "1k", "", "2147483648"}) {
+    const ProcessResult result = Run(Config() + Words{"--max-frame", length});
+
+    EXPECT_EQ(2, result.exitCode) << length;
+    EXPECT_NE(std::string::npos, result.errors.find("--max-frame")) << result.errors;
+  }
+}
+
 TEST_F(LoggerctlServeTest, DoesNotKnowAnUnknownHandler) {
   const ProcessResult result = Run(Config() + Words{"--handler", "Net"});
 
   EXPECT_EQ(2, result.exitCode);
   EXPECT_EQ("", result.output);
-  EXPECT_EQ(0U, result.errors.find("loggerctl: unknown handler 'Net'; there are "))
+  EXPECT_EQ(0U,
+            result.errors.find("loggerctl: unknown handler 'Net'; did you mean 'net'? There are "))
       << result.errors;
 }
 
@@ -243,9 +332,23 @@ TEST_F(LoggerctlServeTest, DoesNotListenOnAPortThatIsTaken) {
 
 TEST_F(LoggerctlServeTest, DoesNotListenOnAnAddressItCannotHave) {
   ExpectUnusable("loggerctl: cannot listen on 192.0.2.1 port 0: Cannot assign requested address\n",
-                 Run(Config() + Words{"--address", "192.0.2.1"}));
+                 Run(Config() + Words{"--port", "0", "--address", "192.0.2.1"}));
   ExpectUnusable("loggerctl: cannot listen on no host port 0: Name or service not known\n",
-                 Run(Config() + Words{"--address", "no host"}));
+                 Run(Config() + Words{"--port", "0", "--address", "no host"}));
+}
+
+TEST_F(LoggerctlServeTest, ListensOnPort4711UnlessAnotherIsGiven) {
+  // An address that nobody can listen on shows the port without taking it.
+  ExpectUnusable(
+      "loggerctl: cannot listen on 192.0.2.1 port 4711: Cannot assign requested address\n",
+      Run(Config() + Words{"--address", "192.0.2.1"}));
+}
+
+TEST_F(LoggerctlServeTest, SaysWhatAPortIs) {
+  ExpectUnusable(
+      "loggerctl: --port: 'http' is no port: a port is a number from 1 to 65535, or 0, with which "
+      "the system chooses one; see loggerctl serve --help\n",
+      Run(Config() + Words{"--port", "http"}));
 }
 
 TEST_F(LoggerctlServeTest, DoesNotTakeWhatIsNoPort) {
@@ -307,7 +410,7 @@ TEST_F(LoggerctlServeTest, HelpsOnStandardOutput) {
   EXPECT_EQ(0, result.exitCode);
   EXPECT_EQ("", result.errors);
   for (const char* const part :
-       {"--config", "--handler", "--address", "--port", "--stamp-thread-id"}) {
+       {"--config", "--handler", "--address", "--port", "--max-frame", "--stamp-thread-id"}) {
     EXPECT_NE(std::string::npos, result.output.find(part)) << part;
   }
 }

@@ -1,11 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <filesystem>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "Support/Files.h"
 #include "Support/MaskTimes.h"
 #include "Support/Process.h"
+#include "Support/ServingProgram.h"
+#include "Support/Sockets.h"
 #include "Support/TemporaryFolder.h"
 #include "Support/XmlConfiguration.h"
 
@@ -165,7 +171,6 @@ TEST_F(LoggerctlWriteTest, ListsTheLevelsWhenOneIsUnknown) {
   const std::string known = "; the configuration registers 1 (ERROR), 2 (WARNING), 3 (INFO)\n";
 
   ExpectUnusable("loggerctl: unknown level 'LOUD'" + known, Write({"--level", "LOUD", "text"}));
-  ExpectUnusable("loggerctl: unknown level 'error'" + known, Write({"--level", "error", "text"}));
   ExpectUnusable("loggerctl: unknown level '4'" + known, Write({"--level", "4", "text"}));
   ExpectUnusable("loggerctl: unknown level '0'" + known, Write({"--level", "0", "text"}));
   ExpectUnusable("loggerctl: unknown level '1x'" + known, Write({"--level", "1x", "text"}));
@@ -174,14 +179,24 @@ TEST_F(LoggerctlWriteTest, ListsTheLevelsWhenOneIsUnknown) {
                  Write({"--level", "4294967297", "text"}));
 }
 
+TEST_F(LoggerctlWriteTest, SuggestsALevelThatIsMuchAlike) {
+  const std::string known = " The configuration registers 1 (ERROR), 2 (WARNING), 3 (INFO)\n";
+
+  ExpectUnusable("loggerctl: unknown level 'info'; did you mean 'INFO'?" + known,
+                 Write({"--level", "info", "text"}));
+  ExpectUnusable("loggerctl: unknown level 'WARNNG'; did you mean 'WARNING'?" + known,
+                 Write({"--level", "WARNNG", "text"}));
+}
+
 TEST_F(LoggerctlWriteTest, SaysThatThereAreNoLevels) {
   ExpectUnusable("loggerctl: unknown level '1'; the configuration registers no levels\n",
                  WriteWith("", {"--level", "1", "text"}));
 }
 
 TEST_F(LoggerctlWriteTest, ListsTheHandlersWhenOneIsUnknown) {
-  ExpectUnusable("loggerctl: unknown handler 'Net'; there are default, net, lonely\n",
-                 Write({"--level", "1", "--handler", "Net", "text"}));
+  ExpectUnusable(
+      "loggerctl: unknown handler 'Net'; did you mean 'net'? There are default, net, lonely\n",
+      Write({"--level", "1", "--handler", "Net", "text"}));
 }
 
 TEST_F(LoggerctlWriteTest, DoesNotKnowTheEmptyHandler) {
@@ -416,7 +431,7 @@ TEST_F(LoggerctlWriteTest, WarnsOfAZeroByte) {
   EXPECT_EQ("first\nab\nlast\n", result.output);
   EXPECT_EQ(
       "loggerctl write: warning: line 2 has a zero byte, which ends it; "
-      "3 bytes behind it are left out\n",
+      "3 bytes after it are left out\n",
       result.errors);
 }
 
@@ -427,7 +442,7 @@ TEST_F(LoggerctlWriteTest, WarnsOfAZeroByteThatBeginsALine) {
   EXPECT_EQ("\n", result.output);
   EXPECT_EQ(
       "loggerctl write: warning: line 1 has a zero byte, which ends it; "
-      "5 bytes behind it are left out\n",
+      "5 bytes after it are left out\n",
       result.errors);
 }
 
@@ -566,6 +581,361 @@ TEST_F(LoggerctlWriteTest, ReportsThatStandardInputCannotBeRead) {
 
   ExpectUnusable("loggerctl: standard input cannot be read: Is a directory\n",
                  RunProgram(redirected + Command(config_) + Words{"--level", "1"}));
+}
+
+// What does not reach every client.
+
+/// Runs the command with a console client and a client 'f' beside it, both for messages.
+class LoggerctlWriteLossTest : public LoggerctlWriteTest {
+ protected:
+  typedef std::vector<std::pair<std::string, std::string>> Parameters;
+
+  static std::string ConfigurationWith(const std::string& kind, const Parameters& parameters,
+                                       const std::string& changes = "") {
+    std::string text = std::string(kLevels) +
+                       "loghandler = default net\n"
+                       "loghandler.net.level.3 = false\n"
+                       "logclient = console f\n"
+                       "logclient.console.type = LogClientConsole\n"
+                       "logclient.console.handler = default\n"
+                       "logclient.console.layout = LogLayoutMessage\n";
+    std::string client = "logclient.f.type = " + kind +
+                         "\nlogclient.f.handler = default\n"
+                         "logclient.f.layout = LogLayoutMessage\n";
+    int number = 0;
+    for (const auto& [name, value] : parameters) {
+      const std::string parameter = "logclient.f.parameter." + std::to_string(number++);
+      client += parameter + ".name = " + name + "\n" + parameter + ".value = " + value + "\n";
+    }
+    return text + client + changes;
+  }
+
+  ProcessResult WriteTwoLines(const std::string& configuration) const {
+    return WriteWith(configuration, {"--level", "1"}, "one\ntwo\n");
+  }
+
+  static Parameters Server(int port, const std::string& timeout = "") {
+    Parameters parameters{{"serverip", "127.0.0.1"}, {"serverport", std::to_string(port)}};
+    if (!timeout.empty()) parameters.push_back({"timeout", timeout});
+    return parameters;
+  }
+};
+
+/// The console client got both lines, the other one none of them.
+void ExpectBothLost(const std::string& client, const std::string& reason,
+                    const ProcessResult& result, const std::string& reports = "") {
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_EQ("one\ntwo\n", result.output);
+  EXPECT_EQ(reports + "loggerctl write: client 'f' (" + client + ") takes no events: " + reason +
+                "\nloggerctl write: 2 of 2 lines did not reach client 'f'\n",
+            result.errors);
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsARollingFileInAFolderThatDoesNotExist) {
+  const std::string file = folder_.Path("missing/app.log");
+
+  ExpectBothLost("LogClientRollingFile, " + file, "No such file or directory",
+                 WriteTwoLines(ConfigurationWith("LogClientRollingFile", {{"filename", file}})));
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsAFileThatCouldNotBeOpened) {
+  const std::string file = folder_.Path("missing/app.log");
+
+  ExpectBothLost("LogClientFile, " + file, "No such file or directory",
+                 WriteTwoLines(ConfigurationWith("LogClientFile", {{"filename", file}})));
+  ExpectBothLost("LogClientFile, " + folder_.Path(), "Is a directory",
+                 WriteTwoLines(ConfigurationWith("LogClientFile", {{"filename", folder_.Path()}})));
+  ExpectBothLost("LogClientFile", "it has no 'filename'",
+                 WriteTwoLines(ConfigurationWith("LogClientFile", {})));
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsADeviceThatIsFull) {
+  for (const std::string kind : {"LogClientFile", "LogClientRollingFile"}) {
+    ExpectBothLost(kind + ", /dev/full", "No space left on device",
+                   WriteTwoLines(ConfigurationWith(
+                       kind, {{"filename", "/dev/full"}, {"filesize", "10"}, {"maxbackup", "1"}})));
+  }
+}
+
+TEST_F(LoggerctlWriteLossTest, CountsTheLinesFromTheOneThatWasCut) {
+  const std::string file = folder_.Path("app.log");
+  const std::string config =
+      File("own.ini", ConfigurationWith("LogClientFile", {{"filename", file}}));
+  std::string lines;
+  for (int line = 0; line < 100; ++line) lines += std::string(999, 'x') + "\n";
+  const Words limited{"bash", "-c", "trap '' XFSZ; ulimit -f 64; exec \"$@\"", "bash"};
+
+  const ProcessResult result = RunProgram(limited + Command(config) + Words{"--level", "1"}, lines);
+
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_TRUE(lines == result.output);
+  EXPECT_EQ(65536U, Content(file).size());
+  EXPECT_EQ("loggerctl write: client 'f' (LogClientFile, " + file +
+                ") takes no events: File too large\n"
+                "loggerctl write: 35 of 100 lines did not reach client 'f'\n",
+            result.errors);
+}
+
+TEST_F(LoggerctlWriteLossTest, CountsNoLineThatIsInABackup) {
+  const std::string file = folder_.Path("app.log");
+  std::filesystem::create_directory(file + ".1");  // Nothing can be renamed to it.
+  const ProcessResult result = WriteTwoLines(ConfigurationWith(
+      "LogClientRollingFile", {{"filename", file}, {"filesize", "1"}, {"maxbackup", "1"}}));
+
+  EXPECT_EQ("one\ntwo\n", result.output);
+  EXPECT_EQ(0, result.exitCode) << result.errors;
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsAClientThatWasLeftOut) {
+  const Parameters file{{"filename", folder_.Path("app.log")}};
+  const std::string place = ", " + folder_.Path("app.log");
+
+  ExpectBothLost("LogClientFiel" + place, "there is no kind of client 'LogClientFiel'",
+                 WriteTwoLines(ConfigurationWith("LogClientFiel", file)));
+  ExpectBothLost("LogClientFile" + place, "there is no layout 'LogLayoutMesage'",
+                 WriteTwoLines(ConfigurationWith("LogClientFile", file,
+                                                 "logclient.f.layout = LogLayoutMesage\n")));
+  ExpectBothLost(
+      "LogClientFile" + place, "there is no handler 'nte'",
+      WriteTwoLines(ConfigurationWith("LogClientFile", file, "logclient.f.handler = nte\n")));
+  ExpectBothLost(
+      "LogClientFile" + place, "it has no handler",
+      WriteTwoLines(ConfigurationWith("LogClientFile", file, "logclient.f.handler =\n")));
+  EXPECT_EQ("", Content(folder_.Path("app.log")));
+}
+
+TEST_F(LoggerctlWriteLossTest, NamesAClientOfADocumentByItsNumber) {
+  XmlConfiguration configuration;
+  configuration.handlers = "<loghandler name=\"default\"/>\n";
+  configuration.tree = "<logtree><loghandler name=\"default\"/></logtree>\n";
+  configuration.clients =
+      "<logclient><type type=\"LogClientConsole\"/><clientloghandler handlername=\"default\"/>"
+      "<layout layout=\"LogLayoutMessage\"/></logclient>\n"
+      "<logclient><type type=\"LogClientConsole\"/><clientloghandler handlername=\"default\"/>"
+      "<layout layout=\"LogLayoutMesage\"/></logclient>\n";
+
+  const ProcessResult result = WriteWith(configuration.Text(), {"--level", "1", "text"});
+
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_EQ("text\n", result.output);
+  EXPECT_EQ(
+      "loggerctl write: client 2 (LogClientConsole) takes no events: "
+      "there is no layout 'LogLayoutMesage'\n"
+      "loggerctl write: 1 of 1 line did not reach client 2\n",
+      result.errors);
+}
+
+TEST_F(LoggerctlWriteLossTest, TakesAFilterOnTheWayForNoLoss) {
+  const std::string onNet = "logclient.f.handler = net\nloghandler.default.child = net\n";
+  const std::string configuration =
+      ConfigurationWith("LogClientFile", {{"filename", folder_.Path("missing/app.log")}}, onNet);
+  const std::string fault = "loggerctl write: client 'f' (LogClientFile, " +
+                            folder_.Path("missing/app.log") +
+                            ") takes no events: No such file or directory\n";
+
+  const ProcessResult filtered = WriteWith(configuration, {"--level", "3", "text"});
+  EXPECT_EQ(0, filtered.exitCode);
+  EXPECT_EQ(fault, filtered.errors);
+
+  const ProcessResult accepted = WriteWith(configuration, {"--level", "1", "text"});
+  EXPECT_EQ(3, accepted.exitCode);
+  EXPECT_EQ(fault + "loggerctl write: 1 of 1 line did not reach client 'f'\n", accepted.errors);
+}
+
+TEST_F(LoggerctlWriteLossTest, SaysNothingOfAClientThatTheHandlerDoesNotReach) {
+  ExpectWritten("one\ntwo\n", WriteTwoLines(ConfigurationWith(
+                                  "LogClientFile", {{"filename", folder_.Path("missing/app.log")}},
+                                  "logclient.f.handler = net\n")));
+}
+
+TEST_F(LoggerctlWriteLossTest, CountsFilteredLinesAsFilteredOnly) {
+  const ProcessResult result =
+      WriteWith(ConfigurationWith("LogClientFile", {{"filename", folder_.Path("missing/app.log")}},
+                                  "logclient.f.handler = net\n"),
+                {"--level", "3", "--handler", "net", "text"});
+
+  EXPECT_EQ(1, result.exitCode);
+  EXPECT_EQ(std::string::npos, result.errors.find("did not reach")) << result.errors;
+}
+
+TEST_F(LoggerctlWriteLossTest, LosesNothingOfNoLines) {
+  const std::string configuration =
+      ConfigurationWith("LogClientFile", {{"filename", folder_.Path("missing/app.log")}});
+
+  EXPECT_EQ(0, WriteWith(configuration, {"--level", "1"}, "").exitCode);
+}
+
+TEST_F(LoggerctlWriteLossTest, WritesADocumentWithItsEntries) {
+  const std::string file = folder_.Path("app.xml");
+
+  ExpectWritten("one\ntwo\n",
+                WriteTwoLines(ConfigurationWith("LogClientXML", {{"filename", file}})));
+
+  EXPECT_NE(std::string::npos, Content(file).find("<log>two</log>"));
+}
+
+TEST_F(LoggerctlWriteLossTest, LooksWhetherADocumentWasSaved) {
+  const std::string missing = folder_.Path("missing/app.xml");
+  ExpectBothLost("LogClientXML, " + missing, "No such file or directory",
+                 WriteTwoLines(ConfigurationWith("LogClientXML", {{"filename", missing}})));
+  ExpectBothLost("LogClientXML", "it has no 'filename'",
+                 WriteTwoLines(ConfigurationWith("LogClientXML", {})));
+}
+
+TEST_F(LoggerctlWriteLossTest, CountsTheEntriesThatADocumentLacks) {
+  const std::string file = folder_.Path("app.xml");
+  const std::string config =
+      File("own.ini", ConfigurationWith("LogClientXML", {{"filename", file}}));
+  std::string lines;
+  for (int line = 0; line < 100; ++line) lines += std::string(999, 'x') + "\n";
+  const Words limited{"bash", "-c", "trap '' XFSZ; ulimit -f 64; exec \"$@\"", "bash"};
+
+  const ProcessResult result = RunProgram(limited + Command(config) + Words{"--level", "1"}, lines);
+
+  EXPECT_EQ(3, result.exitCode);
+  const std::string report = "loggerctl write: client 'f' (LogClientXML, " + file +
+                             ") takes no events: the document in the file is not complete\n"
+                             "loggerctl write: ";
+  ASSERT_EQ(0U, result.errors.find(report)) << result.errors;
+  EXPECT_NE(std::string::npos, result.errors.find(" of 100 lines did not reach client 'f'\n"));
+}
+
+// Log servers.
+
+TEST_F(LoggerctlWriteLossTest, ReportsAServerThatIsNotThere) {
+  PlainListener listener;
+  const int port = listener.Port();
+  listener.Close();
+
+  ExpectBothLost("LogClientSocket, 127.0.0.1 port " + std::to_string(port), "Connection refused",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", Server(port))),
+                 "LOGGER ERROR at Init [61]: 'Connection refused'\n");
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsASocketClientWithoutAServer) {
+  ExpectBothLost("LogClientSocket", "it has no 'serverip'",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", {})));
+  ExpectBothLost("LogClientSocket, localhost port ", "it has no 'serverport'",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", {{"serverip", "localhost"}})));
+}
+
+/// Answers everyone who connects with the same bytes, and ends or keeps the connection.
+class OtherServer {
+ public:
+  OtherServer(const std::string& answer, bool endsConnections)
+      : thread_([this, answer, endsConnections] {
+          for (;;) {
+            PlainConnection visitor = listener_.Accept();
+            if (!visitor.IsOpen() || isEnding_) return;
+            ++count_;
+            visitor.Receive(4);
+            if (!answer.empty()) visitor.Send(answer);
+            if (!endsConnections) visitors_.push_back(std::move(visitor));
+          }
+        }) {}
+  ~OtherServer() {
+    isEnding_ = true;
+    PlainConnection::To(listener_.Port());
+    thread_.join();
+  }
+  OtherServer(const OtherServer&) = delete;
+  OtherServer& operator=(const OtherServer&) = delete;
+
+  int Port() const { return listener_.Port(); }
+  int VisitorCount() const { return count_; }
+
+ private:
+  PlainListener listener_;
+  std::vector<PlainConnection> visitors_;
+  std::atomic<int> count_{0};
+  std::atomic<bool> isEnding_{false};
+  std::thread thread_;
+};
+
+TEST_F(LoggerctlWriteLossTest, ReportsAPeerThatIsNoLogServer) {
+  const OtherServer web("HTTP/1.1 400 Bad Request\r\n", false);
+
+  ExpectBothLost("LogClientSocket, 127.0.0.1 port " + std::to_string(web.Port()),
+                 "the answer is not that of a log server",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", Server(web.Port()))));
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsAPeerThatEndsTheConnection) {
+  const OtherServer other("", true);
+
+  ExpectBothLost("LogClientSocket, 127.0.0.1 port " + std::to_string(other.Port()),
+                 "the connection was ended without an answer; is a log server there?",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", Server(other.Port()))));
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsAPeerThatDoesNotAnswerInTime) {
+  const OtherServer silent("", false);
+
+  ExpectBothLost("LogClientSocket, 127.0.0.1 port " + std::to_string(silent.Port()),
+                 "no answer within 50 ms; is a log server there?",
+                 WriteTwoLines(ConfigurationWith("LogClientSocket", Server(silent.Port(), "50"))));
+  EXPECT_EQ(2, silent.VisitorCount());  // The client, and once to find out why.
+}
+
+/// Takes one connection, as a log server does, and ends it without a confirmation.
+class EndingServer {
+ public:
+  /// Reads so many bytes after the opening exchange.
+  explicit EndingServer(std::size_t bytes)
+      : thread_([this, bytes] {
+          PlainConnection client = listener_.Accept();
+          client.Send(client.Receive(4));  // The protocol version.
+          client.Receive(bytes);
+        }) {}
+  ~EndingServer() { thread_.join(); }
+  EndingServer(const EndingServer&) = delete;
+  EndingServer& operator=(const EndingServer&) = delete;
+
+  int Port() const { return listener_.Port(); }
+
+ private:
+  PlainListener listener_;
+  std::thread thread_;
+};
+
+TEST_F(LoggerctlWriteLossTest, ReportsAServerThatEndsTheConnectionAtOnce) {
+  const EndingServer server(0);
+
+  const ProcessResult result =
+      WriteTwoLines(ConfigurationWith("LogClientSocket", Server(server.Port())));
+
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_EQ("one\ntwo\n", result.output);
+  EXPECT_NE(std::string::npos, result.errors.find(" of 2 lines ")) << result.errors;
+}
+
+TEST_F(LoggerctlWriteLossTest, ReportsAServerThatDoesNotConfirm) {
+  const std::size_t bytes = 20;  // Of the first event, which is larger.
+  const EndingServer server(bytes);
+
+  const ProcessResult result =
+      WriteTwoLines(ConfigurationWith("LogClientSocket", Server(server.Port())));
+
+  EXPECT_EQ(3, result.exitCode);
+  EXPECT_NE(std::string::npos, result.errors.find("2 of 2 lines may not have reached client 'f'\n"))
+      << result.errors;
+}
+
+TEST_F(LoggerctlWriteLossTest, SendsEachLineOfAnAsynchronousClient) {
+  WriteFile(folder_.Path("serve.ini"),
+            std::string(kLevels) +
+                "logclient = f\nlogclient.f.type = LogClientFile\n"
+                "logclient.f.handler = default\nlogclient.f.layout = LogLayoutMessage\n"
+                "logclient.f.parameter.0.name = filename\nlogclient.f.parameter.0.value = " +
+                folder_.Path("served.log") + "\n");
+  ServingProgram server(LOGGERCTL, {"--config", folder_.Path("serve.ini")});
+  Parameters parameters = Server(server.Port());
+  parameters.push_back({"socketasynchron", "1"});
+
+  ExpectWritten("one\ntwo\n", WriteTwoLines(ConfigurationWith("LogClientSocket", parameters)));
+
+  EXPECT_EQ("served 1 connection and 2 events, rejected 0 frames\n", server.Stop().output);
+  EXPECT_EQ("one\ntwo\n", Content(folder_.Path("served.log")));
 }
 
 }  // namespace

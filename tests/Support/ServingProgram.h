@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <string>
@@ -10,7 +11,7 @@
 /// `loggerctl serve`, which runs beside the test.
 class ServingProgram {
  public:
-  /// The words follow the command's name.
+  /// The words follow the command's name. Without a port among them the system chooses one.
   ServingProgram(const std::string& loggerctl, const std::vector<std::string>& words)
       : program_(Command(loggerctl, words)), greeting_(program_.ReadLine()) {}
 
@@ -33,6 +34,8 @@ class ServingProgram {
                                           const std::vector<std::string>& words) {
     std::vector<std::string> command{loggerctl, "serve"};
     command.insert(command.end(), words.begin(), words.end());
+    const bool hasPort = std::find(words.begin(), words.end(), "--port") != words.end();
+    if (!hasPort) command.insert(command.end(), {"--port", "0"});
     return command;
   }
 };
