@@ -271,4 +271,20 @@ logclient.file.parameter.0.value = )" + folder_.Path("collected.log"));
   EXPECT_EQ("alarm - disk full\nalarm - disk full\n", Content(folder_.Path("collected.log")));
 }
 
+TEST(PagesTest, ExplainEveryLineThatTheLibraryPrints) {
+  const std::string page = Content(kProject + "/docs/errors.md");
+  const std::regex report("ReportError\\(\"([A-Za-z]+)\", ([0-9]+),");
+  std::set<std::string> places;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kProject + "/Src")) {
+    if (entry.path().extension() != ".cpp") continue;
+    const std::string code = Content(entry.path().string());
+    for (std::sregex_iterator match(code.begin(), code.end(), report), end; match != end; ++match) {
+      places.insert(match->str(1) + " [" + match->str(2) + "]: '");
+    }
+  }
+
+  EXPECT_EQ(7U, places.size());
+  for (const std::string& place : places) EXPECT_TRUE(Has(page, "| `" + place)) << place;
+}
+
 }  // namespace
