@@ -2,10 +2,13 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "CommandLine.h"
+#include "Configuration/ReadConfiguration.h"
 #include "UsageError.h"
 #include "Wording.h"
 
@@ -43,14 +46,18 @@ void PrintReply(const std::string& words) {
   std::cout << "COMPREPLY=($(compgen -W '" << words << "' -- \"$word\"))";
 }
 
-/// What can stand behind an option that takes a value.
+/// What can follow an option that takes a value.
 void PrintValues(const CLI::App& command) {
+  const bool hasConfiguration = command.get_option_no_throw("--config") != nullptr;
   for (const CLI::Option* const option : command.get_options()) {
-    const bool takesValue = !LongName(*option).empty() && option->get_items_expected_max() > 0;
+    const std::string name = LongName(*option);
+    const bool takesValue = !name.empty() && option->get_items_expected_max() > 0;
     if (!takesValue) continue;
-    std::cout << "    '" << command.get_name() << " " << LongName(*option) << "') ";
+    std::cout << "    '" << command.get_name() << " " << name << "') ";
     if (option->get_type_name() == "FILE") {
       std::cout << "compopt -o default";
+    } else if (hasConfiguration && (name == "--level" || name == "--handler")) {
+      std::cout << "_loggerctl_names " << name << "s";
     } else {
       PrintReply(ChoicesOf(*option));
     }
@@ -78,19 +85,79 @@ void PrintCommand(const CLI::App& command) {
   std::cout << " ;;\n      esac ;;\n";
 }
 
+/// The names are another file's: they are compared and quoted, and never expanded.
+constexpr const char* kStart =
+    R"BASH(# bash completion of loggerctl, written by `loggerctl completion`
+_loggerctl_names() {
+  local file= index name
+  for ((index = 2; index < ${#COMP_WORDS[@]}; ++index)); do
+    [ "${COMP_WORDS[index]}" = --config ] || continue
+    file=${COMP_WORDS[index + 1]}
+    [ "$file" != = ] || file=${COMP_WORDS[index + 2]}
+  done
+  file=${file//[\"\'\\]/}
+  case $file in '~/'*) file=$HOME/${file#'~/'} ;; esac
+  [ -n "$file" ] || return
+  while IFS= read -r name; do
+    [[ $name == "$word"* ]] && COMPREPLY+=("$(printf %q "$name")")
+  done < <("${COMP_WORDS[0]}" completion "$1" "$file" 2>/dev/null)
+}
+_loggerctl() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  # bash makes three words of --config=FILE.
+  if [ "$word" = = ]; then
+    word=
+  elif [ "$before" = = ]; then
+    before=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
+  COMPREPLY=()
+  if [ "$COMP_CWORD" -eq 1 ]; then
+    )BASH";
+
 void PrintScript(const CLI::App& program) {
   const std::vector<const CLI::App*> commands = program.get_subcommands(nullptr);
-  std::cout << "# bash completion of loggerctl, written by `loggerctl completion`\n"
-               "_loggerctl() {\n"
-               "  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}\n"
-               "  COMPREPLY=()\n"
-               "  if [ \"$COMP_CWORD\" -eq 1 ]; then\n    ";
-  PrintReply(Join(CommandNames(program), " ") + " " + OptionNames(program));
-  std::cout << "\n    return\n  fi\n  case \"${COMP_WORDS[1]} $before\" in\n";
+  const std::string names = Join(CommandNames(program), " ");
+  std::cout << kStart;
+  PrintReply(names + " help " + OptionNames(program));
+  std::cout << "\n    return\n  fi\n  case \"${COMP_WORDS[1]} $before\" in\n    'help help') ";
+  PrintReply(names);
+  std::cout << "; return ;;\n";
   for (const CLI::App* const command : commands) PrintValues(*command);
   std::cout << "  esac\n  case ${COMP_WORDS[1]} in\n";
   for (const CLI::App* const command : commands) PrintCommand(*command);
   std::cout << "  esac\n}\ncomplete -F _loggerctl loggerctl\n";
+}
+
+void PrintLevels(const std::string& fileName) {
+  Findings ignored;
+  for (const Level& level : ReadConfiguration(fileName, ignored).RegisteredLevels()) {
+    std::cout << level.RegisteredName() << "\n";
+  }
+}
+
+void PrintHandlers(const std::string& fileName) {
+  Findings ignored;
+  const std::vector<std::string> names = ReadConfiguration(fileName, ignored).HandlerNames();
+  for (const std::string& name : std::set<std::string>(names.begin(), names.end())) {
+    std::cout << name << "\n";
+  }
+}
+
+struct CompletionOptions {
+  std::string levelsOf;
+  std::string handlersOf;
+};
+
+int RunCompletion(const CLI::App& program, const CompletionOptions& options) {
+  if (!options.levelsOf.empty()) {
+    PrintLevels(options.levelsOf);
+  } else if (!options.handlersOf.empty()) {
+    PrintHandlers(options.handlersOf);
+  } else {
+    PrintScript(program);
+  }
+  if (!std::cout.flush()) throw UsageError("standard output could not be written");
+  return EXIT_SUCCESS;
 }
 
 }  // namespace
@@ -98,14 +165,21 @@ void PrintScript(const CLI::App& program) {
 void AddCompletionCommand(CLI::App& program, int& exitCode) {
   CLI::App* const command =
       program.add_subcommand("completion", "Print the completion of loggerctl for bash");
+  const auto options = std::make_shared<CompletionOptions>();
+  CLI::Option* const levels =
+      command->add_option("--levels", options->levelsOf, "Print the levels of a configuration");
+  levels->type_name("FILE")->transform(MarkRemoved());
+  CLI::Option* const handlers = command->add_option("--handlers", options->handlersOf,
+                                                    "Print the handlers of a configuration");
+  handlers->type_name("FILE")->transform(MarkRemoved());
+  handlers->excludes(levels);
   command->footer(
-      "In bash: source <(loggerctl completion). It is installed with the program as well.\n\n"
-      "Exit code: 0 it was printed; 2 the command line cannot be used.");
-  command->callback([&program, &exitCode] {
-    PrintScript(program);
-    if (!std::cout.flush()) throw UsageError("standard output could not be written");
-    exitCode = EXIT_SUCCESS;
-  });
+      R"(In bash: source <(loggerctl completion). It is installed with the program as well. It completes
+commands, options, files and, with the options above, the names in the file given with --config.
+
+Exit code: 0 it was printed; 2 the command line or the configuration cannot be used.)");
+  command->callback(
+      [&program, options, &exitCode] { exitCode = RunCompletion(program, *options); });
 }
 
 }  // namespace Loggerctl

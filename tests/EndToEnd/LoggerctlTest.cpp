@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "Support/Files.h"
 #include "Support/Process.h"
+#include "Support/TemporaryFolder.h"
 
 namespace {
 
@@ -175,7 +177,8 @@ TEST(LoggerctlTest, CompletesTheCommands) {
   EXPECT_EQ("--version\n", Completed({"loggerctl", "--v"}));
   std::string all;
   for (const std::string& command : Commands()) all += command + " ";
-  EXPECT_EQ(all + "--help --version\n", Completed({"loggerctl", ""}));
+  EXPECT_EQ(all.substr(0, all.size() - 1) + "\n", Completed({"loggerctl", "help", ""}));
+  EXPECT_EQ(all + "help --help --version\n", Completed({"loggerctl", ""}));
 }
 
 TEST(LoggerctlTest, CompletesTheOptionsOfACommand) {
@@ -192,6 +195,32 @@ TEST(LoggerctlTest, CompletesValues) {
 TEST(LoggerctlTest, CompletesFileNamesWhereFilesAreNamed) {
   EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "check", "a"}));
   EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "write", "--config", "a"}));
+}
+
+TEST(LoggerctlTest, CompletesFileNamesAfterAnEqualsSign) {
+  EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "write", "--config", "=", "a"}));
+  EXPECT_EQ("compopt -o default\n\n", Completed({"loggerctl", "write", "--config", "="}));
+  EXPECT_EQ("ini\n", Completed({"loggerctl", "check", "--format", "=", "i"}));
+}
+
+TEST(LoggerctlTest, CompletesTheLevelsAndHandlersOfTheNamedFile) {
+  const TemporaryFolder folder;
+  const std::string ini = folder.Path("app.ini");
+  WriteFile(ini,
+            "loglevel = 1 2 30\nloglevel.1.name = ERROR\nloglevel.2.name = $(touch it)\n"
+            "loghandler = net disk\n");
+  const auto completed = [&](const Words& words) {
+    Words all{LOGGERCTL, "write"};
+    all.insert(all.end(), words.begin(), words.end());
+    return Completed(all);
+  };
+
+  EXPECT_EQ("ERROR \\$\\(touch\\ it\\) 30\n", completed({"--config", ini, "--level", ""}));
+  EXPECT_EQ("ERROR\n", completed({"--config", "=", ini, "--level", "=", "E"}));
+  EXPECT_EQ("default disk net\n", completed({"--config", ini, "--handler", ""}));
+  EXPECT_EQ("disk\n", completed({"--config", "'" + ini + "'", "--handler", "di"}));
+  EXPECT_EQ("\n", completed({"--level", ""}));
+  EXPECT_EQ("\n", completed({"--config", folder.Path("missing.ini"), "--level", ""}));
 }
 
 }  // namespace
