@@ -12,7 +12,8 @@ namespace Loggerctl {
 /// Words of a command line reach the commands exactly as they were typed.
 ///
 /// CLI11 would take a word like [a,b] for a list and split it. Such a word is marked, for the time
-/// that the command line is being parsed, with what no argument can contain: a zero byte behind it.
+/// that the command line is being parsed, with what no argument can contain: a zero byte at its
+/// end.
 
 /// The program's arguments, marked, in the order in which CLI11 takes them: the last one first.
 std::vector<std::string> MarkedArguments(std::vector<std::string> words);

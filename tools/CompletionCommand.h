@@ -4,7 +4,7 @@
 
 namespace Loggerctl {
 
-/// Adds `loggerctl completion` to the program, which tells a shell about every command that the
+/// Adds `loggerctl completion` to the program, which describes to a shell every command that the
 /// program has then. When it was called, its exit code is stored in `exitCode`.
 void AddCompletionCommand(CLI::App& program, int& exitCode);
 

@@ -74,7 +74,7 @@ void ExpectUnusable(const std::string& errors, const ProcessResult& result) {
   EXPECT_EQ(errors, result.errors);
 }
 
-TEST_F(LoggerctlServeTest, TellsWhereItListens) {
+TEST_F(LoggerctlServeTest, PrintsWhereItListens) {
   ServingProgram server(LOGGERCTL, Config());
 
   EXPECT_GT(server.Port(), 0);

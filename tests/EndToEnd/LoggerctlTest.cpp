@@ -38,7 +38,7 @@ Words Commands() {
   return names;
 }
 
-TEST(LoggerctlTest, TellsItsVersion) {
+TEST(LoggerctlTest, PrintsItsVersion) {
   const ProcessResult result = RunLoggerctl({"--version"});
 
   EXPECT_EQ(0, result.exitCode);

@@ -271,7 +271,7 @@ TEST_F(LoggerctlWriteTest, LogsTheNameOfACommand) {
   ExpectWritten("write write\n", Write({"--level", "1", "write", "write"}));
 }
 
-TEST_F(LoggerctlWriteTest, LogsWordsBehindTwoHyphens) {
+TEST_F(LoggerctlWriteTest, LogsWordsAfterTwoHyphens) {
   ExpectWritten("--level 2 --help -x --handler=net [a,b] - \n",
                 Write({"--level", "1", "--", "--level", "2", "--help", "-x", "--handler=net",
                        "[a,b]", "-", ""}));
@@ -295,7 +295,7 @@ TEST_F(LoggerctlWriteTest, ReadsStandardInputWhenNothingFollowsTwoHyphens) {
   ExpectWritten("line\n", Write({"--level", "1", "--"}, "line\n"));
 }
 
-TEST_F(LoggerctlWriteTest, TakesOptionsBehindAndBetweenWords) {
+TEST_F(LoggerctlWriteTest, TakesOptionsAfterAndBetweenWords) {
   ExpectWritten("ERROR - one two\n", RunProgram({LOGGERCTL, "write", "one", "--handler", "net",
                                                  "--config", config_, "two", "--level", "1"}));
 }
@@ -453,11 +453,11 @@ TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationThatDoesNotExist) {
                  RunProgram(Command(missing) + Words{"--level", "1", "text"}));
 }
 
-TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationBehindAFile) {
-  const std::string behind = config_ + "/logger.ini";
+TEST_F(LoggerctlWriteTest, DoesNotUseAConfigurationBelowAFile) {
+  const std::string below = config_ + "/logger.ini";
 
-  ExpectUnusable("loggerctl: " + behind + ": Not a directory\n",
-                 RunProgram(Command(behind) + Words{"--level", "1", "text"}));
+  ExpectUnusable("loggerctl: " + below + ": Not a directory\n",
+                 RunProgram(Command(below) + Words{"--level", "1", "text"}));
 }
 
 TEST_F(LoggerctlWriteTest, DoesNotUseADirectory) {
@@ -559,7 +559,7 @@ TEST_F(LoggerctlWriteTest, HelpsOnStandardOutput) {
   }
 }
 
-TEST_F(LoggerctlWriteTest, IsToldOfByTheProgramsHelp) {
+TEST_F(LoggerctlWriteTest, IsListedByTheProgramsHelp) {
   const ProcessResult result = RunProgram({LOGGERCTL, "--help"});
 
   EXPECT_EQ(0, result.exitCode);
