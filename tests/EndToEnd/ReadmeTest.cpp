@@ -34,14 +34,11 @@ bool IsInAnExample(const std::string& block) {
 TEST(ReadmeTest, ShowsCodeAndConfigurationOfTheExamples) {
   const std::vector<std::string> code = Blocks("cpp");
   const std::vector<std::string> configuration = Blocks("ini");
-  const std::vector<std::string> documents = Blocks("xml");
 
-  ASSERT_EQ(3U, code.size());
-  ASSERT_EQ(2U, configuration.size());
-  ASSERT_EQ(1U, documents.size());
+  ASSERT_EQ(2U, code.size());
+  ASSERT_EQ(1U, configuration.size());
   for (const std::string& block : code) EXPECT_TRUE(IsInAnExample(block)) << block;
   for (const std::string& block : configuration) EXPECT_TRUE(IsInAnExample(block)) << block;
-  for (const std::string& block : documents) EXPECT_TRUE(IsInAnExample(block)) << block;
 }
 
 TEST(ReadmeTest, MatchesTheOutputOfTheExampleInCode) {
