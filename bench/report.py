@@ -121,7 +121,7 @@ def tables(results):
         parts += ["The peers' ratios to the floor, wall time and processor time:",
                   peer_table(results)]
     if reasons(results):
-        parts += ["Who takes no part, and why:", reasons(results)]
+        parts += ["Libraries that take no part in a case:", reasons(results)]
     return "\n\n".join(parts)
 
 

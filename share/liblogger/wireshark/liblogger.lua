@@ -70,8 +70,8 @@ protocol.prefs.limit = Pref.uint("Longest record", 64 * 1024 * 1024,
 local stream = Field.new("tcp.stream")
 local completeness = Field.new("tcp.completeness")
 
--- Segments are shown in any order and more than once, but come in their order the first time. What a
--- call finds expected is therefore kept with its place in the capture.
+-- Segments are shown in any order and more than once, but come in their order the first time. The state
+-- that a call begins with is therefore kept with its place in the capture.
 local connections
 local expectedAt
 local firstShown  -- A segment may come in several parts, whose summaries follow each other.
