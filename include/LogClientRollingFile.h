@@ -12,8 +12,10 @@
 /// same: after as many events as there are backups, none is left. Two clients on one file would
 /// move each other's files.
 ///
-/// A process that dies loses no event that was published, whatever it was at; when it dies while it
-/// moves the files, the next rollover removes one backup more than usual.
+/// A process that is killed loses no published event. When it is killed while it moves the files,
+/// the next rollover removes one backup more than usual.
+///
+/// A class of your own may override Rollover() to name or to move its backups in another way.
 class LOGGER_EXPORT LogClientRollingFile : public LogClientFile {
  public:
   /// Appends to `filename`. `maxFileSize` is in bytes. With `maxBackup` of 0 or less there are no
@@ -36,6 +38,10 @@ class LOGGER_EXPORT LogClientRollingFile : public LogClientFile {
   /// Makes room for backup 1 by moving the others up. What cannot be moved or removed is passed
   /// over. Always true.
   virtual bool RolloverFiles();
+
+ protected:
+  long GetMaxFileSize() const;  ///< In bytes.
+  int GetMaxBackup() const;     ///< 0 or less for no backups.
 
  private:
   long maxFileSize_;

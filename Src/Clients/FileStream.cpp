@@ -17,8 +17,7 @@ FileBuffer::~FileBuffer() { static_cast<void>(Close()); }
 
 bool FileBuffer::Open(const std::string& fileName, bool append) {
   if (!file_.Open(fileName, O_WRONLY | (append ? O_APPEND : O_TRUNC))) return false;
-  // Appending starts at the end; before the first write the kernel's position does not tell that
-  // yet.
+  // Appending starts at the end, but the kernel's position is 0 until the first write.
   if (append) static_cast<void>(lseek(file_.Get(), 0, SEEK_END));
   return true;
 }

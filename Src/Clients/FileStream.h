@@ -25,18 +25,18 @@ class FileBuffer : public std::streambuf {
   bool Close();
 
   /// Writes what was collected, with one system call unless the kernel takes only a part. What
-  /// could not be written is dropped. (In place, like the other steps to the system call: returns
-  /// are slow behind it.)
+  /// could not be written is dropped. (Inlined, like the other steps to the system call: it clears
+  /// the CPU's return predictor.)
   [[gnu::always_inline]] bool WriteCollected() {
-    const Emptier emptier(collected_);
+    const ClearAtEnd clear(collected_);
     return file_.Write(collected_.Data(), collected_.Size());
   }
   void DropCollected() { collected_.Clear(); }
-  /// What was collected, to append to; null when there is no open file, or a locale of someone's is
-  /// set.
+  /// What was collected, to append to; null when there is no open file, or a layout has set another
+  /// locale.
   ByteBuffer* Collected() { return IsOpen() && isClassic_ ? &collected_ : nullptr; }
 
-  /// Where the next byte goes, behind what was collected; -1 when the file has no position.
+  /// Where the next byte goes, after what was collected; -1 when the file has no position.
   long long Position() const {
     const off_t written = lseek(file_.Get(), 0, SEEK_CUR);
     return written < 0 ? -1 : written + static_cast<off_t>(collected_.Size());
@@ -52,14 +52,14 @@ class FileBuffer : public std::streambuf {
   pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
  private:
-  /// Empties a buffer at the end of its scope, whichever way the scope ends.
-  class Emptier {
+  /// Clears a buffer at the end of its scope, also when the thread is cancelled.
+  class ClearAtEnd {
    public:
-    explicit Emptier(ByteBuffer& bytes) : bytes_(bytes) {}
-    ~Emptier() { bytes_.Clear(); }
+    explicit ClearAtEnd(ByteBuffer& bytes) : bytes_(bytes) {}
+    ~ClearAtEnd() { bytes_.Clear(); }
 
-    Emptier(const Emptier&) = delete;
-    Emptier& operator=(const Emptier&) = delete;
+    ClearAtEnd(const ClearAtEnd&) = delete;
+    ClearAtEnd& operator=(const ClearAtEnd&) = delete;
 
    private:
     ByteBuffer& bytes_;
@@ -67,7 +67,7 @@ class FileBuffer : public std::streambuf {
 
   FileDescriptor file_;
   ByteBuffer collected_;
-  bool isClassic_ = true;  // The locale is the one that the stream was given first.
+  bool isClassic_ = true;  // The stream's locale is the classic one.
 };
 
 /// An output stream to a file, with the states of a std::ofstream, that formats in the classic
@@ -80,20 +80,20 @@ class FileStream : public std::ostream {
   void Open(const std::string& fileName, bool append);  ///< Sets failbit, or clears the state.
   bool IsOpen() const { return buffer_.IsOpen(); }
   void Close();  ///< Sets failbit when the file was not open or could not be closed.
-  /// Where plain text can be appended to with the same effect as by insertion; null when the stream
-  /// has failed, or settings of a layout's own.
+  /// Where plain text can be appended with the same effect as by insertion; null when the stream
+  /// has failed, or a layout has changed its settings.
   ByteBuffer* PlainText();
   /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
   /// it.
   [[gnu::always_inline]] void WriteOut() {
-    // Not through flush(), which would take a thread's cancellation for an error of the file.
+    // Not by flush(), which would turn a thread's cancellation into an error of the stream.
     if (!good()) {
       buffer_.DropCollected();
     } else if (!buffer_.WriteCollected()) {
       setstate(std::ios_base::badbit);
     }
   }
-  /// Where the next byte goes, as tellp() would say; -1 when the stream has failed.
+  /// Where the next byte goes, as tellp() returns it; -1 when the stream has failed.
   long long Position() const { return fail() ? -1 : buffer_.Position(); }
 
  private:

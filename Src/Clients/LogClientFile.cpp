@@ -18,8 +18,8 @@ using Logger::Internal::ForkListenerOf;
 namespace {
 
 /// Appends the line of a built-in layout without the stream's insertions, which take longer than
-/// all the rest of it. False when that would give something else, or there is no memory for it.
-/// (Apart, so that Publish itself needs few registers.)
+/// all the rest of it. False when the stream would write something else, or memory ran out. (Not
+/// inlined, so that Publish itself needs few registers.)
 [[gnu::noinline]] bool AppendDirectly(const LogLayout& layout, FileStream& stream,
                                       const LogEvent& event) {
   ByteBuffer* const bytes = stream.PlainText();
@@ -72,20 +72,32 @@ void LogClientFile::ReopenAtNextEvent() noexcept {
 
 bool LogClientFile::HasFailed() const { return !stream_->IsOpen() || !stream_->good(); }
 
+std::ostream& LogClientFile::GetStream() { return *stream_; }
+
+const std::string& LogClientFile::GetFileName() const { return filename_; }
+
+void LogClientFile::CloseFile() {
+  stream_->Close();
+  stream_->clear();
+}
+
+bool LogClientFile::OpenFile(bool append) {
+  const CancellationHold hold;  // A thread that ended in open() would leave no open file.
+  stream_->Open(filename_, append);
+  const bool isOpen = stream_->good();
+  if (isOpen) initialized_ = true;
+  return isOpen;
+}
+
 [[gnu::cold, gnu::noinline]] void LogClientFile::Reopen() {
   const CancellationHold hold;  // A thread that ended on the way would leave no open file.
   isReopenDue_ = false;
-  stream_->Close();
-  stream_->Open(filename_, true);
-  if (stream_->IsOpen()) {
-    initialized_ = true;
-  } else if (!filename_.empty()) {
-    isReopenDue_ = true;
-  }
+  CloseFile();
+  if (!OpenFile(true) && !filename_.empty()) isReopenDue_ = true;
 }
 
 void LogClientFile::ContinueInChild(bool wasBusy) {
   if (!wasBusy) return;
-  static_cast<void>(stream_.release());  // Nobody knows what could be destroyed of it.
+  static_cast<void>(stream_.release());  // In any state: it cannot be destroyed.
   stream_ = std::make_unique<FileStream>();
 }

@@ -444,4 +444,50 @@ TEST_F(LogClientFileReopenTest, IsAskedByASignalHandler) {
   EXPECT_EQ("two\n", Content(file_));
 }
 
+/// A class of a user's, with what the public headers offer.
+class OwnFile : public LogClientFile {
+ public:
+  using LogClientFile::CloseFile;
+  using LogClientFile::GetFileName;
+  using LogClientFile::GetStream;
+  using LogClientFile::LogClientFile;
+  using LogClientFile::OpenFile;
+};
+
+TEST_F(LogClientFileTest, CanBeClosedAndOpenedByAClassOfYourOwn) {
+  OwnFile client(file_, true);
+  client.SetLayout("LogLayoutMessage");
+  EXPECT_EQ(file_, client.GetFileName());
+  client.GetStream() << "before ";
+
+  client.CloseFile();
+  EXPECT_EQ("before ", Content(file_));
+  EXPECT_TRUE(client.HasFailed());
+  EXPECT_TRUE(client.OpenFile(true));
+  EXPECT_TRUE(client.Publish(EventWith("appended")));
+  EXPECT_EQ("before appended\n", Content(file_));
+
+  client.CloseFile();
+  EXPECT_TRUE(client.OpenFile(false));
+  EXPECT_TRUE(client.Publish(EventWith("first")));
+  EXPECT_EQ("first\n", Content(file_));
+}
+
+TEST_F(LogClientFileTest, IsInitialisedOnceAClassOfYourOwnHasOpenedItsFile) {
+  const std::string folder = folder_.Path("later");
+  OwnFile client(folder + "/app.log", true);
+  client.SetLayout("LogLayoutMessage");
+  client.CloseFile();
+  EXPECT_FALSE(client.OpenFile(true));
+  EXPECT_FALSE(client.IsInitialize());
+  EXPECT_FALSE(client.Publish(EventWith("lost")));
+
+  std::filesystem::create_directory(folder);
+  EXPECT_TRUE(client.OpenFile(true));
+
+  EXPECT_TRUE(client.IsInitialize());
+  EXPECT_TRUE(client.Publish(EventWith("written")));
+  EXPECT_EQ("written\n", Content(folder + "/app.log"));
+}
+
 }  // namespace

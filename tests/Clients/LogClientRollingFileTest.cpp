@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -563,6 +564,37 @@ TEST_F(LogClientRollingFileTest, GoesOnInANewFileAfterItsOwnWasMovedAside) {
 
   EXPECT_EQ("one\n", Content(Backup(9)));
   EXPECT_EQ("two\n", Content(file_));
+}
+
+/// A class of a user's, with what the public headers offer.
+class OwnRollingFile : public LogClientRollingFile {
+ public:
+  using LogClientRollingFile::LogClientRollingFile;
+
+  bool Rollover() override {
+    sizes.push_back(GetStream().tellp());
+    CloseFile();
+    const bool isMoved = std::rename(GetFileName().c_str(), (GetFileName() + ".own").c_str()) == 0;
+    const bool isOpen = OpenFile(false);
+    GetStream() << "limit " << GetMaxFileSize() << ", backups " << GetMaxBackup() << "\n";
+    return isMoved && isOpen;
+  }
+
+  std::vector<std::streamoff> sizes;
+};
+
+TEST_F(LogClientRollingFileTest, CanBeRolledOverByAClassOfYourOwn) {
+  OwnRollingFile client(file_, 5, 3);
+  client.SetLayout("LogLayoutMessage");
+
+  EXPECT_TRUE(client.Publish(EventWith("abcd")));
+  EXPECT_TRUE(client.Publish(EventWith("efgh")));
+  EXPECT_EQ("abcd\nefgh\n", Content(file_ + ".own"));
+  EXPECT_EQ("", Content(file_));  // Inserted text is written with the next event.
+  EXPECT_TRUE(client.Publish(EventWith("i")));
+
+  EXPECT_EQ("limit 5, backups 3\ni\n", Content(file_ + ".own"));
+  EXPECT_EQ((std::vector<std::streamoff>{10, 21}), client.sizes);
 }
 
 }  // namespace
