@@ -202,7 +202,7 @@ class Turn : public BlockingCall {
   }
 };
 
-TYPED_TEST(MutexWrapperGuardTest, LetsInWhoSleepsForATurn) {
+TYPED_TEST(MutexWrapperGuardTest, LetsThreadsInThatSleep) {
   const Guarded guarded;
   std::optional<TypeParam> held(guarded);
   Turn first(guarded);
@@ -218,7 +218,7 @@ TYPED_TEST(MutexWrapperGuardTest, LetsInWhoSleepsForATurn) {
   EXPECT_TRUE(IsFree(guarded));
 }
 
-TYPED_TEST(MutexWrapperGuardTest, LetsInWhoWasWokenForNothingAgainAndAgain) {
+TYPED_TEST(MutexWrapperGuardTest, LetsAThreadInThatIsWokenBySignals) {
   BlockingCall::CatchSignals();
   const Guarded guarded;
   std::optional<TypeParam> held(guarded);
@@ -252,7 +252,7 @@ TEST(MutexWrapperTest, LetsTurnsAndThreadGuardsInOneAtATime) {
   EXPECT_EQ(6 * kRounds, count);
 }
 
-TEST(MutexWrapperTest, LeavesErrnoToWhoWaits) {
+TEST(MutexWrapperTest, LeavesErrnoAsItWas) {
   const Guarded guarded;
   std::optional<TurnGuard> held(guarded);
   BlockingCall turn([&guarded] {
@@ -266,6 +266,25 @@ TEST(MutexWrapperTest, LeavesErrnoToWhoWaits) {
   held.reset();
 
   EXPECT_EQ(4711, turn.Result());
+}
+
+TEST(MutexWrapperTest, IsWaitedForByACancelledThread) {
+  const Guarded guarded;
+  std::optional<TurnGuard> held(guarded);
+  BlockingCall turn([&guarded] {
+    pthread_cancel(pthread_self());
+    const TurnGuard guard(guarded);
+    int before = 0;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);
+    return 1;
+  });
+  turn.Begin();
+  turn.WaitUntilBlocked();
+
+  held.reset();
+
+  EXPECT_EQ(1, turn.Result());
+  EXPECT_TRUE(IsFree(guarded));
 }
 
 timespec FromNowOn(int seconds) {
