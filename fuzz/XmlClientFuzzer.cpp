@@ -136,8 +136,8 @@ class Comparison {
   std::vector<XmlEntry> entries_;
 };
 
-/// Something that others do to the file between two events.
-void Disturb(const std::string& path, int how) {
+/// Does to the file what another program may do between two events.
+void ChangeFile(const std::string& path, int how) {
   std::error_code ignored;
   switch (how) {
     case 0:
@@ -170,7 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   bool hasEntries = false;
   while (input.remaining_bytes() > 0) {
     const int action = input.ConsumeIntegralInRange(0, 15);
-    if (action < 4 && hasEntries) Disturb(comparison.Path(), action);
+    if (action < 4 && hasEntries) ChangeFile(comparison.Path(), action);
     const timeval time{input.ConsumeIntegral<int>(), 42};
     comparison.Publish(
         LogEvent(kLevel, input.ConsumeRandomLengthString(200), "handler", "file.cpp", 42, time, 7));

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <new>
+#include <numeric>
 #include <utility>
 
 namespace Logger::Internal {
@@ -65,8 +66,7 @@ bool XmlLogDocument::Add(const XmlEntry& entry) noexcept try {
   const auto texts = {entry.level, entry.date, entry.time, entry.log};
   std::size_t size = 0;
   for (const std::string_view text : texts) size += text.size() + 1;
-  if (blocks_.size() == inherited_.value_or(0) ||
-      blocks_.back().capacity() - blocks_.back().size() < size) {
+  if (blocks_.size() == inherited_ || blocks_.back().capacity() - blocks_.back().size() < size) {
     std::string block;
     block.reserve(std::max(size, kBlockSize));
     blocks_.push_back(std::move(block));
@@ -77,28 +77,44 @@ bool XmlLogDocument::Add(const XmlEntry& entry) noexcept try {
   return false;
 }
 
+void XmlLogDocument::ContinueInChild(bool isSaved) {
+  inherited_ = blocks_.size();
+  if (isSaved) saved_ = inherited_;
+}
+
 void XmlLogDocument::InsertFurther(std::string_view saved) {
-  if (!inherited_) return;
+  if (!saved_) return;
   for (const XmlSpacing& spacing : {XmlSpacing::Unindented(), XmlSpacing::Indented()}) {
     std::string_view rest = saved;
-    if (!SkipInherited(rest, spacing)) continue;
+    if (!SkipSaved(rest, spacing)) continue;
     XmlLogDocument further("");
     for (XmlEntry entry; TakeEntry(rest, spacing, entry);) {
       if (!further.Add(entry)) throw std::bad_alloc();
     }
-    const auto ownEntries = std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(*inherited_));
-    blocks_.splice(ownEntries, further.blocks_);
+    Insert(std::move(further.blocks_));
     return;
   }
 }
 
-/// Takes the entries that this document and its parent's have in common off the front of a saved
-/// one. False when they do not stand there.
-bool XmlLogDocument::SkipInherited(std::string_view& saved, const XmlSpacing& spacing) const {
+void XmlLogDocument::Insert(std::list<std::string> further) {
+  auto collected = std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(*saved_));
+  const auto own = std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(inherited_));
+  // What the parent collected before the fork it may have saved since.
+  const std::string collectedBytes = std::accumulate(collected, own, std::string());
+  const std::string furtherBytes = std::accumulate(further.begin(), further.end(), std::string());
+  if (furtherBytes.find(collectedBytes) != std::string::npos) {
+    collected = blocks_.erase(collected, own);
+  }
+  blocks_.splice(collected, further);
+}
+
+/// Takes the entries that were in the file at the fork off the front of a saved document. False
+/// when they do not stand there.
+bool XmlLogDocument::SkipSaved(std::string_view& saved, const XmlSpacing& spacing) const {
   const std::string_view start = std::string_view(empty_).substr(0, empty_.rfind("<apitestlog"));
   bool isThere = Skip(saved, start) && Skip(saved, "<apitestlog>") && Skip(saved, spacing.lineEnd);
   auto block = blocks_.begin();
-  for (std::size_t count = *inherited_; isThere && count > 0; --count, ++block) {
+  for (std::size_t count = *saved_; isThere && count > 0; --count, ++block) {
     ForEachOf(*block, [&](const XmlEntry& entry) {
       std::string text;
       AppendEntry(text, entry, spacing);

@@ -80,8 +80,9 @@ class XmlLogDocument {
   /// Keeps a copy of the entry. False, with nothing kept, when there is no memory for it.
   bool Add(const XmlEntry& entry) noexcept;
 
-  /// In a forked child: the entries so far are those that its parent's document has as well.
-  void ContinueInChild() { inherited_ = blocks_.size(); }
+  /// In a forked child. `isSaved`: the file may be expected to have the entries so far; otherwise
+  /// the parent only collected some of them, and may save them yet.
+  void ContinueInChild(bool isSaved);
   /// Puts the entries by which a saved document of the parent's is longer before those that were
   /// added here since the fork. Nothing is changed when it is no such document. Throws
   /// std::bad_alloc, with nothing changed, when there is no memory.
@@ -103,10 +104,14 @@ class XmlLogDocument {
 
  private:
   const std::string empty_;
-  std::list<std::string> blocks_;         // Entries' texts, each with a zero byte after it.
-  std::optional<std::size_t> inherited_;  // Blocks that the parent has as well, in a child.
+  std::list<std::string> blocks_;  // Entries' texts, each with a zero byte after it.
+  // In a child: how many of the blocks were in the file, and how many there were at all at the
+  // fork.
+  std::optional<std::size_t> saved_;
+  std::size_t inherited_ = 0;
 
-  bool SkipInherited(std::string_view& saved, const XmlSpacing& spacing) const;
+  void Insert(std::list<std::string> further);
+  bool SkipSaved(std::string_view& saved, const XmlSpacing& spacing) const;
 
   template <typename Take>
   void ForEach(Take take) const {

@@ -175,10 +175,8 @@ void XmlLogFile::Add(const XmlEntry& entry, XmlLogDocument& document) {
 
 void XmlLogFile::ContinueInChild(XmlLogDocument& document) {
   Distrust();
-  if (isOurs_) {
-    owner_ = process_;
-    document.ContinueInChild();
-  }
+  document.ContinueInChild(isOurs_);
+  if (isOurs_) owner_ = process_;
   isOurs_ = false;
   parent_ = process_;
   process_ = getpid();

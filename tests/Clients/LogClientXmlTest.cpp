@@ -352,7 +352,32 @@ TEST_F(LogClientXmlTest, LeavesOutADateThatHasNoText) {
   EXPECT_EQ(Log("<entry level=\"ERROR\"><date/><time/><log>far</log></entry>"), Content(file_));
 }
 
-TEST_F(LogClientXmlTest, TakesTextsAsTheyStandWhenToldTo) {
+TEST_F(LogClientXmlTest, HasTheDateOfAYearOfFiveDigits) {
+  LogClientXml client(file_, "");
+
+  client.Publish(LogEvent(1, "far", "handler", "", 0, timeval{253402300800, 0}, 7));
+
+  EXPECT_EQ(Log("<entry level=\"ERROR\"><date>10000-01-01</date><time>00:00:00</time>"
+                "<log>far</log></entry>"),
+            Content(file_));
+}
+
+TEST_F(LogClientXmlTest, IndentsAsTheApplicationSetsItForLibxml) {
+  const char* const former = xmlTreeIndentString;
+  xmlTreeIndentString = "\t";
+  {
+    LogClientXml client(file_, "");
+    client.Publish(EventWith("one"));
+  }
+  xmlTreeIndentString = former;
+
+  EXPECT_EQ(kDeclaration +
+                "<apitestlog>\n\t<entry level=\"ERROR\">\n\t\t<date>2024-03-05</date>\n"
+                "\t\t<time>14:07:09</time>\n\t\t<log>one</log>\n\t</entry>\n</apitestlog>\n",
+            Content(file_));
+}
+
+TEST_F(LogClientXmlTest, TakesTextsAsTheyStandWhenConfiguredSo) {
   const std::vector<std::string> messages{"AT&T", "&lt;",  "&unknown;",     "&#1; &#65;",
                                           "",     "&amp;", "<a b='c'>\r\n", "\xC3\xA9"};
   const auto client = ClientWith("escapetext", "true");
@@ -375,7 +400,7 @@ TEST_F(LogClientXmlTest, ReplacesWhatXmlCannotCarryAlsoWhenTextsAreTakenAsTheySt
   EXPECT_EQ(Log(Entry("<log>a\xEF\xBF\xBD&amp;\xEF\xBF\xBD</log>")), Content(file_));
 }
 
-TEST_F(LogClientXmlTest, ReadsReferencesUnlessToldOtherwiseInThisVeryWord) {
+TEST_F(LogClientXmlTest, ReadsReferencesUnlessThePropertyIsExactlyTrue) {
   for (const char* const word : {"TRUE", "1", "yes", " true", "false"}) {
     const auto client = ClientWith("escapetext", word);
 
@@ -533,7 +558,7 @@ TEST_F(LogClientXmlTest, WritesEverythingWhenSomethingWasChanged) {
   EXPECT_EQ(Log(Entry("<log>one</log>") + Entry("<log>two</log>")), Content(file_));
 }
 
-TEST_F(LogClientXmlTest, WritesEverythingWhenAChangeIsHiddenBehindTheFormerTime) {
+TEST_F(LogClientXmlTest, WritesEverythingWhenTheFormerTimeWasSetAfterAChange) {
   LogClientXml client(file_, "");
   client.Publish(EventWith("one"));
   struct stat former {};

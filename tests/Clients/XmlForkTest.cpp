@@ -215,6 +215,32 @@ TEST_F(XmlForkTest, AGrandchildWritesWhenBothOthersHaveEnded) {
   EXPECT_EQ((Texts{"owner", "owner again", "grandchild"}), Messages());
 }
 
+TEST_F(XmlForkTest, AGrandchildHasWhatItsParentCollectedOnceWhetherThatWasSavedOrNot) {
+  for (const bool isSaved : {true, false}) {
+    RunFamily([&] {
+      client_ = std::make_unique<LogClientXml>(file_, "log.xsl");
+      Log("owner");
+      const pid_t owner = getpid();
+      Fork([&] {
+        Log("middle");
+        const pid_t middle = getpid();
+        Fork([&] {
+          WaitForEndOfParent(middle);
+          WaitForEndOf(owner);
+          Log("grandchild");
+        });
+        WaitForEndOfParent(owner);
+        if (isSaved) Log("middle again");
+      });
+      Log("owner again");
+    });
+
+    Texts expected{"owner", "owner again", "middle", "middle again", "grandchild"};
+    if (!isSaved) expected.erase(expected.begin() + 3);
+    EXPECT_EQ(expected, Messages());
+  }
+}
+
 TEST_F(XmlForkTest, AChildThatTookTheFileOverKeepsItFromItsOwnChild) {
   RunFamily([this] {
     client_ = std::make_unique<LogClientXml>(file_, "log.xsl");

@@ -112,12 +112,12 @@ class Messages {
   std::mt19937 random_;
 };
 
-/// What others may do to the file between two events.
-class Disturbance {
+/// Does to the file what another program may do between two events.
+class OtherProgram {
  public:
-  explicit Disturbance(const std::string& file) : file_(file) {}
+  explicit OtherProgram(const std::string& file) : file_(file) {}
 
-  void Happen(Messages& random) const {
+  void ChangeFile(Messages& random) const {
     const std::string content = Content(file_);
     switch (random.Below(6)) {
       case 0:
@@ -204,10 +204,10 @@ class RandomXmlLogFileTest : public XmlLogFileTest,
 
 TEST_P(RandomXmlLogFileTest, HoldsWhatLibxmlSavesAfterEveryEvent) {
   constexpr int kEvents = 150;
-  const auto [seed, escapesText, isDisturbed] = GetParam();
+  const auto [seed, escapesText, isChanged] = GetParam();
   const auto newText = escapesText ? xmlNewTextChild : xmlNewChild;
   const XmlMessages ignored(XmlMessages::Kind::Structured);
-  const Disturbance disturbance(file_);
+  const OtherProgram otherProgram(file_);
   Messages random(seed);
   PlainXmlLog plain("log.xsl");
   std::vector<std::string> texts;
@@ -228,7 +228,7 @@ TEST_P(RandomXmlLogFileTest, HoldsWhatLibxmlSavesAfterEveryEvent) {
     if (escapesText && number % 50 == 0) {
       ASSERT_EQ(texts, XmlLog(file_).Messages());
     }
-    if (isDisturbed && random.Below(6) == 0) disturbance.Happen(random);
+    if (isChanged && random.Below(6) == 0) otherProgram.ChangeFile(random);
   }
   client.reset();
 
