@@ -271,7 +271,7 @@ logclient.file.parameter.0.value = )" + folder_.Path("collected.log"));
   EXPECT_EQ("alarm - disk full\nalarm - disk full\n", Content(folder_.Path("collected.log")));
 }
 
-TEST(PagesTest, ExplainEveryLineThatTheLibraryPrints) {
+TEST_F(PagesTest, ExplainEveryLineThatTheLibraryPrints) {
   const std::string page = Content(kProject + "/docs/errors.md");
   const std::regex report("ReportError\\(\"([A-Za-z]+)\", ([0-9]+),");
   std::set<std::string> places;
