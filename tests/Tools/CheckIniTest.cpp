@@ -59,7 +59,7 @@ TEST(CheckIniTest, FindsNothingInAFileWithoutFault) {
 
 TEST(CheckIniTest, FindsTheExamplesWithoutFault) {
   CheckOptions options;
-  options.own.kinds = {"LogClientRecent"};
+  options.own.kinds = {"LogClientRecent", "LogClientDatedFile"};
   options.own.layouts = {"LayoutWithHandler"};
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(PROJECT_FOLDER "/examples")) {
