@@ -611,6 +611,31 @@ TEST(SocketWrapperTest, ClosesTheFormerSocketWhenItOpensAnother) {
   EXPECT_EQ(0, connection.client.GetPort());
 }
 
+/// Whether it is so with a descriptor for a fresh socket, and without one.
+class DisconnectedSocketTest : public testing::TestWithParam<bool> {};
+
+TEST_P(DisconnectedSocketTest, IsValidButFailsToSendUntilItIsConnected) {
+  Connection connection;
+  connection.SendFromClient("sent");
+
+  if (GetParam()) {
+    connection.client.Disconnect();
+  } else {
+    const NoDescriptorsLeft shortage;
+    connection.client.Disconnect();
+  }
+
+  EXPECT_TRUE(connection.client.IsValid());
+  EXPECT_EQ(-1, connection.SendFromClient("more"));  // The default for SIGPIPE ends the process.
+  char byte = 0;
+  EXPECT_GE(0, connection.client.Recv(&byte, 1, kOwn, 1000));
+  EXPECT_EQ("sent", ReceiveAll(connection.client, 4, connection.server.Number()));
+  EXPECT_EQ(0, connection.client.Connect(kHere, connection.listener.Port()));
+  EXPECT_EQ(4, connection.SendFromClient("more"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, DisconnectedSocketTest, testing::Bool());
+
 TEST(SocketWrapperTest, ReplacesItsConnectionByANewOne) {
   Connection connection;
   const std::size_t former = OpenSockets().size();
