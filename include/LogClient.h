@@ -60,8 +60,8 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
 
  protected:
   /// Registers what the client does in a forked child; null takes it back. A client does the first
-  /// as the last step of its constructor and the second as the first step of its destructor: a
-  /// thread that forks meanwhile then never meets half a client. The listener stays the client's.
+  /// as the last step of its constructor and the second as the first step of its destructor, so
+  /// that a fork in another thread never calls half a client. The listener stays the client's.
   void SetForkListener(LogForkListener* listener);
 
   LogLayout* layout_;  ///< Owned; may be null.

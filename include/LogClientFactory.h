@@ -12,7 +12,7 @@ class LogProperties;
 /// the log manager and knows the built-in kinds from the start.
 ///
 /// Names are compared exactly. Making clients from several threads at once is safe; registering
-/// takes no lock and must not happen meanwhile.
+/// takes no lock and must not happen at the same time.
 class LOGGER_EXPORT LogClientFactory {
  public:
   /// Makes a new client from its properties, which are gone when it returns.

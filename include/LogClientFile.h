@@ -55,7 +55,7 @@ class LOGGER_EXPORT LogClientFile : public LogClient {
   bool HasFailed() const;
 
  protected:
-  // For file clients of your own, which call these where Publish may be called.
+  // For derived file clients, which call these where Publish may be called.
 
   /// The stream to the file, with the states of a std::ofstream; tellp() is the size of the file.
   /// Inserted text is written with the next event, or by flush(). Call it each time: a forked child

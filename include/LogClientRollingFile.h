@@ -19,7 +19,7 @@
 class LOGGER_EXPORT LogClientRollingFile : public LogClientFile {
  public:
   /// Appends to `filename`. `maxFileSize` is in bytes. With `maxBackup` of 0 or less there are no
-  /// backups: a file past the limit is emptied. IsInitialize() tells whether the file opened.
+  /// backups: a file past the limit is emptied. IsInitialize() returns whether the file opened.
   LogClientRollingFile(const std::string& filename, long maxFileSize, int maxBackup);
   /// Reads what LogClientFile reads, and "filesize" (bytes) and "maxbackup", both decimal without
   /// units and 0 when missing. Always initialised, on purpose, even when the file could not be

@@ -37,7 +37,7 @@ class ForkListenerOf;
 class LOGGER_EXPORT LogClientSocket : public LogClient {
  public:
   /// Connects to the host name or address, on the low 16 bits of `serverPort`. Events of the thread
-  /// `ignoredThreadId` are dropped when it is greater than 0. IsInitialize() tells whether the
+  /// `ignoredThreadId` are dropped when it is greater than 0. IsInitialize() returns whether the
   /// server answered; a connection that failed is reported on standard error.
   LogClientSocket(std::string serverAddress, int serverPort, bool asynchronous,
                   int ignoredThreadId);
@@ -68,7 +68,7 @@ class LOGGER_EXPORT LogClientSocket : public LogClient {
   /// emptied.
   bool SendToServer(bool wait);
 
-  /// Whether the connection stands, as far as this end knows: false once the server has ended it,
+  /// Whether the connection is open, as far as this end knows: false once the server has closed it,
   /// and after a failure until Init() has connected again. After SendToServer(true), true means
   /// that the server has confirmed. The caller serialises it with Publish.
   bool IsConnected();

@@ -4,9 +4,9 @@
 
 /// What a client does in a child that the process forks.
 ///
-/// A client that shares something with its process that two processes must not share, such as a
-/// connection or a queue, has an object of a class derived from this one and registers it with
-/// LogClient::SetForkListener. A client without one goes on in the child as it is.
+/// A client with a connection, a queue or anything else that two processes must not share has an
+/// object of a class derived from this one and registers it with LogClient::SetForkListener. A
+/// client without one continues in the child as it is.
 ///
 /// Nothing is called before a fork: the forking thread holds the locks of all handlers and of the
 /// client manager across it, so a client that is written by its handler is not in the middle of

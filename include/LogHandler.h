@@ -33,12 +33,11 @@ class LivingHandlers;
 /// does, unless the application deletes them earlier. A handler never owns its receivers: detach a
 /// receiver before you delete it. Deleting a handler detaches it from all others.
 ///
-/// Any thread may call any operation at any time, except that the name must not change meanwhile
-/// and that nobody may use a handler that is being deleted. A handler publishes one event at a
-/// time, under its own lock, which it also holds while its receivers work; handlers further down
-/// are locked in turn. The lock is recursive: a receiver may log through the same handler. A tree
-/// with a cycle is not supported; an event that comes round to a handler which is just passing it
-/// on stops there.
+/// Any thread may call any operation at any time, except that no thread may use a handler while
+/// another renames or deletes it. A handler publishes one event at a time, under its own lock,
+/// which it also holds while its receivers work; handlers further down are locked in turn. The lock
+/// is recursive: a receiver may log through the same handler. A tree with a cycle is not supported;
+/// an event that returns to a handler which is still passing it on stops there.
 ///
 /// A log call leaves errno as it was, and %m in its format stands for the caller's. Nothing is
 /// thrown but what memory exhaustion, a layout or client of the application's own, or the thread's
@@ -132,15 +131,14 @@ class LOGGER_EXPORT LogHandler : public LogHandlerClient, public LibKelUtilities
 
   std::vector<LogHandlerClient*> clients_;  // Not owned, in order of attachment.
   logstring name_;
-  // Bit n is set when level n would be rejected: what the level registry, the switches below and
-  // the master switch come to. Its place is known to programs that were built with LoggerMacros.h:
-  // it must not move.
+  // Bit n is set when level n would be rejected, by the level registry, the switches below or the
+  // master switch. Programs built with LoggerMacros.h read it at this offset: it must not move.
   std::atomic<std::uint64_t> rejectedLevels_;
   std::atomic<bool> isActive_;         // The master switch, as far as `rejectedLevels_` follows it.
   std::atomic<bool> wantsToBeActive_;  // The master switch, as it was set last.
   std::atomic<std::uint64_t> disabledCommon_;   // Bit n is set when level n is switched off.
   std::vector<unsigned int> disabledUncommon_;  // Levels without a bit that are switched off.
-  LogEvent event_;  // The one under way, filled again for each. Guarded by the lock, like the next.
+  LogEvent event_;  // The present event, reused for each. Guarded by the lock, like the next.
   mutable Distribution*
       distributions_;  // Under way on the thread that holds the lock, innermost first.
 

@@ -4,7 +4,7 @@
 
 class LogEvent;
 
-/// What a handler can publish to: an output client, or another handler further down the tree.
+/// A receiver of events: an output client, or another handler further down the tree.
 class LOGGER_EXPORT LogHandlerClient {
  public:
   virtual ~LogHandlerClient();

@@ -12,7 +12,7 @@ class LogLayout;
 /// start.
 ///
 /// Names are compared exactly. Making layouts from several threads at once is safe; registering
-/// takes no lock and must not happen meanwhile.
+/// takes no lock and must not happen at the same time.
 class LOGGER_EXPORT LogLayoutFactory {
  public:
   /// Makes a new layout, which then belongs to the caller of CreateLogLayout.

@@ -26,11 +26,11 @@ class ProcessManager;
 ///
 /// There is one per process, made while the library is loaded: GetLogManager(). It ends the logging
 /// at process exit, or when the library is unloaded. First it deletes the clients, one by one,
-/// which closes their files; handlers and levels still work meanwhile, so a client's destructor can
-/// log through the clients that are left. Then every handler rejects every level. What the
-/// application logs before that moment, also from atexit handlers and static destructors, is
-/// written. A thread that goes on logging while the process exits finds the handlers still there,
-/// and gets false. Unloading deletes the handlers too.
+/// which closes their files; handlers and levels still work until then, so a client's destructor
+/// can log through the clients that are left. Then every handler rejects every level. Events logged
+/// before that moment, also from atexit handlers and static destructors, are written. A thread that
+/// keeps logging while the process exits finds the handlers still there, and gets false. Unloading
+/// deletes the handlers too.
 ///
 /// A manager that an application makes beside it has handlers and registries of its own; its
 /// handlers must not be deleted while it lives, and follow the levels of the process's manager.
@@ -87,7 +87,7 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
   std::atomic<LogLayoutFactory*> layoutFactory_;
   unsigned long handlersMade_;
 
-  static Abandoned* abandoned_;  // What Init() replaced: kept, so that it stays within reach.
+  static Abandoned* abandoned_;  // Replaced by Init() and kept, so that leak checkers find it.
 
   LogHandler* Find(const logstring& name) const;
   LogHandler* Make(const logstring& name);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Marks what leaves the library; everything else is hidden.
+/// Marks an exported symbol; all others are hidden.
 #define LOGGER_EXPORT __attribute__((visibility("default")))
 
 /// Lets the compiler check a call's arguments against its printf format. Both are positions counted

@@ -22,10 +22,10 @@ class FrameParser;
 /// Receives the events of the LogClientSockets of other processes, and publishes each to a handler
 /// or client of this one.
 ///
-/// A server takes any number of connections. It runs a thread that waits for them, and one for
-/// each; these call the target's Publish, several at a time: a LogHandler takes that, a client by
-/// itself does not. Signals are blocked in them. One thread at a time starts, stops and destroys a
-/// server; a target may stop it from within Publish, but not destroy it.
+/// A server accepts any number of connections. It runs one thread that accepts them, and one for
+/// each connection; these call the target's Publish concurrently, which is safe for a LogHandler
+/// but not for a client by itself. Signals are blocked in them. One thread at a time starts, stops
+/// and destroys a server; a target may stop it from within Publish, but not destroy it.
 ///
 /// Any peer that reaches the port can send anything: listen on an address that only trusted peers
 /// reach. A record that does not fit its frame is dropped and counted. Memory grows with what has

@@ -4,7 +4,7 @@
 
 namespace LibKelUtilities {
 
-/// Whether a moment of CLOCK_MONOTONIC, the clock that nobody sets, has come.
+/// Whether a deadline by CLOCK_MONOTONIC, a clock that is never set, has passed.
 inline bool IsOver(const timespec& deadline) {
   timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);

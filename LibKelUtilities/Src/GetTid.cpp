@@ -5,11 +5,11 @@
 
 namespace {
 
-// A thread's id never changes, and asking the kernel for it is a large part of what an event costs.
-// 0 is no thread's id: not asked yet.
+// Cached per thread: the gettid() system call is a large part of the cost of an event. 0 is no
+// thread's id and means that it was not asked yet.
 thread_local int cachedTid = 0;
 
-// Only the forking thread lives on in the child, under a new id.
+// Only the forking thread exists in the child, with a new id.
 void ForgetTid() { cachedTid = 0; }
 
 [[maybe_unused]] const int childHandler = pthread_atfork(nullptr, nullptr, ForgetTid);

@@ -12,7 +12,7 @@ namespace LibKelUtilities {
 
 namespace {
 
-/// Lets the processor know that a loop only waits.
+/// The CPU's hint for a spin loop.
 void Pause() {
 #if defined(__x86_64__) || defined(__i386__)
   __builtin_ia32_pause();
@@ -24,7 +24,7 @@ void Pause() {
 /// Takes the mutex if it becomes free within a few microseconds.
 bool TakeSoon(pthread_mutex_t* mutex) {
   constexpr int kTries = 20;
-  constexpr int kPausesBefore = 10;  // Each try takes the mutex's memory from its holder.
+  constexpr int kPausesBefore = 10;  // Each try takes the mutex's cache line from its holder.
   for (int i = 0; i < kTries; ++i) {
     for (int j = 0; j < kPausesBefore; ++j) Pause();
     if (pthread_mutex_trylock(mutex) == 0) return true;
@@ -32,18 +32,18 @@ bool TakeSoon(pthread_mutex_t* mutex) {
   return false;
 }
 
-/// Sleeps for a moment, and then tries again.
+/// Sleeps for a moment, then tries once.
 bool TakeAfterNap(pthread_mutex_t* mutex) {
   // Seconds and nanoseconds as the system call has them, whatever timespec is. The C library's
-  // function would end a cancelled thread, also within a destructor.
+  // nanosleep() is a cancellation point, which must not be within a destructor.
   constexpr std::array<long, 2> kNap{0, 50'000};
   syscall(SYS_nanosleep, kNap.data(), nullptr);
   return TakeSoon(mutex);
 }
 
-/// Spins, then naps, and at last waits in the mutex's own queue. An event holds a handler's mutex
-/// for about a microsecond, and waking a thread takes many: by measurement, two threads take 790 ns
-/// for an event to a file, and 1,020 ns without the naps.
+/// Spins, then sleeps for short times, and at last blocks. An event holds a handler's mutex for
+/// about a microsecond, and waking a blocked thread takes many: two threads were measured at 790 ns
+/// for an event to a file, and at 1,020 ns without the short sleeps.
 [[gnu::cold, gnu::noinline]] void WaitFor(pthread_mutex_t* mutex) {
   constexpr int kNaps = 50;
   const int errnoBefore = errno;

@@ -32,7 +32,7 @@ bool BindDescriptor(int descriptor, const addrinfo& address) {
          bind(descriptor, address.ai_addr, address.ai_addrlen) == 0;
 }
 
-/// Errors of accept() that pass without the listening socket's being at fault.
+/// Errors of accept() that concern one connection, not the listening socket.
 bool IsLostConnection(int error) {
   return error == EINTR || error == ECONNABORTED || error == EPROTO;
 }
@@ -50,15 +50,15 @@ void WriteAddress(const sockaddr_storage& address, socklen_t addressSize, char* 
   text[length] = '\0';
 }
 
-/// A moment up to which something may take, however often it is interrupted.
+/// The end of a timeout that spans several system calls.
 class Deadline {
  public:
-  /// A negative number of milliseconds never ends.
+  /// A negative number of milliseconds means no limit.
   explicit Deadline(int milliseconds) : isEndless_(milliseconds < 0) {
     if (!isEndless_) end_ = Clock::now() + std::chrono::milliseconds(milliseconds);
   }
 
-  /// What is left, as poll() takes it.
+  /// The remaining time as a timeout for poll().
   int MillisecondsLeft() const {
     if (isEndless_) return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - Clock::now()).count();
@@ -73,7 +73,7 @@ class Deadline {
 
 /// Waits until the descriptor is ready for the events. False when the time is over or on an error.
 bool WaitFor(short events, int descriptor, const Deadline& deadline) {
-  if (descriptor < 0) {  // Which poll() would take for nothing to wait for.
+  if (descriptor < 0) {  // poll() would ignore it.
     errno = EBADF;
     return false;
   }
@@ -86,7 +86,7 @@ bool WaitFor(short events, int descriptor, const Deadline& deadline) {
   return ready > 0;
 }
 
-/// Whether the descriptor was shut down, or is within so many milliseconds.
+/// Whether the descriptor is shut down, now or within this time.
 bool HasHungUp(int descriptor, int milliseconds) {
   return WaitFor(0, descriptor, Deadline(milliseconds));
 }
@@ -97,10 +97,10 @@ ssize_t SendAndCount(int descriptor, const char* bytes, std::size_t size, std::s
   return taken;
 }
 
-/// Sends what there is room for, without waiting. A cancelled thread does not end between the
-/// sending and the counting.
+/// Sends as much as fits into the socket's buffer. A cancelled thread does not end between sending
+/// and counting.
 ssize_t SendWithoutWaiting(int descriptor, const char* bytes, std::size_t size, std::size_t& sent) {
-  // There is nobody to cancel the only thread.
+  // The only thread of a process cannot be cancelled.
   if (__libc_single_threaded != 0) return SendAndCount(descriptor, bytes, size, sent);
   int former = PTHREAD_CANCEL_ENABLE;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
@@ -111,7 +111,7 @@ ssize_t SendWithoutWaiting(int descriptor, const char* bytes, std::size_t size, 
   return taken;
 }
 
-/// Sends all bytes in time, and counts those that are on their way.
+/// Sends all bytes up to the deadline, and counts those that were sent.
 bool SendOn(int descriptor, const void* data, std::size_t size, std::size_t& sent,
             const Deadline& deadline) {
   const char* const bytes = static_cast<const char*>(data);
@@ -130,7 +130,7 @@ bool SetBlocking(int descriptor, bool isBlocking) {
          fcntl(descriptor, F_SETFL, isBlocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK) == 0;
 }
 
-/// Whether a connect() that goes on by itself comes to a good end.
+/// Whether a connect() in progress succeeds up to the deadline.
 bool FinishConnect(int descriptor, const Deadline& deadline) {
   if (!WaitFor(POLLOUT, descriptor, deadline)) return false;
   int result = 0;
@@ -146,7 +146,7 @@ bool ConnectDescriptor(int descriptor, const addrinfo& address, int timeout) {
   if (isLimited && !SetBlocking(descriptor, false)) return false;
   const Deadline deadline(timeout);
   const bool isConnected = connect(descriptor, address.ai_addr, address.ai_addrlen) == 0;
-  // An interrupted one goes on by itself, as one does that is not waited for.
+  // An interrupted connect() continues in the background, like a non-blocking one.
   const bool goesOn = errno == EINTR || errno == EINPROGRESS;
   if (!isConnected && !(goesOn && FinishConnect(descriptor, deadline))) return false;
   return !isLimited || SetBlocking(descriptor, true);
@@ -158,7 +158,7 @@ SocketWrapper::SocketWrapper(int type) : descriptor_(-1), lastError_(0) { Open(t
 
 SocketWrapper::~SocketWrapper() { Replace(-1); }
 
-/// Also called by destructors, which a cancelled thread cannot leave: close() must not end it.
+/// Also called by destructors, where close() must not act as a cancellation point.
 void SocketWrapper::Replace(int descriptor) {
   int former = PTHREAD_CANCEL_ENABLE;
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former);
@@ -248,7 +248,7 @@ int SocketWrapper::AcceptWithin(char* peerAddress, int size, int timeout) {
       return accepted;
     }
     if (IsShortage(errno)) {
-      // While it lasts, accept() does not even tell that the socket was shut down.
+      // accept() does not report a shutdown while there are no descriptors.
       if (HasHungUp(descriptor_, kPauseWithoutDescriptors)) return Fail(EINVAL);
       if (timeout >= 0 && deadline.MillisecondsLeft() == 0) return kNothingCame;
     } else if (!IsLostConnection(errno)) {
@@ -275,8 +275,8 @@ bool SocketWrapper::SendAll(const void* data, std::size_t size, std::size_t& sen
 }
 
 void SocketWrapper::PushPending() {
-  // Held back is what a packet that was not acknowledged yet may soon be joined with; switching
-  // that off sends it.
+  // Nagle's algorithm holds a short segment back until the former one is acknowledged; switching it
+  // off sends the segment.
   for (const int isPushed : {1, 0}) {
     setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &isPushed, sizeof isPushed);
   }

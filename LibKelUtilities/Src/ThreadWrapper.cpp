@@ -45,8 +45,7 @@ struct ThreadWrapper::Run {
   std::condition_variable ended;
   bool hasEnded = false;
 
-  /// Tells the waiter that the function is over, also when the thread was cancelled or left by
-  /// pthread_exit.
+  /// Wakes the waiting thread at the end of the function, also after cancellation or pthread_exit.
   struct EndMark {
     Run& run;
     ~EndMark() {
@@ -81,7 +80,7 @@ ThreadWrapper::~ThreadWrapper() {
   if (run_ != nullptr && !WasLeftInParent()) pthread_detach(run_->thread);
 }
 
-/// Whether the thread was left behind in the parent of a forked process; it is forgotten then.
+/// Whether the thread exists only in the parent of this process; it is forgotten then.
 bool ThreadWrapper::WasLeftInParent() {
   if (run_->process == getpid()) return false;
   run_.reset();
@@ -97,7 +96,7 @@ int ThreadWrapper::StartThread(ThreadFunction function, void* argument,
   run->argument = argument;
   if (name != nullptr) run->name.assign(name, strnlen(name, kNameLimit));
 
-  // The application's signals are for its own threads. Errors of a thread stay its own.
+  // Signals stay with the application's threads, except for synchronous ones like SIGSEGV.
   const SignalsBlocked blocked;
   auto handedOver = std::make_unique<std::shared_ptr<Run>>(run);
   pthread_t thread;

@@ -8,7 +8,7 @@
 
 namespace Logger::Internal {
 
-/// An open file, closed with the object. Programs that the process starts do not inherit it.
+/// An open file, closed with the object and close-on-exec.
 class FileDescriptor {
  public:
   FileDescriptor();
@@ -25,7 +25,7 @@ class FileDescriptor {
   /// False when there is no open file, or the system reported an error of the file's.
   bool Close();
 
-  /// Writes it all, with one system call unless the kernel takes only a part.
+  /// Writes all bytes, with one system call unless that is a short write.
   [[gnu::always_inline]] bool Write(const char* data, std::size_t size) const {
     while (size > 0) {
       const ssize_t written = write(descriptor_, data, size);

@@ -24,7 +24,7 @@ bool FileBuffer::Open(const std::string& fileName, bool append) {
 
 bool FileBuffer::Close() {
   const CancellationHold
-      hold;  // Also called by destructors, which a cancelled thread cannot leave.
+      hold;  // Also called by destructors, where there must be no cancellation point.
   const bool isWritten = WriteCollected();
   return file_.Close() && isWritten;
 }

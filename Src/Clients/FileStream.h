@@ -24,16 +24,16 @@ class FileBuffer : public std::streambuf {
   /// False when there is no open file, or the system reported an error of the file's.
   bool Close();
 
-  /// Writes what was collected, with one system call unless the kernel takes only a part. What
-  /// could not be written is dropped. (Inlined, like the other steps to the system call: it clears
-  /// the CPU's return predictor.)
+  /// Writes what was collected, with one system call unless that is a short write. What could not
+  /// be written is dropped. (Inlined, like the other steps to the system call, which clears the
+  /// CPU's return predictor.)
   [[gnu::always_inline]] bool WriteCollected() {
     const ClearAtEnd clear(collected_);
     return file_.Write(collected_.Data(), collected_.Size());
   }
   void DropCollected() { collected_.Clear(); }
-  /// What was collected, to append to; null when there is no open file, or a layout has set another
-  /// locale.
+  /// The collected bytes, to append to; null when there is no open file, or a layout has set
+  /// another locale.
   ByteBuffer* Collected() { return IsOpen() && isClassic_ ? &collected_ : nullptr; }
 
   /// Where the next byte goes, after what was collected; -1 when the file has no position.

@@ -4,9 +4,8 @@
 
 namespace Logger::Internal {
 
-/// Calls a built-in client's own ContinueInChild. An object of its own, made when the client is
-/// complete and deleted first: a base class of the client would move the client's virtual
-/// functions.
+/// Calls a built-in client's own ContinueInChild. A separate object, made when the client is
+/// complete and deleted first: as a base class it would change the client's virtual table.
 template <typename Client>
 class ForkListenerOf : public LogForkListener {
  public:

@@ -24,7 +24,7 @@ LibxmlErrorGuard::LibxmlErrorGuard()
   xmlSetStructuredErrorFunc(&ranOutOfMemory_, [](void* ranOutOfMemory, auto* error) {
     if (error->code == XML_ERR_NO_MEMORY) *static_cast<bool*>(ranOutOfMemory) = true;
   });
-#if LIBXML_VERSION < 21200    // Later releases let nobody put an error back.
+#if LIBXML_VERSION < 21200    // Later releases cannot restore an error.
   lastError_ = xmlLastError;  // With the texts that it owns.
   xmlLastError = xmlError{};
 #endif

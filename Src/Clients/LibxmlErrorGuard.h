@@ -4,9 +4,8 @@
 
 namespace Logger::Internal {
 
-/// Keeps libxml2 from reporting anything on the calling thread, for the time of its scope.
-/// Afterwards the application's own handlers, and the last error that it may want to look at, are
-/// what they were.
+/// Keeps libxml2 from reporting anything on the calling thread during its scope, then restores the
+/// application's own error handlers and the last error.
 class LibxmlErrorGuard {
  public:
   LibxmlErrorGuard();
@@ -15,8 +14,8 @@ class LibxmlErrorGuard {
   LibxmlErrorGuard(const LibxmlErrorGuard&) = delete;
   LibxmlErrorGuard& operator=(const LibxmlErrorGuard&) = delete;
 
-  /// Whether libxml2 got no memory for something meanwhile. It then leaves out a part of what it
-  /// makes, with no other sign in most of its results.
+  /// Whether libxml2 ran out of memory since the guard was made. Most of its results are then
+  /// incomplete without any other sign.
   bool RanOutOfMemory() const { return ranOutOfMemory_; }
 
  private:

@@ -18,8 +18,8 @@ bool LogClientConsole::Publish(const LogEvent& event) {
     layout_->FormatAndAppend(std::cout, event);
     std::cout.flush();
   } catch (...) {
-    // The stream turns the cancellation of a thread that waits in it into an error of its own, and
-    // would write nothing more. A cancellation has no exception object.
+    // A stream that is cancelled within a write sets its badbit and would write nothing more. A
+    // cancellation has no exception object.
     const bool isCancelled = std::current_exception() == nullptr;
     if (isCancelled) std::cout.clear(stateBefore);
     throw;

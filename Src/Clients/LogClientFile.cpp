@@ -17,9 +17,9 @@ using Logger::Internal::ForkListenerOf;
 
 namespace {
 
-/// Appends the line of a built-in layout without the stream's insertions, which take longer than
-/// all the rest of it. False when the stream would write something else, or memory ran out. (Not
-/// inlined, so that Publish itself needs few registers.)
+/// Appends the line of a built-in layout without the stream's slow insertions. False when the
+/// stream would write something else, or memory ran out. (Not inlined, so that Publish itself needs
+/// few registers.)
 [[gnu::noinline]] bool AppendDirectly(const LogLayout& layout, FileStream& stream,
                                       const LogEvent& event) {
   ByteBuffer* const bytes = stream.PlainText();
@@ -82,7 +82,7 @@ void LogClientFile::CloseFile() {
 }
 
 bool LogClientFile::OpenFile(bool append) {
-  const CancellationHold hold;  // A thread that ended in open() would leave no open file.
+  const CancellationHold hold;  // A thread cancelled in open() would leave no open file.
   stream_->Open(filename_, append);
   const bool isOpen = stream_->good();
   if (isOpen) initialized_ = true;
@@ -90,7 +90,7 @@ bool LogClientFile::OpenFile(bool append) {
 }
 
 [[gnu::cold, gnu::noinline]] void LogClientFile::Reopen() {
-  const CancellationHold hold;  // A thread that ended on the way would leave no open file.
+  const CancellationHold hold;  // A thread cancelled in between would leave no open file.
   isReopenDue_ = false;
   CloseFile();
   if (!OpenFile(true) && !filename_.empty()) isReopenDue_ = true;

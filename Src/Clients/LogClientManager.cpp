@@ -57,7 +57,7 @@ void LogClientManager::Clear() {
 }
 
 /// Takes each client out of its handlers and deletes it. False when some are left, because another
-/// thread held one of their handlers up to the deadline, or made them meanwhile.
+/// thread held one of their handlers up to the deadline, or made new clients.
 bool LogClientManager::DetachAndDelete(const timespec& deadline) {
   const ThreadGuard guard(GetMutex());
   for (const Entry& present : std::list<Entry>(clients_)) {

@@ -56,8 +56,7 @@ LogClientRollingFile::LogClientRollingFile(const LogProperties& properties)
 
 LogClientRollingFile::~LogClientRollingFile() = default;
 
-// With the file client's Publish inlined: after a system call returns are mispredicted, and there
-// would be one more.
+// With the file client's Publish inlined: every return after a system call is mispredicted.
 [[gnu::flatten]] bool LogClientRollingFile::Publish(const LogEvent& event) {
   if (!LogClientFile::Publish(event)) return false;
   if (stream_->Position() <= maxFileSize_) return true;
@@ -65,7 +64,7 @@ LogClientRollingFile::~LogClientRollingFile() = default;
 }
 
 [[gnu::cold, gnu::noinline]] bool LogClientRollingFile::Rollover() {
-  const CancellationHold hold;  // A thread that ended on the way would leave no open file.
+  const CancellationHold hold;  // A thread cancelled in between would leave no open file.
   const bool keepsBackups = maxBackup_ > 0;
   if (keepsBackups) RolloverFiles();
   CloseFile();

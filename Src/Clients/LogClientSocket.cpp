@@ -29,12 +29,12 @@ int TimeoutOf(const logstring& text) {
   return milliseconds > 0 ? milliseconds : SocketWrapper::kNoTimeout;
 }
 
-/// Marks queue and batch as being changed, up to the end of the scope. A child that another thread
-/// forks meanwhile finds the mark.
+/// Marks queue and batch as being changed during its scope, for a child that another thread forks
+/// in that time.
 class ChangeMark {
  public:
   explicit ChangeMark(std::atomic<bool>& isChanging) : isChanging_(isChanging) {
-    isChanging_.exchange(true, std::memory_order_acquire);  // No change comes before it.
+    isChanging_.exchange(true, std::memory_order_acquire);  // No change is reordered before it.
   }
   ~ChangeMark() { isChanging_.store(false, std::memory_order_release); }
 
@@ -45,8 +45,8 @@ class ChangeMark {
   std::atomic<bool>& isChanging_;
 };
 
-/// Ends a connection at the end of the scope if a frame was sent in part: the server would take the
-/// next bytes for the rest of it. Also when the sending thread is cancelled.
+/// Ends a connection at the end of the scope if a frame was sent in part: the server would read the
+/// next bytes as the rest of it. Also when the sending thread is cancelled.
 class DisconnectInMidFrame {
  public:
   DisconnectInMidFrame(SocketWrapper& socket, const FrameBatch& batch, const std::size_t& sent)
@@ -64,8 +64,8 @@ class DisconnectInMidFrame {
   const std::size_t& sent_;
 };
 
-/// Ends a connection at the end of the scope unless the answer has come: a late one would be taken
-/// for the answer to the next question. Also when the waiting thread is cancelled.
+/// Ends a connection at the end of the scope unless the answer has arrived: a late answer would be
+/// read as the next one. Also when the waiting thread is cancelled.
 class DisconnectUnlessAnswered {
  public:
   explicit DisconnectUnlessAnswered(SocketWrapper& socket) : socket_(socket) {}
@@ -225,7 +225,7 @@ LogClientSocket::BatchResult LogClientSocket::SendBatch() {
           frame};
 }
 
-/// Waits for the one byte by which the server confirms that it has taken everything. Its value does
+/// Waits for the byte by which the server confirms that it has received everything. Its value does
 /// not matter.
 void LogClientSocket::AwaitAnswer() {
   socket_.PushPending();
@@ -237,8 +237,8 @@ void LogClientSocket::AwaitAnswer() {
 
 void LogClientSocket::ContinueInChild(bool wasBusy) {
   isConnectionDue_ = initialized_;
-  // The connection is the parent's. It is not shut down, and its descriptor here makes room for the
-  // fresh one.
+  // The connection is the parent's: this descriptor is closed without a shutdown, before a fresh
+  // socket is opened.
   socket_.Close();
   static_cast<void>(socket_.Open(SocketWrapper::kStream));
   if (wasBusy || isChanging_.exchange(false)) {  // In any state: they cannot be destroyed.

@@ -132,7 +132,7 @@ void LogClientXml::Init(const std::string& xslfilename) {
 
 bool LogClientXml::Publish(const LogEvent& event) {
   if (!initialized_ || filename_.empty()) return false;
-  const CancellationHold hold;  // Neither libxml2 nor the file can be left in the middle of it.
+  const CancellationHold hold;  // A cancellation would leave libxml2 and the file half changed.
   const auto references = escapesText_ ? XmlReferences::AreText : XmlReferences::AreRead;
   const EventEntry entry(event, references, *document_);
   if (!entry.IsComplete()) return true;  // As with a save that fails, nothing is reported.
@@ -150,8 +150,8 @@ void LogClientXml::ContinueInChild(bool wasBusy) {
     return;
   }
   initialized_ = false;
-  filename_.clear();    // Init() makes nothing of it either.
-  document_ = nullptr;  // What could be freed of it is not known.
+  filename_.clear();    // So that Init() fails as well.
+  document_ = nullptr;  // Leaked: it may be half changed.
   root_ = nullptr;
   static_cast<void>(entries_.release());
 }

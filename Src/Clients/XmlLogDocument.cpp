@@ -99,7 +99,7 @@ void XmlLogDocument::InsertFurther(std::string_view saved) {
 void XmlLogDocument::Insert(std::list<std::string> further) {
   auto collected = std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(*saved_));
   const auto own = std::next(blocks_.begin(), static_cast<std::ptrdiff_t>(inherited_));
-  // What the parent collected before the fork it may have saved since.
+  // The parent may have saved since what it had only collected at the fork.
   const std::string collectedBytes = std::accumulate(collected, own, std::string());
   const std::string furtherBytes = std::accumulate(further.begin(), further.end(), std::string());
   if (furtherBytes.find(collectedBytes) != std::string::npos) {

@@ -22,7 +22,7 @@ struct XmlEntry {
   std::string_view log;
 };
 
-/// What stands between the tags of a document that libxml2 saves.
+/// The white space between the tags of a document that libxml2 saves.
 struct XmlSpacing {
   std::string_view lineEnd;
   std::string_view indent;
@@ -67,11 +67,11 @@ void AppendEntry(Out& out, const XmlEntry& entry, const XmlSpacing& spacing) {
   out.append(spacing.lineEnd);
 }
 
-/// The document of an XML log, kept as texts. To make nodes of an entry would take longer than to
-/// write it to the file, and ten times the memory.
+/// The document of an XML log, kept as text: nodes would take ten times the memory, and more time
+/// than writing the entry to the file.
 class XmlLogDocument {
  public:
-  /// What ends every saved document that has entries.
+  /// The end of every saved document that has entries.
   static constexpr std::string_view kEnd = "</apitestlog>\n";
 
   /// Begins without entries. `empty` is such a document as libxml2 saves it.
@@ -80,11 +80,11 @@ class XmlLogDocument {
   /// Keeps a copy of the entry. False, with nothing kept, when there is no memory for it.
   bool Add(const XmlEntry& entry) noexcept;
 
-  /// In a forked child. `isSaved`: the file may be expected to have the entries so far; otherwise
-  /// the parent only collected some of them, and may save them yet.
+  /// In a forked child. `isSaved`: the file has the entries so far; otherwise the parent only
+  /// collected some of them, and may still save them.
   void ContinueInChild(bool isSaved);
-  /// Puts the entries by which a saved document of the parent's is longer before those that were
-  /// added here since the fork. Nothing is changed when it is no such document. Throws
+  /// Inserts the entries that the parent saved after the fork before those that were added here.
+  /// Nothing is changed when `saved` is no document of the parent's. Throws
   /// std::bad_alloc, with nothing changed, when there is no memory.
   void InsertFurther(std::string_view saved);
 

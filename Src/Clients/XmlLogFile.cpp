@@ -25,8 +25,8 @@ namespace Logger::Internal {
 
 namespace {
 
-/// Whether libxml2, too, takes the name for just this file. It has other ideas about URLs, escapes
-/// and a lone hyphen, and may compress.
+/// Whether libxml2 opens exactly the file of this name: it treats URLs, escapes and "-" specially,
+/// and may compress.
 bool IsPlain(const std::string& fileName) {
   return fileName != "-" && fileName.find_first_of("%:") == std::string::npos &&
          xmlGetCompressMode() == 0;
@@ -45,7 +45,7 @@ class BufferWriter {
   ByteBuffer& buffer_;
 };
 
-/// Writes appended text by the page, so that saving a document needs no memory.
+/// Writes appended text in pages, so that saving a document allocates no memory.
 class PageWriter {
  public:
   explicit PageWriter(const FileDescriptor& file) : file_(file) {}
@@ -79,7 +79,7 @@ class PageWriter {
   bool isWritten_ = true;
 };
 
-/// Gives appended text to libxml2, for whatever file it makes of the name.
+/// Passes appended text to libxml2, which opens the file by its own rules for names.
 class LibxmlWriter {
  public:
   explicit LibxmlWriter(const std::string& fileName)
@@ -127,7 +127,8 @@ bool IsEarlier(const timespec& one, const timespec& other) {
   return one.tv_sec != other.tv_sec ? one.tv_sec < other.tv_sec : one.tv_nsec < other.tv_nsec;
 }
 
-/// Whether the time stamps of the file are this kernel's. Other machines' are by other clocks.
+/// Whether this kernel makes the file's time stamps; those of a network file system have another
+/// clock.
 bool HasStampsOfThisKernel(int descriptor) {
   struct statfs system;
   if (fstatfs(descriptor, &system) != 0) return false;
@@ -135,8 +136,8 @@ bool HasStampsOfThisKernel(int descriptor) {
          system.f_type == BTRFS_SUPER_MAGIC || system.f_type == TMPFS_MAGIC;
 }
 
-/// Whether a stamp of this kernel that was just made is finer than its clock's ticks. A kernel that
-/// makes such ones gives each change after a stat() a stamp of its own.
+/// Whether a new stamp is finer than the kernel's clock ticks. A kernel with such stamps gives each
+/// change after a stat() a different one.
 bool IsFine(const timespec& stamp) {
   timespec tick;
   timespec now;
@@ -187,7 +188,7 @@ bool XmlLogFile::IsOurs(XmlLogDocument& document) noexcept try {
   document.InsertFurther(Content());
   return isOurs_ = true;
 } catch (const std::bad_alloc&) {
-  return false;  // Without what the parent logged, a save would delete that.
+  return false;  // A save would delete what the parent logged.
 }
 
 /// The parent's id was noted before the fork: it may have ended before the child could ask for it.
@@ -198,7 +199,7 @@ bool XmlLogFile::HaveOthersEnded() const {
   return owner_ == parent_ || (kill(owner_, 0) != 0 && errno == ESRCH);
 }
 
-/// What the file contains; nothing when it cannot be read.
+/// The file's content; empty when it cannot be read.
 std::string XmlLogFile::Content() const {
   struct stat now;
   if (!IsPlain(fileName_) || stat(fileName_.c_str(), &now) != 0 || !S_ISREG(now.st_mode)) return "";
@@ -253,7 +254,7 @@ bool XmlLogFile::Open() {
   const bool isRegular = stat(fileName_.c_str(), &former) != 0 || S_ISREG(former.st_mode);
   changesShow_ = false;
   isReadable_ = isRegular && descriptor_.Open(fileName_, O_RDWR | O_TRUNC);
-  // Without this a read would change the file's time of access, which takes longer than to read.
+  // Updating the access time would take longer than the read.
   if (isReadable_) static_cast<void>(fcntl(descriptor_.Get(), F_SETFL, O_NOATIME));
   return isReadable_ || descriptor_.Open(fileName_, O_WRONLY | O_TRUNC);
 }

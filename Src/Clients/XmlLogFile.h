@@ -16,10 +16,10 @@ struct XmlSpacing;
 
 /// Keeps a file equal to a growing document, as libxml2 would save it.
 ///
-/// As long as the file is the one that was written here last, only the new entry is written, over
-/// the closing tag that it moves. When it is not (it was never written, or is another one, or
-/// another program changed it, or the last attempt failed), the whole document is written. Failures
-/// are not reported: the next save makes up for them.
+/// While the file is as it was last written here, only the new entry is written, over the closing
+/// tag, which moves. Otherwise (never written, replaced, changed by another program, or the last
+/// attempt failed) the whole document is written. Failures are not reported: the next save writes
+/// what is missing.
 class XmlLogFile {
  public:
   explicit XmlLogFile(const std::string& fileName);

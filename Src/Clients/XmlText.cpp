@@ -34,8 +34,8 @@ bool IsPlain(std::string_view text) {
   });
 }
 
-/// The lengths of UTF-8: what its first byte says, and the smallest code point that needs so many
-/// bytes.
+/// A length of UTF-8 sequences: the first byte's pattern, and the smallest code point of that
+/// length.
 struct Form {
   std::size_t length;
   std::uint32_t bits;  // Of the code point, in the first byte.
@@ -159,7 +159,7 @@ std::string_view AttributeValue(std::string_view text, std::string& made) {
 
 std::optional<std::string_view> ElementContent(std::string_view text, XmlReferences references,
                                                xmlDoc& document, std::string& made) {
-  // Of an element without text there are two forms.
+  // An element without text is saved in one of two forms.
   if (!text.empty() && IsPlain(text)) return text;
   const bool areRead =
       references == XmlReferences::AreRead && text.find('&') != std::string_view::npos;

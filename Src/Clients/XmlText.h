@@ -8,7 +8,7 @@
 
 namespace Logger::Internal {
 
-/// What an ampersand in a text is: the start of a reference, or an ampersand.
+/// The meaning of an ampersand in a text: the start of a reference, or an ampersand.
 enum class XmlReferences { AreRead, AreText };
 
 /// The content of an element that is saved as `<log/>`. No document contains this byte.

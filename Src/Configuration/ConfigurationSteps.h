@@ -7,8 +7,7 @@ class LogProperties;
 
 namespace Logger::Internal {
 
-/// Whether a client whose layout is not known is attached all the same, with no layout to write
-/// with.
+/// Whether a client whose layout is not known is attached without a layout.
 enum class UnknownLayout { LeaveUnattached, Attach };
 
 /// Makes a client, gives it the layout (an empty name: the one it has), and attaches it to the

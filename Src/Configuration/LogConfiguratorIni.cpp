@@ -104,7 +104,7 @@ bool LogConfiguratorIni::BuildLogTree() {
   for (auto name = names.begin(); name != names.end() - 1; ++name) {
     if (Logger::GetExistingLogHandler(*name) != nullptr) BuildLogTree(*name);
   }
-  // Only the last one is made when there is none, on purpose.
+  // Only the last handler is made when it does not exist, on purpose.
   Logger::GetLogHandler(names.back());
   return BuildLogTree(names.back());
 }

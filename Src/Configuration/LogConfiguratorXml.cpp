@@ -151,7 +151,7 @@ bool LogConfiguratorXml::SetLogClient() {
 }
 
 /// Makes and attaches one client. False when the element lacks what every client must have; a
-/// client that is left out for another reason is none.
+/// client left out for another reason gives true.
 bool LogConfiguratorXml::SetLogClient(xmlNode* element) {
   logstring handlerName;
   if (!GetAttribute(FirstNamed("clientloghandler", element->children), "handlername",

@@ -11,11 +11,11 @@ namespace Logger::Internal {
 
 /// An event's fields where they stand: the getters return copies.
 struct EventAccess {
-  /// Fill an event, into the memory that its texts have from before.
+  /// Fills an event, reusing the memory of its texts.
   static void SetTexts(LogEvent& event, std::string_view message, std::string_view handlerName,
                        std::string_view fileName) {
     event.message_ = message;
-    // These two are mostly what they were.
+    // These two seldom change.
     if (event.handlerName_ != handlerName) event.handlerName_ = handlerName;
     if (event.fileName_ != fileName) event.fileName_ = fileName;
   }
@@ -27,7 +27,7 @@ struct EventAccess {
     event.threadId_ = threadId;
   }
 
-  /// Lets go of the memory of texts that were longer than most.
+  /// Frees the memory of unusually long texts.
   static void GiveBackMuchMemory(LogEvent& event) {
     constexpr std::size_t kLargestKept = 4096;
     for (logstring* text : {&event.message_, &event.handlerName_, &event.fileName_}) {

@@ -16,7 +16,7 @@ using namespace WireFormat;
 
 namespace {
 
-/// Lays a record down piece by piece, as far as there is room.
+/// Writes a record piece by piece, as far as there is room.
 class Printer {
  public:
   Printer(char* record, std::size_t size) : next_(record), end_(record + size) {}
@@ -48,8 +48,8 @@ bool HasZeroByte(const logstring& text) {
   return std::memchr(text.data(), '\0', text.size()) != nullptr;
 }
 
-/// Lays the texts down as one print of all of them, with a place for each integer, would do: each
-/// is cut at its first zero byte, what follows moves up, and zero bytes make up for the rest.
+/// Writes the texts as one printf of all of them would, with a place for each integer: each is cut
+/// at its first zero byte, the following ones move up, and zero bytes fill the rest.
 void PrintCutTexts(const Texts& texts, char* record, std::size_t size) {
   std::memset(record, 0, size);
   Printer printer(record, size);
@@ -66,7 +66,7 @@ class RecordReader {
  public:
   RecordReader(const char* record, long long size) : record_(record), size_(size) {}
 
-  /// False once anything was looked for outside of the record; what was found then means nothing.
+  /// False once a read was out of the record's bounds; its results are then meaningless.
   bool IsInside() const { return isInside_; }
 
   int Integer(long long place) {

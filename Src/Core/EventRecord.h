@@ -10,8 +10,8 @@ namespace Logger::Internal {
 /// How many bytes the event's record has.
 std::size_t RecordSize(const LogEvent& event);
 
-/// Writes the record to as many bytes. A text with a zero byte is cut there, what follows moves up,
-/// and zero bytes make up for the rest.
+/// Writes the record to that many bytes. A text with a zero byte is cut there, the following ones
+/// move up, and zero bytes fill the rest.
 void WriteRecord(const LogEvent& event, char* record);
 
 /// Reads a record of `size` bytes into `event`. A length of 0 or less stands for an empty text.

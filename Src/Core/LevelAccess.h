@@ -6,10 +6,9 @@
 
 namespace Logger::Internal {
 
-/// What the library itself asks of a level registry.
+/// Access to a level registry for the library itself.
 struct LevelAccess {
-  /// The level's name where it stands, which is for the registry's life; an empty text when the
-  /// number is not registered.
+  /// The level's name, valid for the registry's life; empty when the number is not registered.
   static const logstring& Name(const LogLevelManager& levels, unsigned int level);
 
   /// Levels below this number are looked up without a search, and have bits in words.

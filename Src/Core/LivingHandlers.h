@@ -17,8 +17,8 @@ struct LivingHandler {
 /// The list has a lock of its own. A thread that holds a handler's lock may take it, so a thread
 /// that holds the list takes a handler's lock only by HoldUntil, with a deadline.
 ///
-/// What a handler publishes to changes under both locks, the handler's and the list's: either is
-/// enough to read it. So a handler can be asked for its receivers while a thread hangs in it.
+/// A handler's receivers change under both locks, the handler's and the list's: either is enough to
+/// read them. So they can be read while a thread is stuck in the handler.
 class LivingHandlers {
  public:
   /// Holds the list for a scope.

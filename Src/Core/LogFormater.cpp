@@ -32,6 +32,6 @@ void LogFormater::Log(LogHandler* logger, const char* format, ...) {
   const FormattedText text(format, arguments);
   va_end(arguments);
   if (text.Text() == nullptr) return;
-  // What the handler's filter says concerns nobody here.
+  // The result only says whether the level was filtered out.
   static_cast<void>(logger->DebugLogForce(level_, file_, line_, text.Text()));
 }

@@ -13,7 +13,7 @@ class ProcessLevels {
  public:
   /// From now on this registry decides which levels are registered; null ends the logging.
   static void Follow(LogLevelManager* registry) noexcept;
-  /// A registry has a further level; that of some other registry changes nothing.
+  /// Passes on that a registry has a further level; only the process's registry counts.
   static void LevelAdded(const LogLevelManager& registry) noexcept;
 
   /// Whether the level is registered.

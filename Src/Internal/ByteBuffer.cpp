@@ -8,9 +8,9 @@ namespace Logger::Internal {
 ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
 
 [[gnu::cold, gnu::noinline]] void ByteBuffer::Grow(std::size_t count) {
-  // With some room behind: what follows a long text is short.
-  constexpr std::size_t kRoomBehind = 256;
-  const std::size_t needed = size_ + count + kRoomBehind;
+  // Some spare room: a long text is followed by short ones.
+  constexpr std::size_t kSpareRoom = 256;
+  const std::size_t needed = size_ + count + kSpareRoom;
   const std::size_t capacity = size_ < kLargestKept ? std::max(needed, 2 * capacity_) : needed;
   std::unique_ptr<char[]> grown(new char[capacity]);
   if (size_ > 0) std::memcpy(grown.get(), bytes_.get(), size_);

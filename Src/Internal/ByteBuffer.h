@@ -5,8 +5,7 @@
 
 namespace Logger::Internal {
 
-/// Bytes that are collected one behind the other. Memory stays from one filling to the next, unless
-/// it is more than most need.
+/// A growing buffer of bytes. Clearing it keeps its memory, unless that is unusually large.
 class ByteBuffer {
  public:
   ByteBuffer();
@@ -14,7 +13,7 @@ class ByteBuffer {
   const char* Data() const { return bytes_.get(); }
   std::size_t Size() const { return size_; }
 
-  /// Makes the buffer longer, and returns where the new bytes stand, which are to be written.
+  /// Makes the buffer longer, and returns the new bytes, which the caller writes.
   /// Throws std::bad_alloc, with the buffer as it was, when there is no memory.
   char* Extend(std::size_t count) {
     if (capacity_ - size_ < count) Grow(count);

@@ -4,8 +4,8 @@
 
 namespace Logger::Internal {
 
-/// Puts a cancellation of the thread off to the end of its scope: for steps that must all be done,
-/// such as closing a file and opening the next.
+/// Defers a cancellation of the thread to the end of its scope, for steps that must not be
+/// separated (closing a file and opening the next).
 class CancellationHold {
  public:
   CancellationHold() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &former_); }

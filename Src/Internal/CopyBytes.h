@@ -6,8 +6,8 @@
 
 namespace Logger::Internal {
 
-/// Copies bytes, and returns where the next ones go. Most pieces of a line are shorter than what a
-/// call is worth: they are copied in place, by two moves that may overlap.
+/// Copies bytes, and returns the end of the copy. Short pieces, which most of a line's are, are
+/// copied inline by two moves that may overlap, which saves the call of memcpy.
 inline char* CopyBytes(char* to, const char* from, std::size_t count) {
   if (count > 2 * sizeof(std::uint64_t)) {
     std::memcpy(to, from, count);

@@ -4,8 +4,8 @@
 
 namespace Logger::Internal {
 
-/// Puts errno back at the end of its scope: a log call may stand between a failed call of the
-/// application's and the look at its errno.
+/// Restores errno at the end of its scope: the application may log between a failed call and
+/// reading its errno.
 class ErrnoKeeper {
  public:
   ErrnoKeeper() : kept_(errno) {}

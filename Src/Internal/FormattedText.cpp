@@ -28,7 +28,7 @@ FormattedText::FormattedText(const char* format, va_list arguments) {
   const int callersErrno = errno;
   unsigned int capacity = kFirstCapacity;
   if (!Grow(capacity)) return;
-  // One byte less: a text that fills the buffer exactly is vsnprintf's, which grows it.
+  // One byte less: a text that fills the buffer exactly is left to vsnprintf, which grows it.
   if (FormatSimply(buffer_, capacity - 1, format, arguments, length_)) return;
   do {
     va_list afresh;

@@ -4,9 +4,9 @@
 
 namespace Logger::Internal {
 
-/// How long to try for many locks at once: one second in all, in attempts that start short and
-/// grow. Between attempts the caller releases what it got: another thread may hold what is missing
-/// and wait for exactly that. A longer attempt helps when that thread only waits for a processor.
+/// The time for taking many locks at once: one second in all, in attempts with exponential backoff.
+/// Between attempts the caller releases the locks that it got, since another thread may hold a
+/// missing one and wait for one of these. Longer attempts help a holder that waits for a CPU.
 class RetryBudget {
  public:
   RetryBudget();

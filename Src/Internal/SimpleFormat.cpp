@@ -9,7 +9,7 @@ namespace Logger::Internal {
 
 namespace {
 
-/// Writes into a buffer as long as there is room, with one byte to spare for the terminator.
+/// Writes into a buffer as long as there is room, and keeps one byte for the terminator.
 class Writer {
  public:
   Writer(char* buffer, std::size_t size) : start_(buffer), next_(buffer), end_(buffer + size - 1) {}
@@ -72,7 +72,7 @@ bool ConvertNumber(char conversion, Arguments& arguments, Writer& out) {
   }
 }
 
-/// Converts what stands behind a percent sign, and moves behind it.
+/// Converts the specifier after a percent sign, and advances `format` past it.
 bool Convert(const char*& format, Arguments& arguments, Writer& out) {
   const char first = *format++;
   switch (first) {

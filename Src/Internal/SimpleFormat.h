@@ -9,9 +9,9 @@ namespace Logger::Internal {
 /// the numbers may have the lengths l, ll and z, without flags, width or precision. Every byte is
 /// the one that vsnprintf would write.
 ///
-/// False, with no particular content in the buffer, when the format has anything else, when a text
-/// is null, or when the whole text and its terminator have no room in `size` bytes: that is
-/// vsnprintf's then.
+/// False, with unspecified content in the buffer, when the format has anything else, a text is
+/// null, or the whole text and its terminator do not fit into `size` bytes: vsnprintf then formats
+/// it.
 bool FormatSimply(char* buffer, std::size_t size, const char* format, va_list arguments,
                   std::size_t& length) __attribute__((format(printf, 3, 0)));
 

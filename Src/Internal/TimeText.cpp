@@ -14,9 +14,8 @@ namespace {
 
 constexpr std::size_t kPartSize = 16;
 
-/// What tzset() leaves behind, as far as it can be seen: the names are the C library's own copies,
-/// at a new address when they are others. Localtime in other threads may write them meanwhile,
-/// always whole.
+/// The visible result of tzset(). The names are the C library's own copies, at a new address when
+/// they differ. Localtime in other threads may write these fields at any time, each atomically.
 struct Zone {
   const char* standardName;
   const char* summerName;
@@ -36,7 +35,8 @@ struct Zone {
   }
 };
 
-/// One second's local time, kept by each thread: most events share theirs with the one before.
+/// One second's local time, cached per thread: most events fall into the second of the previous
+/// one.
 struct LocalSecond {
   bool isKnown;
   bool isConvertible;
@@ -62,7 +62,7 @@ class ConversionGuard {
   ConversionGuard& operator=(const ConversionGuard&) = delete;
 };
 
-/// Converts and formats. Apart from the way of most events, to keep that short.
+/// Converts and formats; outlined from the path of most events.
 [[gnu::cold]] void Convert(LocalSecond& last, long seconds, time_t now) {
   const ConversionGuard guard;
   const Zone before = Zone::Current();
@@ -75,13 +75,13 @@ class ConversionGuard {
   last.seconds = seconds;
   last.formattedAt = now;
   last.zone = Zone::Current();
-  // A zone that changed during the conversion leaves open which one the text is of.
+  // If the zone changed during the conversion, the text may be of either one.
   last.isKnown = last.zone == before;
 }
 
 const LocalSecond& LocalTime(long seconds) {
   LocalSecond& last = lastSecond;
-  // Zones that differ in nothing that can be seen are told apart when the clock's second is over.
+  // A change of zone that leaves these fields alone is noticed at the clock's next second.
   const time_t now = time(nullptr);
   if (!last.isKnown || last.seconds != seconds || last.formattedAt != now ||
       !(last.zone == Zone::Current())) {
@@ -100,7 +100,7 @@ logstring DateText(long seconds) {
   const LocalSecond& second = LocalTime(seconds);
   if (second.dateTime.length > 0) return {second.dateTime.text, second.dateLength};
   const ConversionGuard guard;
-  char text[kPartSize];  // A year that has no room with the time may have some without.
+  char text[kPartSize];  // A year that does not fit beside the time may fit alone.
   return {text, second.isConvertible ? strftime(text, sizeof text, "%Y-%m-%d", &second.local) : 0};
 }
 

@@ -18,8 +18,7 @@ struct DateTime {
   std::string_view View() const { return {text, length}; }
 };
 
-/// A thread that asks for the same second again gets the text it has, unless the process's time
-/// zone changed meanwhile.
+/// The second that the thread asked for last is cached until the process's time zone changes.
 DateTime LocalDateTime(long seconds);
 
 /// The thread's own text, which changes when that thread asks for another second's.

@@ -8,7 +8,7 @@ namespace Logger::Internal::WireFormat {
 
 constexpr std::size_t kIntegerSize = 4;
 
-// The record of an event: the mark, then level, message, handler name, file name, each text behind
+// The record of an event: the mark, then level, message, handler name, file name, each text after
 // its length, then line, seconds, microseconds and thread id.
 constexpr char kRecordMark[] = "01";
 constexpr std::size_t kRecordMarkSize = sizeof kRecordMark - 1;
@@ -18,8 +18,8 @@ constexpr std::size_t kSmallestRecord = kRecordMarkSize + kIntegersOfRecord * kI
 // The opening exchange: each side sends one integer.
 constexpr int kProtocolVersion = 1;
 
-// What a client sends afterwards: event frames, which are this byte, the record's length and the
-// record; and requests to flush, which the server answers with one byte.
+// A client then sends event frames (this byte, the record's length, the record) and flush requests,
+// which the server answers with one byte.
 constexpr char kEventFrame = 1;
 constexpr char kFlushRequest = 2;
 constexpr std::size_t kFrameHeaderSize = 1 + kIntegerSize;

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-/// What libxml2 makes and the caller releases, released at the end of its scope.
+/// Owners of libxml2's objects, which release them at the end of their scope.
 namespace Logger::Internal {
 
 template <typename Type, void (*Free)(Type*)>
@@ -28,7 +28,7 @@ struct XmlOutputRelease {
 };
 using XmlOutput = std::unique_ptr<xmlOutputBuffer, XmlOutputRelease>;
 
-/// Texts go by whatever function the application gave libxml2.
+/// Texts are freed by the allocator that the application gave libxml2.
 struct XmlTextRelease {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };

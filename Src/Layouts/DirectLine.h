@@ -7,8 +7,8 @@ namespace Logger::Internal {
 
 class ByteBuffer;
 
-/// Appends a layout's whole line for an event without a stream: what a stream with the settings of
-/// a new one would hold, byte by byte. False for a layout that is not exactly one of the built-in
+/// Appends a layout's whole line for an event without a stream: the same bytes as a new stream
+/// with default settings would hold. False for a layout that is not exactly one of the built-in
 /// classes. Throws std::bad_alloc when there is no memory. Nothing is appended in either case.
 bool AppendDirectLine(ByteBuffer& bytes, const LogLayout& layout, const LogEvent& event);
 

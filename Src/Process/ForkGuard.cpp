@@ -68,8 +68,8 @@ bool ForkGuard::HoldManagers(const timespec& deadline) {
   return allHeld;
 }
 
-/// The last attempt: each handler has a deadline of its own, so that one which cannot be had costs
-/// no other.
+/// The last attempt: each handler has its own deadline, so that one which cannot be locked does not
+/// affect the others.
 void ForkGuard::HoldWhatIsFree() {
   holds_.isListOfHandlersHeld = LivingHandlers::HoldUntil(RetryBudget::LongestDeadline());
   if (holds_.isListOfHandlersHeld) {

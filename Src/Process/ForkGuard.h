@@ -16,10 +16,9 @@ namespace Logger::Internal {
 ///
 /// Before the fork the forking thread takes all locks of the library, so that nothing is in the
 /// middle of a change; afterwards it releases them in the parent, and makes new ones in the child.
-/// It waits for one lock only briefly while it holds another, since a thread that has the one may
-/// be waiting for the other: it then releases all of them and tries again. After a second it goes
-/// on with the locks that it gets; only the clients of a handler that it did not get suffer in the
-/// child.
+/// To avoid a deadlock it waits for each lock only up to a short deadline, and after a failure
+/// releases all of them and tries again. After a second it continues with the locks that it gets;
+/// only the clients of a handler that it did not lock are affected in the child.
 class ForkGuard {
  public:
   // The handlers of pthread_atfork().

@@ -6,8 +6,8 @@ namespace Logger::Internal {
 
 namespace {
 
-/// Whether the program itself, when it was started or by RTLD_GLOBAL, brought the library: then it
-/// is taken to stay until the process ends.
+/// Whether the library is in the global scope, linked by the program or loaded with RTLD_GLOBAL: it
+/// then is assumed to stay until the process ends.
 bool IsLibraryOfTheProgram() {
   void* const program = dlopen(nullptr, RTLD_LAZY);
   if (program == nullptr) return true;

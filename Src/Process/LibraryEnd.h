@@ -3,7 +3,7 @@
 namespace Logger::Internal {
 
 /// For the destructor of a static object: whether the library is being unloaded, rather than the
-/// process coming to its end.
+/// process ending.
 bool IsLibraryUnloaded() noexcept;
 
 }  // namespace Logger::Internal

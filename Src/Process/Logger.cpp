@@ -99,8 +99,8 @@ LogManager::~LogManager() {
 }
 
 /// Deletes the clients, then makes every handler reject every level and detaches all receivers.
-/// False when a thread that is busy with a handler does not leave it: what it uses must stay as it
-/// is then, for the rest of the process's life.
+/// False when a thread does not leave a handler in time: everything that it uses must then stay for
+/// the rest of the process's life.
 bool LogManager::EndLogging() {
   if (processManager != this) {
     VisitHandlers([](LogHandler& handler) { handler.RemoveAllReceivers(); });
@@ -170,8 +170,8 @@ void LogManager::RemoveLogHandler(LogHandler* lh) {
   VisitHandlers([lh](LogHandler& handler) { handler.RemoveLogClient(lh); });
 }
 
-/// Calls `visit` with one handler after the other, without the manager's lock: handlers may be made
-/// and deleted meanwhile.
+/// Calls `visit` with one handler after the other, without the manager's lock: other threads may
+/// make and delete handlers during the visits.
 template <typename Visit>
 void LogManager::VisitHandlers(Visit visit) {
   unsigned long visited = 0;
@@ -205,7 +205,7 @@ std::shared_ptr<LogManager::HandlerEntry> LogManager::FirstAfter(unsigned long n
   return found == handlers_.end() ? nullptr : *found;
 }
 
-/// The process's manager, unless there is none yet or no more.
+/// The process's manager; null before it was made and after it ended.
 LogManager* LogManager::IfThereIsOne() { return processManager; }
 
 /// Makes the manager usable in a forked child.
@@ -226,9 +226,9 @@ namespace Internal {
 
 /// The manager together with what makes it the process's own.
 ///
-/// While the process exits, other threads may still log, and look handlers up: then the manager
-/// ends the logging, and stays with its handlers where it is. Only when the library is unloaded,
-/// and nobody can be in it any more, is it destroyed.
+/// While the process exits, other threads may still log and look handlers up: the manager then ends
+/// the logging, and is left in memory with its handlers. It is destroyed only when the library is
+/// unloaded, and no thread can be in it.
 class ProcessManager {
  public:
   ProcessManager() : manager_(new (place_) LogManager) {

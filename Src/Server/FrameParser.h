@@ -20,7 +20,7 @@ class FrameParser {
   explicit FrameParser(Receiver& receiver);
 
   /// Parses the next piece. Bytes that begin no frame are skipped. False at a frame that is longer
-  /// than `maxFrameLength` or has a negative length: what follows it cannot be parsed.
+  /// than `maxFrameLength` or has a negative length: the rest of the stream cannot be parsed.
   bool Parse(const char* data, std::size_t size, int maxFrameLength);
 
  private:

@@ -140,7 +140,7 @@ bool SocketLogServer::Start(LogHandlerClient* target, std::string address, int p
   // A running server has its thread, unless it could not be started. The thread of a stopped one
   // may still wait for its target, and this run for the thread.
   if (waitingThread_.FinishThread(isRunning_ ? 0 : kWaitForWaitingThread) != 0) return false;
-  // Why the address cannot be had is not reported, on purpose.
+  // The reason is not reported, on purpose.
   if (Open(kStream) != 0 || Bind(address, static_cast<unsigned short>(port)) != 0 ||
       Listen(kBacklog) != 0) {
     return false;
@@ -175,7 +175,7 @@ void SocketLogServer::AwaitEnd() { static_cast<void>(waitingThread_.FinishThread
 bool SocketLogServer::WakeWaitingThread() {
   SocketWrapper visitor;
   if (visitor.Connect(address_, static_cast<unsigned short>(port_)) == 0) return true;
-  if (!isTakingConnections_) return true;  // The thread has ended by itself meanwhile.
+  if (!isTakingConnections_) return true;  // The thread has already ended.
   ReportError("Stop", 61, visitor.GetLastErrorStr().c_str());
   return false;
 }
@@ -250,8 +250,8 @@ void SocketLogServer::Receive(RecvThreadData& data) {
     int received = 1;
     while (isRunning_ && received > 0) {
       received = ReceivePiece(data, parser, piece);
-      // A sender on the same CPU runs first: what it sends meanwhile arrives as one piece, instead
-      // of with a context switch for each event.
+      // Lets a sender on the same CPU run first: its events then arrive in one piece, instead of
+      // with a context switch for each.
       sched_yield();
     }
     // What has arrived by now is still taken, and no more: a peer may send for ever.

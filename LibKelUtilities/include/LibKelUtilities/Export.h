@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what leaves liblogger.so; everything else is hidden.
+/// Marks a symbol that liblogger.so exports; all others are hidden.
 #define KELUTILITIES_EXPORT __attribute__((visibility("default")))

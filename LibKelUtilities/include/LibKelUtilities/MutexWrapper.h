@@ -15,8 +15,8 @@ namespace LibKelUtilities {
 /// mutex when the object is destroyed.
 class KELUTILITIES_EXPORT MutexWrapper {
  public:
-  /// Takes a mutex, waiting for it as long as it takes, and releases it at the end of the scope,
-  /// also when an exception or a thread's cancellation ends the scope.
+  /// Takes a mutex, waiting without a limit, and releases it at the end of the scope, also when an
+  /// exception or a thread's cancellation ends the scope.
   class ThreadGuard {
    public:
     /// Takes a mutex of a MutexWrapper, which must outlive the guard.
@@ -37,9 +37,8 @@ class KELUTILITIES_EXPORT MutexWrapper {
   MutexWrapper(const MutexWrapper&) = delete;
   MutexWrapper& operator=(const MutexWrapper&) = delete;
 
-  /// Takes the mutex as a ThreadGuard does, but waits only up to a deadline (CLOCK_MONOTONIC): for
-  /// callers that must not wait without end, such as a handler of pthread_atfork(). False when it
-  /// could not be had.
+  /// Takes the mutex as a ThreadGuard does, but waits only up to a deadline (CLOCK_MONOTONIC), for
+  /// handlers of pthread_atfork(). False when the deadline passed.
   bool HoldUntil(const timespec& deadline) const;
   void Release() const;  ///< Releases what HoldUntil took, but not in a forked child.
   /// Replaces the mutex by a new one in a forked child, where it cannot be released: the thread
@@ -48,9 +47,9 @@ class KELUTILITIES_EXPORT MutexWrapper {
   void RenewInChild(unsigned int timesHeld) const;
 
  protected:
-  /// Takes the object's own mutex as a ThreadGuard does, and is faster where several threads take
-  /// it again and again, each for a moment: a thread that waits spins and sleeps for short times
-  /// before it waits to be woken.
+  /// Takes the object's own mutex as a ThreadGuard does, and is faster where several threads often
+  /// take it for short times: a waiting thread first spins, then sleeps for short times, then
+  /// blocks.
   class TurnGuard {
    public:
     /// Takes the mutex of an object that outlives the guard.

@@ -10,16 +10,16 @@ namespace LibKelUtilities {
 
 /// A TCP socket.
 ///
-/// Addresses are host names or numbers, IPv4 or IPv6. Every descriptor is close-on-exec. Calls that
-/// a signal interrupts go on. A send to a peer that went away, or without a connection, fails at
-/// once and never raises SIGPIPE. One thread at a time uses an object; Send and Recv on descriptors
-/// that the caller passes may be called from several threads at once.
+/// Addresses are host names or numbers, IPv4 or IPv6. Every descriptor is close-on-exec. Calls
+/// interrupted by a signal continue. A send to a peer that is gone, or without a connection, fails
+/// at once and never raises SIGPIPE. One thread at a time uses an object; Send and Recv on
+/// descriptors that the caller passes may be called from several threads at once.
 class KELUTILITIES_EXPORT SocketWrapper {
  public:
   static constexpr int kStream = 0;          ///< The only type: a TCP socket.
   static constexpr int kOwnDescriptor = -1;  ///< Send and Recv on this object's own connection.
-  static constexpr int kNoTimeout = -1;    ///< Waits as long as it takes, like any number below 0.
-  static constexpr int kNothingCame = -2;  ///< Result of AcceptWithin when the time was over.
+  static constexpr int kNoTimeout = -1;      ///< Waits without a limit, like any number below 0.
+  static constexpr int kNothingCame = -2;    ///< Result of AcceptWithin after the timeout.
 
   /// Opens a socket of the type; IsValid reports whether that worked.
   explicit SocketWrapper(int type = kStream);
@@ -29,8 +29,8 @@ class KELUTILITIES_EXPORT SocketWrapper {
   SocketWrapper(const SocketWrapper&) = delete;
   SocketWrapper& operator=(const SocketWrapper&) = delete;
 
-  /// Opens a new socket in the place of the former one, which is closed. 0, or -1 when that cannot
-  /// be: the former one stays.
+  /// Opens a new socket in place of the former one, which is closed. 0, or -1 when none could be
+  /// opened: the former one stays.
   int Open(int type);
   /// Ends the connection: a fresh, unconnected socket takes its place. The peer still gets what was
   /// sent before. Without a descriptor for a fresh socket the present one is shut down, which is
@@ -44,16 +44,16 @@ class KELUTILITIES_EXPORT SocketWrapper {
   /// Binds to a local address, which a server may do again at once after it ended; port 0 lets the
   /// system choose. 0, or -1.
   int Bind(const std::string& address, unsigned short port);
-  /// Starts to take connections, of which `backlog` may wait to be accepted. 0, or -1.
+  /// Listens for connections, of which `backlog` may wait to be accepted. 0, or -1.
   int Listen(int backlog);
   /// Waits for a connection and returns its descriptor, which the caller closes, or -1 when the
-  /// socket takes no more. The peer's address is written to `peerAddress` of `size` bytes, cut to
-  /// fit and terminated. A connection that was gone before it could be taken, and a process or
-  /// system that is out of descriptors or memory for a while, do not end the wait.
+  /// socket was shut down. The peer's address is written to `peerAddress` of `size` bytes, cut to
+  /// fit and terminated. A connection aborted before it was accepted, and a temporary lack of
+  /// descriptors or memory, do not end the wait.
   int Accept(char* peerAddress, int size);
   /// As Accept, for at most `timeout` milliseconds, after which it returns kNothingCame.
   int AcceptWithin(char* peerAddress, int size, int timeout);
-  /// Ends taking connections, or a connection in both directions; calls that wait on the socket
+  /// Stops listening, or shuts a connection down in both directions; calls that wait on the socket
   /// return. The descriptor stays open.
   void Shutdown();
   /// Connects to a server, trying each address that the name has, each for at most `timeout`
@@ -64,28 +64,27 @@ class KELUTILITIES_EXPORT SocketWrapper {
   /// failed.
   int Send(const void* data, int length, int descriptor = kOwnDescriptor);
   /// Sends `size` bytes on this object's connection within `timeout` milliseconds, and counts in
-  /// `sent`, at any moment, how many of them are on their way: all, unless the connection failed or
-  /// the time was over (HasTimedOut). Returns whether it was all.
+  /// `sent`, at any moment, how many of them were sent: all, unless the connection failed or timed
+  /// out (HasTimedOut). Returns whether all were sent.
   bool SendAll(const void* data, std::size_t size, std::size_t& sent, int timeout = kNoTimeout);
-  /// Sends at once what the system holds back, on this object's connection, to fill a packet with
-  /// more.
+  /// Sends at once what the kernel still holds back on this object's connection (Nagle's
+  /// algorithm).
   void PushPending();
-  /// Receives what is there: waits for the first byte, returns at most `length` of them; 0 when the
-  /// peer closed, -1 on an error or when nothing came within `timeout` milliseconds.
+  /// Waits for the first byte and returns at most `length` of them; 0 when the peer closed, -1 on
+  /// an error or when nothing arrived within `timeout` milliseconds.
   int Recv(void* buffer, int length, int descriptor = kOwnDescriptor, int timeout = kNoTimeout);
-  /// As Recv, until there are at least `atLeast` bytes or the peer closed: returns how many came,
-  /// or -1. The time is for all of them together.
+  /// As Recv, until there are at least `atLeast` bytes or the peer closed: returns how many
+  /// arrived, or -1. The timeout is for all of them together.
   int RecvAtLeast(int atLeast, void* buffer, int length, int descriptor = kOwnDescriptor,
                   int timeout = kNoTimeout);
-  /// Acknowledges what comes on the descriptor at once for a while, instead of waiting for more to
-  /// come.
+  /// Switches delayed acknowledgements off on the descriptor for a while (TCP_QUICKACK).
   static void AcknowledgeQuickly(int descriptor);
 
   /// The local port, or 0 when the socket is not bound.
   int GetPort() const;
   /// The text of the last error of this object, empty when there was none.
   std::string GetLastErrorStr() const;
-  /// Whether the last error was that the time was over.
+  /// Whether the last error was a timeout.
   bool HasTimedOut() const;
 
  private:

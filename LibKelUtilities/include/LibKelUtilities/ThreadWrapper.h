@@ -9,14 +9,14 @@
 
 namespace LibKelUtilities {
 
-/// One thread: started with a plain function, waited for with a limit.
+/// One thread: runs a plain function, and can be waited for with a limit.
 ///
 /// An object runs one thread at a time and may start another when the former has been finished. One
 /// thread at a time uses the object. Destroying it does not wait: a thread that was never finished
 /// goes on by itself, and everything it uses must stay alive.
 class KELUTILITIES_EXPORT ThreadWrapper {
  public:
-  /// What a thread runs. Its result is not kept.
+  /// A thread's function. Its result is not kept.
   typedef void* (*ThreadFunction)(void* argument);
 
   ThreadWrapper();
