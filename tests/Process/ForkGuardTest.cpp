@@ -300,7 +300,10 @@ TEST_F(StuckHandlerTest, CostsNoClientOfHandlersThatAreMerelyBusy) {
   std::vector<std::thread> threads;
   for (LogHandler* const busy : handlers) {
     threads.emplace_back([&, busy] {
-      while (!isOver) busy->Log(1, "parent");
+      while (!isOver) {
+        busy->Log(1, "parent");
+        std::this_thread::yield();  // Its processor to others, without the handler's lock.
+      }
     });
   }
 
