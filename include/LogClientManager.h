@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include <list>
+#include <vector>
 
 #include "LibKelUtilities/MutexWrapper.h"
 #include "LoggerExport.h"
@@ -49,4 +50,6 @@ class LOGGER_EXPORT LogClientManager : public LibKelUtilities::MutexWrapper {
   std::list<Entry>::iterator Find(const LogClient& client);
   void SetForkListener(const LogClient& client, LogForkListener* listener);
   bool DetachAndDelete(const timespec& deadline);
+  std::vector<LogClient*> Clients() const;
+  bool IsListed(const LogClient& client);
 };

@@ -59,10 +59,24 @@ void LogClientManager::Clear() {
 /// Takes each client out of its handlers and deletes it. False when some are left, because another
 /// thread held one of their handlers up to the deadline, or made new clients.
 bool LogClientManager::DetachAndDelete(const timespec& deadline) {
-  const ThreadGuard guard(GetMutex());
-  for (const Entry& present : std::list<Entry>(clients_)) {
-    if (Find(*present.client) == clients_.end()) continue;
-    if (LivingHandlers::Detach(*present.client, deadline)) delete present.client;
+  for (LogClient* const client : Clients()) {
+    // Not under the lock: a client may wait at its end for a thread that makes or deletes others.
+    if (IsListed(*client) && LivingHandlers::Detach(*client, deadline)) {
+      RemoveLogClient(client);
+      delete client;
+    }
   }
-  return clients_.empty();
+  return Clients().empty();
+}
+
+std::vector<LogClient*> LogClientManager::Clients() const {
+  const ThreadGuard guard(GetMutex());
+  std::vector<LogClient*> clients;
+  for (const Entry& entry : clients_) clients.push_back(entry.client);
+  return clients;
+}
+
+bool LogClientManager::IsListed(const LogClient& client) {
+  const ThreadGuard guard(GetMutex());
+  return Find(client) != clients_.end();
 }

@@ -3,6 +3,7 @@
 //
 //   stuck     a thread is stuck in a client of another handler
 //   clients   clients log at their end, by way of the others that are left
+//   waits     a client waits at its end for a thread that makes and deletes another client
 //   return    threads go on logging while main returns
 //   worker    they do so while one of them calls exit
 //   quick     they do so while main calls quick_exit
@@ -10,12 +11,14 @@
 #include <atomic>
 #include <cstdlib>
 #include <future>
+#include <memory>
 #include <string>
 #include <thread>
 
 #include "LogClient.h"
 #include "LogClientFile.h"
 #include "LogClientXml.h"
+#include "LogEvent.h"
 #include "LogHandler.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
@@ -72,6 +75,24 @@ class ClientThatLogsAtItsEnd : public LogClient {
   LogHandler& handler_;
 };
 
+/// Lets a thread make, use and delete a client, and waits for it, when it is destroyed.
+class ClientThatWaitsAtItsEnd : public LogClient {
+ public:
+  explicit ClientThatWaitsAtItsEnd(const char* file) : file_(file) {}
+  ~ClientThatWaitsAtItsEnd() override {
+    std::thread([this] {
+      const auto client = std::make_unique<LogClientFile>(file_, true);
+      client->SetLayout("LogLayoutMessage");
+      client->Publish(LogEvent(1, "client of a thread", "", "", 0, timeval(), 0));
+    }).join();
+  }
+
+  bool Publish(const LogEvent&) override { return true; }
+
+ private:
+  const char* const file_;
+};
+
 /// Logs for ever, by a handler that it keeps and by one that it looks up.
 [[noreturn]] void GoOnLogging(std::atomic<int>& started, int thread) {
   LogHandler* const kept = Logger::GetDefaultLogHandler();
@@ -105,6 +126,9 @@ int main(int argc, char** argv) {
   if (mode == "clients") {
     LogHandler* const own = Logger::GetLogHandler("own");
     own->AddLogClient(new ClientThatLogsAtItsEnd(*Logger::GetDefaultLogHandler()));
+  }
+  if (mode == "waits") {
+    Logger::GetLogHandler("own")->AddLogClient(new ClientThatWaitsAtItsEnd(argv[1]));
   }
   auto* const client = new LogClientFile(argv[1], true);
   client->SetLayout("LogLayoutMessage");

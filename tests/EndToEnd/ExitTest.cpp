@@ -55,6 +55,16 @@ TEST(ExitTest, WritesWhatClientsLogAtTheirEnd) {
   EXPECT_EQ("destructor of a client, level DETAIL", Lines(folder.Path("exit.log")).back());
 }
 
+TEST(ExitTest, LetsAClientWaitForAThreadThatMakesAndDeletesAnother) {
+  const TemporaryFolder folder;
+
+  const ProcessResult result = RunProgram({EXIT_PROGRAM, folder.Path("exit.log"), "waits"});
+
+  EXPECT_EQ(0, result.exitCode);
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ("client of a thread", Lines(folder.Path("exit.log")).back());
+}
+
 /// How often a program ends while its threads log: many times more in the long run.
 int Runs() {
   const char* const wanted = std::getenv("LOGGER_TEST_EXITS");
