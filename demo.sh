@@ -83,7 +83,7 @@ done
 [ -n "$system_log" ] || fail "there is no log below /var/log to read"
 
 title "The log of another program, line by line"
-cp "$system_log" original  # The log itself may grow meanwhile.
+cp "$system_log" original  # The log itself may grow during the demo.
 run 'loggerctl write --config examples/system_log.ini --handler packages --level INFO <original'
 run 'tail -n 2 original packages.log'
 

@@ -1,5 +1,5 @@
-// Starts a program again and again, one after the other, and tells how long that took, from the
-// start to the end of a process: launch TIMES FOLDER PROGRAM CONFIGURATION
+// Starts a program many times, one after the other, and prints the time from the start to the end
+// of a process: launch TIMES FOLDER PROGRAM CONFIGURATION
 
 #include <spawn.h>
 #include <sys/resource.h>

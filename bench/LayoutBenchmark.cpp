@@ -1,4 +1,4 @@
-// What a layout costs that writes an event's line to a stream.
+// The cost of a layout that writes an event's line to a stream.
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-// What it costs to make an event's record, and to make an event of a record.
+// The cost of making an event's record, and of making an event from a record.
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-// What a call costs whose level is switched off, or not registered, or beyond the common ones.
+// The cost of a call whose level is switched off, or not registered, or beyond the common ones.
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-// What one event costs in an XML log that has so many entries already: through the client, and with
-// a plain save of the whole document after each.
+// The cost of one event in an XML log with so many entries: through the client, and with a plain
+// save of the whole document after each event.
 
 #include <benchmark/benchmark.h>
 
@@ -40,7 +40,7 @@ void SaveTheWholeDocument(benchmark::State& state) {
   }
 }
 
-// With so few iterations that the document hardly grows meanwhile.
+// With so few iterations that the document hardly grows.
 BENCHMARK(PublishThroughTheClient)->Arg(100)->Iterations(100);
 BENCHMARK(PublishThroughTheClient)->RangeMultiplier(10)->Range(1000, 100000)->Iterations(1000);
 BENCHMARK(SaveTheWholeDocument)->Arg(100)->Iterations(100);

@@ -1,4 +1,4 @@
-"""Tells the results of bench/run.py: as tables, as JSON, and as a chart."""
+"""Prints the results of bench/run.py as tables, as JSON and as a chart."""
 
 import json
 import math

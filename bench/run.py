@@ -3,8 +3,8 @@
 
 Called by bench.sh, which builds the programs. Every case runs in several rounds; in each round the
 programs run one after the other, so that all of them meet the same disturbances. A ratio is that of
-one round, to the floor of that round; what is told is the median of the rounds, with the smallest
-and the largest.
+one round, to the floor of that round; the median of the rounds is reported, with the smallest and
+the largest.
 """
 
 import argparse
@@ -142,7 +142,7 @@ class Bench:
             counted = re.search(r"Collected\s*:\s*(\d+)",
                                 self.output(case, program, command, errors=True))
             if counted is None:
-                fail(f"valgrind tells no count for {program}")
+                fail(f"valgrind prints no count for {program}")
             counts.append(int(counted[1]))
         return {"instructions": (counts[1] - counts[0]) / case.events}
 
@@ -207,16 +207,16 @@ def measure(bench, case, rounds):
     return results
 
 
-def told_line(command, index=0):
-    """A line of what the command prints; the first, unless told otherwise."""
+def output_line(command, index=0):
+    """A line of the command's output, by default the first."""
     done = subprocess.run(command, capture_output=True, text=True, check=True)
     return done.stdout.splitlines()[index].strip()
 
 
 def conditions(folder, rounds):
-    """What the figures depend on."""
+    """The machine and the versions that the figures depend on."""
     model = re.search(r"model name\s*:\s*(.*)", pathlib.Path("/proc/cpuinfo").read_text())
-    versions = {program: told_line(["dpkg-query", "-W", "-f", "${Version}", package])
+    versions = {program: output_line(["dpkg-query", "-W", "-f", "${Version}", package])
                 for program, package in PACKAGES.items()}
     return {
         "date": datetime.date.today().isoformat(),
@@ -224,8 +224,8 @@ def conditions(folder, rounds):
         "processor": model[1] if model else platform.machine(),
         "cores": len(os.sched_getaffinity(0)),
         "kernel": re.match(r"[\d.]+", platform.release())[0],
-        "file_system": told_line(["df", "--output=fstype", folder], index=-1),
-        "compiler": told_line(["c++", "--version"]),
+        "file_system": output_line(["df", "--output=fstype", folder], index=-1),
+        "compiler": output_line(["c++", "--version"]),
         "versions": versions,
     }
 
@@ -251,7 +251,7 @@ def main():
     options = parser.parse_args()
     cases = chosen_cases(options.cases)
     if options.rounds < 5:
-        fail("fewer than 5 rounds tell nothing")
+        fail("fewer than 5 rounds give no usable median")
     if options.publish and options.cases:
         fail("only a run of all cases is published")
 

@@ -1,4 +1,4 @@
-# What every target of the project is built with, and no target of a project around it.
+# The settings of every target of the project, but of no target of an enclosing project.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release)
@@ -13,13 +13,13 @@ find_package(LibXml2 REQUIRED)
 add_library(logger_build_settings INTERFACE)
 target_compile_options(logger_build_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2
-  # Nobody replaces our functions one by one: calls between them need no detour, and the library's own
+  # Our functions are not interposed one by one: calls between them skip the PLT, and the library's own
   # names no search when it is loaded.
   -fno-semantic-interposition -fno-plt
   # Each function starts a cache line: by measurement that saves a twentieth of an event's time to a
   # file.
   $<$<CONFIG:Release>:-falign-functions=64>
-  # What is kept for each thread is reached without a call; it is little enough for that.
+  # Thread-local variables are few enough for the TLS model without a call.
   -ftls-model=initial-exec
   # What __FILE__ gives does not depend on where the project was built.
   -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=

@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, and what finds it again. Each component is a Debian package of its
-# own, see DebianPackages.cmake.
+# The files that `cmake --install` installs, and their CMake and pkg-config files. Each component is a
+# Debian package of its own, see DebianPackages.cmake.
 
 include(CMakePackageConfigHelpers)
 
@@ -17,7 +17,7 @@ install(DIRECTORY include/ DESTINATION ${LOGGER_INCLUDE_DIR}
 install(DIRECTORY LibKelUtilities/include/LibKelUtilities DESTINATION ${LOGGER_INCLUDE_DIR}
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 
-# What a program has to link as well: liblogger.so brings it along, liblogger.a does not.
+# Libraries that programs link as well: liblogger.so brings them along, liblogger.a does not.
 set(LOGGER_FIND_LIBXML2 "")
 set(LOGGER_PC_LIBS "")
 if(NOT LOGGER_SHARED)

@@ -1,7 +1,7 @@
 # The manual's pages that list what a configuration can say. The other pages are in docs/man as they stand.
 
 set(LOGGER_MANUAL_PAGES docs/man/liblogger-ini.5 docs/man/liblogger-xml.5)
-if(NOT LOGGER_SANITIZE)  # What users install has no sanitizer in it.
+if(NOT LOGGER_SANITIZE)  # Installed programs have no sanitizer.
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
   foreach(page ${LOGGER_MANUAL_PAGES})
     set(template ${PROJECT_SOURCE_DIR}/${page}.in)

@@ -40,7 +40,7 @@ class LogClientRecent : public LogClient {
     return true;
   }
 
-  // For any thread: another one may be logging.
+  // May be called while another thread logs.
   std::string Text() {
     const std::lock_guard<std::mutex> guard(mutex_);
     std::string text;

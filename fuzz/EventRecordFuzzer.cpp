@@ -1,4 +1,4 @@
-// Does the bounded reader of records stay inside of them, and read what the format tells?
+// Does the bounded reader of records stay inside of them, and read them as the format says?
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -22,7 +22,7 @@ namespace {
 
 LogEvent EmptyEvent() { return {0, "", "", "", 0, timeval{}, 0}; }
 
-/// Goes through a record from its start, as the format is told; lost at the first step outside.
+/// Reads a record from its start, as the format is documented; fails at the first step outside.
 class Walk {
  public:
   Walk(const char* record, std::size_t size)
@@ -47,7 +47,7 @@ class Walk {
  private:
   const char* const record_;
   const long long size_;
-  long long place_ = 2;  // Behind the mark, which means nothing.
+  long long place_ = 2;  // After the mark, which is ignored.
 
   char Byte(long long place) {
     if (place < 0 || place >= size_) isLost = true;

@@ -33,7 +33,7 @@ constexpr int kErrno = EAGAIN;  // For %m.
 /// The memory of the process, as far as texts are concerned.
 constexpr std::size_t kMemory = std::size_t{1} << 20;
 
-/// What was asked of realloc since it was last emptied.
+/// The sizes requested from realloc since it was last emptied.
 std::vector<std::size_t> reallocated;
 
 }  // namespace
@@ -42,8 +42,7 @@ std::vector<std::size_t> reallocated;
 extern "C" const char* __asan_default_options();
 const char* __asan_default_options() { return "check_printf=0"; }
 
-// The linker puts what begins with __wrap_ in the place of the function of the same name, which is
-// called by __real_ then.
+// The linker's --wrap: calls of a function go to __wrap_NAME, and __real_NAME calls the function.
 extern "C" void* __real_realloc(void* former, std::size_t size);
 extern "C" void* __wrap_realloc(void* former, std::size_t size);
 
@@ -67,7 +66,7 @@ std::vector<std::size_t> CapacitiesFor(long length) {
   }
 }
 
-/// What vsnprintf makes in a buffer that it surely has room in.
+/// The text of vsnprintf in a buffer that is large enough.
 std::optional<std::string> Printed(int length, const char* format, va_list arguments) {
   if (length < 0 || CapacitiesFor(length).back() > kMemory) return std::nullopt;
   std::string text(static_cast<std::size_t>(length) + 1, '\0');
@@ -115,7 +114,7 @@ void Check(std::size_t size, const char* format, ...) {
 }
 
 /// Whether a text of this length ends up in a buffer that it is trusted in, with a vsnprintf that
-/// tells the length needed, or that only says that the text was cut.
+/// returns the length needed, or a negative value for every text that was cut.
 void CheckConvention(int length, bool tellsLength) {
   unsigned int capacity = kFirstCapacity;
   unsigned int next = capacity;
@@ -151,7 +150,8 @@ class RandomFormat {
         return;
       }
     }
-    // What is no conversion may only stand at the end: with letters behind it, it could become one.
+    // An invalid conversion may only be at the end: followed by letters it could become a valid
+    // one.
     const char* const tail = input_.PickValueInArray({"", "", "", "%", "%l", "%5", "%m", "%y"});
     Check(size_, (format + tail).c_str(), arguments...);
   }

@@ -26,16 +26,16 @@ class Found : public FrameParser::Receiver {
     LogEvent event(0, "", "", "", 0, timeval{}, 0);
     events.push_back(ReadRecord(record, size, event) ? event.GetLogMessage() : "refused");
   }
-  void ReceiveFlushRequest() override { flushedBehind.push_back(records.size()); }
+  void ReceiveFlushRequest() override { recordsBeforeFlush.push_back(records.size()); }
 
   bool operator==(const Found& other) const {
     return records == other.records && events == other.events &&
-           flushedBehind == other.flushedBehind && isUnderstood == other.isUnderstood;
+           recordsBeforeFlush == other.recordsBeforeFlush && isUnderstood == other.isUnderstood;
   }
 
   std::vector<std::string> records;
   std::vector<std::string> events;
-  std::vector<std::size_t> flushedBehind;  ///< The number of records before each request.
+  std::vector<std::size_t> recordsBeforeFlush;  ///< The number of records before each request.
   bool isUnderstood = true;
 };
 
@@ -56,7 +56,7 @@ class Stream {
   const std::string& bytes_;
   std::size_t place_ = 0;
 
-  /// False when there is nothing to find behind.
+  /// False when the rest of the stream cannot be parsed.
   bool FindRecord(int limit, Found& found) {
     std::int32_t length = 0;
     while (length == 0) {
@@ -75,8 +75,8 @@ class Stream {
   }
 };
 
-/// What a parser finds in the bytes, in pieces of these sizes, again and again. Each piece is in
-/// memory that ends with it.
+/// The frames that a parser finds in the bytes, given in pieces of these sizes in turn. Each piece
+/// is in memory that ends with it.
 Found FoundInPieces(const std::string& bytes, int limit, const std::vector<std::uint8_t>& sizes) {
   Found found;
   FrameParser parser(found);
@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Found expected;
   Stream(bytes).FindAll(limit, expected);
 
-  Expect(FoundInOne(bytes, limit) == expected, "a stream in one piece has what the format tells");
+  Expect(FoundInOne(bytes, limit) == expected, "a stream in one piece is read as the format says");
   Expect(FoundInPieces(bytes, limit, {0}) == expected, "single bytes make no difference");
   Expect(FoundInPieces(bytes, limit, sizes) == expected, "pieces make no difference");
   return 0;

@@ -1,4 +1,4 @@
-// Does a properties text have the entries that its lines tell, whatever it consists of?
+// Does any properties text have the entries that its lines state?
 
 #include <cstddef>
 #include <cstdint>

@@ -15,7 +15,7 @@ configure_file(packaging/CompleteDebianPackages.cmake.in CompleteDebianPackages.
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_SOURCE liblogger)
-# Who that will be is for the library's owner to say; debian/changelog has it as well.
+# The library's owner sets the real maintainer, here and in debian/changelog.
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "liblogger maintainers <maintainers@liblogger.invalid>")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)

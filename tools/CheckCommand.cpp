@@ -70,13 +70,13 @@ void AddCheckCommand(CLI::App& program, int& exitCode) {
   const auto options = std::make_shared<CheckCommandOptions>();
   command
       ->add_option("--format", options->form,
-                   "Take the files for properties files or XML documents; without it their content "
+                   "Read the files as properties files or XML documents; without it their content "
                    "decides")
       ->type_name("FORM")
       ->check(CLI::IsMember({"ini", "xml"}));
   command->add_flag("--strict", options->isStrict, "Let warnings count as errors");
   command->add_flag("--system", options->withMachine,
-                    "Look on this machine, as this user, whether the log files can be written");
+                    "Check on this machine, as this user, that the log files can be written");
   command->add_flag("--json", options->asJson, "Print an array of JSON objects");
   options->own.AddTo(*command);
   options->fileNames =

@@ -110,7 +110,7 @@ void AddWordsOption(CLI::App& command, const std::string& option, std::vector<st
 }
 
 std::vector<std::string> WordsOf(const CLI::Option& option) {
-  // As they were given: in the converted list some words, such as {}, have a meaning of their own.
+  // As they were given: CLI11's conversion treats some words specially, {} for example.
   std::vector<std::string> words = option.results();
   std::for_each(words.begin(), words.end(), RemoveMark);
   return words;

@@ -8,7 +8,7 @@ class LogHandlerClient;
 
 namespace Loggerctl {
 
-/// The handler of this name. Throws a UsageError that lists those there are when there is none.
+/// The handler of this name. Throws a UsageError that lists the existing ones when there is none.
 LogHandler& FindHandler(const std::string& name);
 
 /// Every client and handler that gets events of this handler, directly or further down.

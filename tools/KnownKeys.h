@@ -5,8 +5,9 @@
 
 namespace Loggerctl {
 
-/// What a configuration can say, in either form, and what it means: the one table that the checker,
-/// `loggerctl keys`, the shell's completion and the manual pages are made from.
+/// The keys, attributes, parameters and layouts of both forms of configuration, with their
+/// meanings: the one table for the checker, `loggerctl keys`, the shell's completion and the manual
+/// pages.
 
 /// How the library reads a value.
 enum class ValueType {

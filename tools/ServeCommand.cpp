@@ -43,7 +43,7 @@ class Signals {
     pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
   }
 
-  /// Waits for one that ends the server, and has the files opened again at each other one.
+  /// Waits for a signal that ends the server; at any other one the files are reopened.
   void AwaitEnd() const {
     int signal = 0;
     while (sigwait(&signals_, &signal) == 0 && signal == SIGHUP) ReopenFiles();
@@ -103,7 +103,7 @@ int RunServe(const ServeOptions& options) {
   std::cout << "listening on " << options.address << " port " << server.GetPort() << std::endl;
   signals.AwaitEnd();
   server.Stop();
-  server.AwaitEnd();  // What a slow client still writes is counted as well.
+  server.AwaitEnd();  // A slow client may still be writing events, which count.
   PrintServed(server, filter.Rejected());
   const bool isComplete = deliveries.Finish();
   if (!std::cout) throw UsageError("standard output could not be written");

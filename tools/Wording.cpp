@@ -10,7 +10,7 @@ namespace Loggerctl {
 
 namespace {
 
-/// Where a text may be cut that is no longer than this then.
+/// Where to cut a text so that it is no longer than this.
 std::size_t CutOf(const std::string& text, std::size_t longest) {
   std::size_t cut = std::min(text.size(), longest);
   const auto isWithinCharacter = [&] {
@@ -27,8 +27,8 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-/// How many letters have to be put in, taken out, replaced, or swapped with the next one to make
-/// one word of the other.
+/// The number of letters to insert, delete, replace, or swap with the next one to turn one word
+/// into the other.
 std::size_t EditDistance(const std::string& from, const std::string& to) {
   std::vector<std::vector<std::size_t>> rows(from.size() + 1,
                                              std::vector<std::size_t>(to.size() + 1));

@@ -26,7 +26,7 @@ namespace Loggerctl {
 
 namespace {
 
-/// For which a command that should end waits for a log server, in milliseconds.
+/// The default timeout for a log server, in milliseconds, since the command must end.
 constexpr const char* kSocketTimeout = "10000";
 
 struct WriteOptions {

@@ -49,7 +49,7 @@ int Run(int argc, char** argv) {
   try {
     program.parse(MarkedArguments(words));
   } catch (const CLI::ParseError& error) {
-    const bool isRequest = error.get_exit_code() == 0;  // Such as --help.
+    const bool isRequest = error.get_exit_code() == 0;  // --help, for example.
     if (isRequest) return program.exit(error);
     const std::string command = words.empty() ? "" : " " + words.front();
     std::cerr << "loggerctl: " << error.what() << "; see loggerctl" << command << " --help\n";

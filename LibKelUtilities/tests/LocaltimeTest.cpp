@@ -85,7 +85,7 @@ TEST(LocaltimeTest, FillsInEveryField) {
   EXPECT_STREQ("CEST", result.tm_zone);
 }
 
-TEST(LocaltimeTest, ConvertsTimesBeforeAndFarBehindTheEpoch) {
+TEST(LocaltimeTest, ConvertsTimesBeforeAndFarAfterTheEpoch) {
   UseZone("UTC0");
 
   EXPECT_EQ("1969-12-31T23:59:59", LocalTime(-1));

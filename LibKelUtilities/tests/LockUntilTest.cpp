@@ -37,7 +37,7 @@ TEST_F(LockUntilTest, GivesUpWhenTheTimeIsOver) {
   pthread_mutex_unlock(&mutex_);
 }
 
-TEST_F(LockUntilTest, TakesAMutexThatIsReleasedMeanwhile) {
+TEST_F(LockUntilTest, TakesAMutexThatIsReleasedWhileItTries) {
   pthread_mutex_lock(&mutex_);
   bool isTaken = false;
   std::thread waiting([&] {

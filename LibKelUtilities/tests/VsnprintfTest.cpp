@@ -44,14 +44,14 @@ TEST(VsnprintfTest, FormatsATextThatJustFits) {
   EXPECT_EQ(std::string("42 abc\0xxx", 10), result.buffer);
 }
 
-TEST(VsnprintfTest, CutsATextThatIsOneTooLongAndTellsItsLength) {
+TEST(VsnprintfTest, CutsATextThatIsOneTooLongAndReturnsItsLength) {
   const Formatted result = Format(6, "%d %s", 42, "abc");
 
   EXPECT_EQ(6, result.length);
   EXPECT_EQ(std::string("42 ab\0xxxx", 10), result.buffer);
 }
 
-TEST(VsnprintfTest, CutsALongTextAndTellsItsLength) {
+TEST(VsnprintfTest, CutsALongTextAndReturnsItsLength) {
   const Formatted result = Format(4, "%05000d", 7);
 
   EXPECT_EQ(5000, result.length);

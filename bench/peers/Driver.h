@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-/// What the programs of all libraries share, so that they do the same work and measure it in the
+/// Shared by the programs of all libraries, so that they do the same work and measure it in the
 /// same way. A program is called as
 ///
 ///     program CASE FOLDER EVENTS [EXTRA]
@@ -41,7 +41,7 @@ inline Values ValuesOf(int number) {
   std::_Exit(1);
 }
 
-/// What the command line asks for. The extra argument is the number of threads of the case "file",
+/// The command line's arguments. The extra one is the number of threads of the case "file",
 /// the number of entries that a document of the case "xml" has before, and the configuration of the
 /// case "start".
 struct Task {

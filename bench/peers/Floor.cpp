@@ -35,7 +35,7 @@ void Write(int descriptor, const char* data, std::size_t size) {
   if (write(descriptor, data, size) != static_cast<ssize_t>(size)) Fail("cannot write");
 }
 
-/// What `make` gives as the text of the present second, made afresh when the second is over.
+/// The text that `make` gives for the present second, cached until the second is over.
 template <typename Make>
 const char* TimeText(timespec& now, Make make) {
   thread_local std::time_t second = -1;

@@ -114,7 +114,7 @@ void Serve(Bench::ServerSide& side) {
   Receiver receiver(side);
   SocketLogServer server;
   if (!server.Start(&receiver, "127.0.0.1", 0, 0)) Bench::Fail("the server cannot start");
-  side.TellPort(server.GetPort());
+  side.ReportPort(server.GetPort());
   Bench::ServerSide::AwaitEnd();
 }
 

@@ -20,7 +20,7 @@
 /// the events, in their order. The time runs until the server has taken the last.
 namespace Bench {
 
-/// What the server's process says to the client's, over a pipe.
+/// The message from the server's process to the client's, over a pipe.
 struct ServerReport {
   int port;    ///< Where it listens; later, anything.
   double cpu;  ///< Processor time that its process has used, in nanoseconds.
@@ -30,7 +30,7 @@ class ServerSide {
  public:
   ServerSide(int pipe, int expectedEvents) : pipe_(pipe), expectedEvents_(expectedEvents) {}
 
-  void TellPort(int port) { Tell(port); }
+  void ReportPort(int port) { Report(port); }
 
   /// Counts an event; fails when it is not the one that comes next. The last one ends the process,
   /// once the client has read the report.
@@ -39,8 +39,8 @@ class ServerSide {
     if (message.size() < 40 || std::atoi(message.data() + kNumberAt) != taken_) {
       Fail("the server got a wrong event in place of " + std::to_string(taken_));
     }
-    if (++taken_ == kWarmUp) Tell(0);
-    if (taken_ == expectedEvents_) Tell(0);
+    if (++taken_ == kWarmUp) Report(0);
+    if (taken_ == expectedEvents_) Report(0);
   }
 
   [[noreturn]] static void AwaitEnd() {  // The client's process ends this one.
@@ -52,7 +52,7 @@ class ServerSide {
   int expectedEvents_;
   int taken_ = 0;
 
-  void Tell(int port) {
+  void Report(int port) {
     const ServerReport report{port, Nanoseconds(CLOCK_PROCESS_CPUTIME_ID)};
     if (write(pipe_, &report, sizeof report) != sizeof report) Fail("the client is gone");
   }
@@ -111,7 +111,7 @@ ClientSide StartServer(const Task& task, Serve serve) {
   return ClientSide(ends[0], child);
 }
 
-/// A connection to what listens on the port of this host.
+/// A connection to the listener on the port of this host.
 inline int ConnectTo(int port) {
   const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
@@ -126,7 +126,7 @@ inline int ConnectTo(int port) {
   return descriptor;
 }
 
-/// Listens, tells the port, and returns the first connection.
+/// Listens, reports the port, and returns the first connection.
 inline int AcceptOne(ServerSide& side) {
   const int listening = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};
@@ -138,7 +138,7 @@ inline int AcceptOne(ServerSide& side) {
       getsockname(listening, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
     Fail("cannot listen");
   }
-  side.TellPort(ntohs(address.sin_port));
+  side.ReportPort(ntohs(address.sin_port));
   const int connection = accept(listening, nullptr, nullptr);
   const int on = 1;
   setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);

@@ -121,7 +121,7 @@ void ForgetLevels() {
   levels.~LogLevelManager();
   new (&levels) LogLevelManager;
   handler.SetLogHandlerActive(false);
-  handler.SetLogHandlerActive(true);  // Looks at the levels anew.
+  handler.SetLogHandlerActive(true);  // Makes it follow the new registry.
 }
 
 }  // namespace

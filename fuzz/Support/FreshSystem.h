@@ -4,7 +4,7 @@
 
 /// The process's logging system, empty at first, without a way to the outside.
 ///
-/// At the end of the scope all that was set up meanwhile is deleted: handlers, clients and levels.
+/// At the end of the scope everything set up within it is deleted: handlers, clients and levels.
 /// The client kinds have their usual names, but those that write files do so in the process's own
 /// folder, whatever name they are given; the socket client connects to nobody; and what goes to
 /// std::cout is dropped.

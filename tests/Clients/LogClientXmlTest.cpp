@@ -211,7 +211,7 @@ TEST_F(LogClientXmlTest, IsMadeByTheFactoryUnderItsName) {
   EXPECT_EQ(nullptr, factory.CreateLogClient("LogClientXML", LogProperties()));
 }
 
-TEST_F(LogClientXmlTest, StartsAnewWhenInitialisedAgain) {
+TEST_F(LogClientXmlTest, StartsANewDocumentWhenInitialisedAgain) {
   auto client = std::make_unique<LogClientXml>(file_, "");
   for (const char* const message : {"old", "older", "\xC3\xA9"})
     client->Publish(EventWith(message));

@@ -185,7 +185,7 @@ TEST_F(SocketForkTest, ReportsOnceThatTheServerHasGone) {
   EXPECT_EQ("LOGGER ERROR at Init [61]: 'Connection refused'\n", GetCapturedStderr());
 }
 
-TEST_F(SocketForkTest, IsNotInitialisedWhenTheServerDoesNotAgreeAnyMore) {
+TEST_F(SocketForkTest, IsNotInitialisedWhenTheServerNoLongerAgrees) {
   PlainListener listener;
   auto making = std::async(std::launch::async, [&] {
     return std::make_unique<LogClientSocket>(kHere, listener.Port(), kSynchronous, 0);

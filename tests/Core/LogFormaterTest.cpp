@@ -114,7 +114,7 @@ TEST_F(LogFormaterTest, LeavesErrnoAsItWas) {
   EXPECT_EQ(1U, client_.Events().size());
 }
 
-TEST_F(LogFormaterTest, TellsTheCallersErrno) {
+TEST_F(LogFormaterTest, FormatsTheCallersErrno) {
   // Standard C++ does not know %m: the compiler must not check the format.
   void (LogFormater::*const log)(LogHandler*, const char*, ...) = &LogFormater::Log;
   LogFormater formater(1, "a.cpp", 142);

@@ -49,7 +49,7 @@ TEST_F(LoggerMacrosTest, LogsTheMessageWithItsPosition) {
   EXPECT_EQ(1U, client_.Events()[0].GetLogLevel());
 }
 
-TEST_F(LoggerMacrosTest, NeedsNoArgumentsBehindTheFormat) {
+TEST_F(LoggerMacrosTest, NeedsNoArgumentsAfterTheFormat) {
   LOGGER_LOG(handler_, 1, "alone");
 
   EXPECT_EQ(std::vector<std::string>{"alone"}, client_.Messages());

@@ -114,7 +114,7 @@ TEST_F(MessageBufferTest, IsAllocatedAfreshForEachMessage) {
   EXPECT_EQ(Sizes{4096}, SizesFor(10));
 }
 
-TEST_F(MessageBufferTest, LeavesTheCallersErrnoToBeTold) {
+TEST_F(MessageBufferTest, LeavesTheCallersErrnoForTheFormat) {
   // Standard C++ does not know %m: the compiler must not check the format.
   bool (LogHandler::*const log)(unsigned int, const char*, ...) = &LogHandler::Log;
   const std::string text(10000, 'x');

@@ -314,7 +314,7 @@ TEST_F(BadInputTest, IsShownInTheSystemsTimeWhenNoTimeZoneIsSet) {
   ExpectWritten(OutputAt(dateTime, dateTime), EventAt(seconds));
 }
 
-TEST_F(BadInputTest, IsShownInATimeZoneThatChangedMeanwhile) {
+TEST_F(BadInputTest, IsShownInATimeZoneThatHasChanged) {
   const auto expect = [this](const std::string& dateTime) {
     ExpectWritten(OutputAt(dateTime, dateTime), EventAt(1720188429));
   };

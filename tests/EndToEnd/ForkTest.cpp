@@ -90,11 +90,11 @@ TEST(ForkTest, LosesAndRepeatsNoEventWhileThreadsLog) {
   EXPECT_EQ(0, server.Stop().exitCode);
 
   ASSERT_EQ(0, result.exitCode) << result.errors;
-  std::istringstream told(result.errors);
+  std::istringstream printed(result.errors);
   std::vector<long> counts(kThreads);
-  for (long& count : counts) told >> count;
+  for (long& count : counts) printed >> count;
   int failed = -1;
-  told >> failed;
+  printed >> failed;
   EXPECT_EQ(0, failed);
   RecordProperty("events", std::to_string(counts[0] + counts[1] + counts[2] + counts[3]));
 

@@ -72,7 +72,7 @@ TEST_F(LoggerctlCheckTest, ChecksSeveralFiles) {
   Expect(1, std::string(kWarning) + kError, "", Check({"warned.ini", "good.ini", "wrong.ini"}));
 }
 
-TEST_F(LoggerctlCheckTest, TellsOfFilesThatCannotBeRead) {
+TEST_F(LoggerctlCheckTest, ReportsFilesThatCannotBeRead) {
   Expect(2, kError,
          "missing.ini: error: the file cannot be read: No such file or directory\n"
          ".: error: the file cannot be read: Is a directory\n"
@@ -94,7 +94,7 @@ TEST_F(LoggerctlCheckTest, ReadsAPipe) {
   EXPECT_NE(std::string::npos, result.output.find(":5: error: 'False' leaves logging on"));
 }
 
-TEST_F(LoggerctlCheckTest, TellsTheFormByTheContentUnlessItIsGiven) {
+TEST_F(LoggerctlCheckTest, DetectsTheFormByTheContentUnlessItIsGiven) {
   WriteFile("document", "\n<configlogger/>\n");
   const std::string asXml =
       "document:2: error: Element 'configlogger': Missing child element(s). Expected is ( logging "

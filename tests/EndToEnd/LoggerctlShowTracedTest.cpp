@@ -139,7 +139,7 @@ TEST_F(LoggerctlShowTracedTest, ChangesNoFileAndConnectsToNothing) {
   }
 }
 
-TEST_F(LoggerctlShowTracedTest, WouldTellTheCallsOfRealClients) {
+TEST_F(LoggerctlShowTracedTest, WouldReportTheCallsOfRealClients) {
   std::string calls;
   for (const std::string& call :
        ChangingCalls({LOGGERCTL, "write", "--config", ini_, "--level", "1", "text"})) {

@@ -159,7 +159,7 @@ std::vector<std::string> NamesOf(const Items& items) {
 
 class ManualPageOfCommandTest : public testing::TestWithParam<std::string> {};
 
-TEST_P(ManualPageOfCommandTest, TellsOfEveryOptionAndOfNoOther) {
+TEST_P(ManualPageOfCommandTest, ListsEveryOptionAndNoOther) {
   const std::string page = PageOf(GetParam());
   Items items = ItemsOfPage(page, {"Ar", "Fl"});
   const std::string synopsis = page.substr(0, page.find(".Sh DESCRIPTION"));
@@ -180,7 +180,7 @@ TEST_P(ManualPageOfCommandTest, TellsOfEveryOptionAndOfNoOther) {
   EXPECT_EQ(std::vector<std::string>(names.begin(), names.end()), NamesOf(items));
 }
 
-TEST_P(ManualPageOfCommandTest, TellsTheExitCodes) {
+TEST_P(ManualPageOfCommandTest, ListsTheExitCodes) {
   EXPECT_EQ(ExitCodesOfHelp(Printed({GetParam(), "--help"})),
             ItemsOfPage(PageOf(GetParam()), {"0", "1", "2", "3"}));
 }
@@ -188,17 +188,17 @@ TEST_P(ManualPageOfCommandTest, TellsTheExitCodes) {
 INSTANTIATE_TEST_SUITE_P(Commands, ManualPageOfCommandTest, testing::ValuesIn(kCommands),
                          [](const auto& command) { return command.param; });
 
-TEST(ManualPagesTest, TellOfEveryCommandAndOfNoOther) {
-  Items told = ItemsOfHelp(Printed({"--help"}));
+TEST(ManualPagesTest, ListEveryCommandAndNoOther) {
+  Items listed = ItemsOfHelp(Printed({"--help"}));
   Items items = ItemsOfPage(PageOf(""), {"Cm", "Fl"});
 
-  EXPECT_EQ(kCommands.size() + 2, told.size());
-  EXPECT_EQ(told.size(), items.size());
-  for (const auto& [name, meaning] : told) {
+  EXPECT_EQ(kCommands.size() + 2, listed.size());
+  EXPECT_EQ(listed.size(), items.size());
+  for (const auto& [name, meaning] : listed) {
     const std::string nameInPage = name[0] == '-' ? NameInPage(name) : "Cm " + name;
     EXPECT_EQ(0U, items[nameInPage].find(meaning)) << name << ": " << items[nameInPage];
   }
-  for (const std::string& command : kCommands) EXPECT_EQ(1U, told.count(command)) << command;
+  for (const std::string& command : kCommands) EXPECT_EQ(1U, listed.count(command)) << command;
 }
 
 TEST(ManualPagesTest, ListEverythingThatAConfigurationCanSay) {

@@ -116,7 +116,7 @@ class ServerPeerTest : public testing::Test {
 };
 
 /// What a line of the extended layout says behind its date and time.
-std::string BehindTheTime(const std::string& line) { return line.substr(line.find('|')); }
+std::string AfterTheTime(const std::string& line) { return line.substr(line.find('|')); }
 
 TEST_F(ServerPeerTest, UnderstandsEachEvent) {
   ServingProgram server(LOGGERCTL, Options());
@@ -125,8 +125,8 @@ TEST_F(ServerPeerTest, UnderstandsEachEvent) {
                                      "event:2||||-3|1|2|7", "flush"}));
 
   ASSERT_EQ(2U, Served().size());
-  EXPECT_EQ("|ERROR| src/f.cpp 42 disk full", BehindTheTime(Served()[0]));
-  EXPECT_EQ("|INFO|  -3 ", BehindTheTime(Served()[1]));
+  EXPECT_EQ("|ERROR| src/f.cpp 42 disk full", AfterTheTime(Served()[0]));
+  EXPECT_EQ("|INFO|  -3 ", AfterTheTime(Served()[1]));
   const ProcessResult result = server.Stop();
   EXPECT_EQ(0, result.exitCode);
   EXPECT_EQ("served 1 connection and 2 events, rejected 0 frames\n", result.output);
@@ -149,7 +149,7 @@ TEST_F(ServerPeerTest, UnderstandsEventsInAnyPieces) {
                                      "many:200", "flush", "pieces:0", "many:2000", "flush"}));
 
   EXPECT_EQ(2220U, Served().size());
-  EXPECT_EQ("|ERROR| fake_client.py 1 1999", BehindTheTime(Served().back()));
+  EXPECT_EQ("|ERROR| fake_client.py 1 1999", AfterTheTime(Served().back()));
 }
 
 TEST_F(ServerPeerTest, UnderstandsALargeEvent) {
@@ -158,7 +158,7 @@ TEST_F(ServerPeerTest, UnderstandsALargeEvent) {
   ExpectSatisfied(RunClient(server, {"1", "1", "large:3145728", "flush"}));
 
   ASSERT_EQ(1U, Served().size());
-  EXPECT_EQ("|ERROR| fake_client.py 1 " + std::string(3145728, 'x'), BehindTheTime(Served()[0]));
+  EXPECT_EQ("|ERROR| fake_client.py 1 " + std::string(3145728, 'x'), AfterTheTime(Served()[0]));
 }
 
 TEST_F(ServerPeerTest, SkipsWhatIsNoFrameAndRejectsWhatIsNoRecord) {
@@ -169,8 +169,8 @@ TEST_F(ServerPeerTest, SkipsWhatIsNoFrameAndRejectsWhatIsNoRecord) {
                "bytes:0100000000", "bytes:000000023031", "event:1|two|h|f|1|1|1|1", "flush"}));
 
   ASSERT_EQ(2U, Served().size());
-  EXPECT_EQ("|ERROR| f 1 one", BehindTheTime(Served()[0]));
-  EXPECT_EQ("|ERROR| f 1 two", BehindTheTime(Served()[1]));
+  EXPECT_EQ("|ERROR| f 1 one", AfterTheTime(Served()[0]));
+  EXPECT_EQ("|ERROR| f 1 two", AfterTheTime(Served()[1]));
   EXPECT_EQ("served 1 connection and 2 events, rejected 2 frames\n", server.Stop().output);
 }
 

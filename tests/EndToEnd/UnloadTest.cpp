@@ -65,7 +65,7 @@ TEST(UnloadTest, ReallyUnmapsTheLibraryAfterLoggingThroughEveryKind) {
   EXPECT_NE(std::string::npos, Content(folder.Path("log.xml")).find("<log>hello</log>"));
 }
 
-TEST(UnloadTest, LeavesNothingBehindInAThreadThatLoggedAndGoesOn) {
+TEST(UnloadTest, LeavesNothingInAThreadThatLoggedAndContinues) {
   const TemporaryFolder folder;
   std::promise<void> logged;
   std::promise<void> unloaded;

@@ -196,7 +196,7 @@ TEST_F(WiresharkTest, ShowsWhatIsInSegmentsThatAreNotPutTogether) {
       Fields(capture, "liblogger", {"_ws.col.Info"}, {"-o", "tcp.desegment_tcp_streams:FALSE"}));
 }
 
-TEST_F(WiresharkTest, TellsWhatAServerDoesWithWhatIsNoEvent) {
+TEST_F(WiresharkTest, ShowsHowAServerTreatsFramesThatAreNoEvents) {
   const std::string outside = "A field is outside of the record: the server drops the event";
   const std::string refused = "The server ends the connection at such a length";
   Capture capture;

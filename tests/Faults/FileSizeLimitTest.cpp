@@ -95,7 +95,7 @@ TEST_F(FileSizeLimitTest, LeavesAnXmlFileWholeAndHasAllOfItLater) {
   EXPECT_EQ((Texts{"one", "two", "three"}), XmlLog(file_).Messages());
 }
 
-TEST_F(FileSizeLimitTest, CutsAnXmlFileThatIsWrittenAnew) {
+TEST_F(FileSizeLimitTest, CutsAnXmlFileThatIsRewritten) {
   LogClientXml client(file_, "");
   ClientAmongOthers among(client);
   EXPECT_TRUE(among.Log("one"));

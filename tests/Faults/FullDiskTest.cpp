@@ -66,7 +66,7 @@ TEST_P(FullDiskTest, TakesOfAFileWhatFitsAndNothingMore) {
   EXPECT_TRUE(expected.substr(0, kRoom) == Content(disk_.Path("app.log")));
 }
 
-TEST_P(FullDiskTest, KeepsAFileClientSilentUntilItIsToldToOpenItsFileAgain) {
+TEST_P(FullDiskTest, KeepsAFileClientSilentUntilItIsAskedToReopenItsFile) {
   WriteFile(disk_.Path("other"), std::string(kRoom, 'x'));
   LogClientFile client(disk_.Path("app.log"), true);
   client.SetLayout("LogLayoutMessage");
@@ -152,13 +152,13 @@ TEST_F(DevFullTest, SilencesARollingClientAfterTheFirstEvent) {
   EXPECT_FALSE(Exists(folder_.Path("app.log.1")));
 }
 
-TEST_F(DevFullTest, IsNotToldOfByAnXmlClient) {
+TEST_F(DevFullTest, IsNotReportedByAnXmlClient) {
   LogClientXml client(folder_.Path("app.log"), "");
 
   EXPECT_EQ((Answers{true, true, true}), ClientAmongOthers(client).LogAll({"a", "b", "c"}));
 }
 
-TEST_F(DevFullTest, IsNotToldOfByAConsoleClient) {
+TEST_F(DevFullTest, IsNotReportedByAConsoleClient) {
   LogClientConsole client;
   Answers answers;
   {

@@ -54,7 +54,7 @@ TEST(FormattedTextTest, CountsZeroBytesWithinIt) {
   EXPECT_EQ(std::string("a\0b", 4), std::string(text->Text(), 4));
 }
 
-TEST(FormattedTextTest, TellsErrnoAsItWasInEveryPass) {
+TEST(FormattedTextTest, FormatsErrnoAsItWasInEveryPass) {
   // Standard C++ does not know %m: the compiler must not check the format.
   std::unique_ptr<FormattedText> (*const formatUnchecked)(const char*, ...) = Format;
   const std::string filling(10000, 'x');
@@ -89,7 +89,7 @@ TEST(FormattedTextTest, TakesTheNeededLengthAndTwoMore) {
   EXPECT_EQ(2147483649U, FormattedText::NextCapacity(2147483647, 4096));
 }
 
-TEST(FormattedTextTest, DoublesUntilItFitsWhenTheNeededLengthIsNotTold) {
+TEST(FormattedTextTest, DoublesUntilItFitsWhenTheNeededLengthIsNotReturned) {
   EXPECT_EQ(8192U, FormattedText::NextCapacity(-1, 4096));
   EXPECT_EQ(16384U, FormattedText::NextCapacity(-1, 8192));
   EXPECT_EQ(8192U, FormattedText::NextCapacity(-2, 4096));

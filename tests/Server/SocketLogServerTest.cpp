@@ -518,7 +518,7 @@ TEST_F(SocketLogServerTest, StartsAgainForAnotherTarget) {
   EXPECT_TRUE(target_.Events().empty());
 }
 
-TEST_F(SocketLogServerTest, LeavesNoThreadAndNoDescriptorBehind) {
+TEST_F(SocketLogServerTest, LeavesNoThreadAndNoDescriptor) {
   const long threads = RunningThreads();
   const long descriptors = OpenDescriptors();
   {
@@ -549,7 +549,7 @@ TEST_F(SocketLogServerTest, StopsWithManyIdleConnections) {
   EXPECT_EQ((Served{200, 0, 0}), ServedBy(server_));
 }
 
-TEST_F(SocketLogServerTest, LetsGoOfConnectionsThatEndedWhileItRuns) {
+TEST_F(SocketLogServerTest, ReleasesConnectionsThatEndedWhileItRuns) {
   Start();
   const long threads = RunningThreads();
   const long descriptors = OpenDescriptors();
@@ -564,7 +564,7 @@ TEST_F(SocketLogServerTest, LetsGoOfConnectionsThatEndedWhileItRuns) {
   EXPECT_EQ((Served{kManyVisits, 0, 0}), ServedBy(server_));
 }
 
-TEST_F(SocketLogServerTest, LetsGoOfAConnectionThatWasTheLast) {
+TEST_F(SocketLogServerTest, ReleasesAConnectionThatWasTheLast) {
   Start();
   const long threads = RunningThreads();
   const long descriptors = OpenDescriptors();

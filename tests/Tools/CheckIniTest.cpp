@@ -71,7 +71,7 @@ TEST(CheckIniTest, FindsTheExamplesWithoutFault) {
   EXPECT_LE(9, count);
 }
 
-TEST(CheckIniTest, TellsOfAFileThatSetsNothingUp) {
+TEST(CheckIniTest, ReportsAFileThatSetsNothingUp) {
   EXPECT_EQ(
       "it:1: warning: no levels are registered: nothing is logged unless the application registers "
       "some; list their numbers in 'loglevel' (if the application registers them: --level NUMBER)\n"
@@ -81,7 +81,7 @@ TEST(CheckIniTest, TellsOfAFileThatSetsNothingUp) {
 
 // Lines.
 
-TEST(CheckIniTest, TellsOfALineThatIsTooLong) {
+TEST(CheckIniTest, ReportsALineThatIsTooLong) {
   EXPECT_EQ("", CheckedLines("#" + std::string(510, 'x') + "\n"));
   EXPECT_EQ(
       "it:1: error: the line has 512 bytes and may have 511; the file cannot be read because of "
@@ -90,7 +90,7 @@ TEST(CheckIniTest, TellsOfALineThatIsTooLong) {
       CheckedLines("#" + std::string(511, 'x') + "\n"));
 }
 
-TEST(CheckIniTest, TellsOfALineWithoutAnEqualsSign) {
+TEST(CheckIniTest, ReportsALineWithoutAnEqualsSign) {
   const std::string finding =
       "it:1: error: there is no '=' in the line, which is ignored; write key = value, or # before "
       "a "
@@ -101,13 +101,13 @@ TEST(CheckIniTest, TellsOfALineWithoutAnEqualsSign) {
   EXPECT_EQ(finding, CheckedLines("logging # = false\n"));
 }
 
-TEST(CheckIniTest, TellsOfAZeroByte) {
+TEST(CheckIniTest, ReportsAZeroByte) {
   EXPECT_EQ("it:1: error: a zero byte ends the line; save the file as plain text\n",
             CheckedLines(std::string("logging = true\0x\n", 17)));
   EXPECT_EQ("", CheckedLines(std::string("# a\0b\n", 6)));
 }
 
-TEST(CheckIniTest, TellsOfAByteOrderMarkBeforeAKey) {
+TEST(CheckIniTest, ReportsAByteOrderMarkBeforeAKey) {
   EXPECT_EQ(
       "it:1: error: the file begins with a byte order mark, which belongs to the first key; save "
       "it "
@@ -116,7 +116,7 @@ TEST(CheckIniTest, TellsOfAByteOrderMarkBeforeAKey) {
   EXPECT_EQ("", CheckedLines("\xEF\xBB\xBF# a comment\n"));
 }
 
-TEST(CheckIniTest, TellsOfACommentWithinAValue) {
+TEST(CheckIniTest, ReportsACommentWithinAValue) {
   EXPECT_EQ("it:1: error: a comment starts at # wherever it stands: the value is 'A'\n",
             Checked("loglevel.1.name = A#1\nloglevel = 1 2\nloglevel.2.name = INFO\n" +
                     std::string(kHandlers) + kConsole));
@@ -126,7 +126,7 @@ TEST(CheckIniTest, TellsOfACommentWithinAValue) {
   EXPECT_EQ("", CheckedLines("logging = true# a comment\n"));
 }
 
-TEST(CheckIniTest, TellsOfQuotesThatStayInTheValue) {
+TEST(CheckIniTest, ReportsQuotesThatStayInTheValue) {
   const std::string rest = "loglevel = 1\n" + std::string(kHandlers) + kConsole;
 
   EXPECT_EQ(
@@ -143,7 +143,7 @@ TEST(CheckIniTest, TellsOfQuotesThatStayInTheValue) {
             Checked("loglevel.1.name = 'a'\n" + rest));
 }
 
-TEST(CheckIniTest, TellsOfWhatOtherFormatsUnderstand) {
+TEST(CheckIniTest, ReportsSyntaxOfOtherFormats) {
   const std::string rest = "loglevel = 1\n" + std::string(kHandlers) + kConsole;
 
   EXPECT_EQ(
@@ -157,14 +157,14 @@ TEST(CheckIniTest, TellsOfWhatOtherFormatsUnderstand) {
 
 // Keys.
 
-TEST(CheckIniTest, TellsOfAKeyGivenTwice) {
+TEST(CheckIniTest, ReportsAKeyGivenTwice) {
   EXPECT_EQ(
       "it:2: error: key 'logging' is given again, and replaces line 1; remove one of the two "
       "lines\n",
       CheckedLines("logging = on\nlogging = true\n"));
 }
 
-TEST(CheckIniTest, TellsOfAKeyThatNothingReads) {
+TEST(CheckIniTest, ReportsAKeyThatNothingReads) {
   EXPECT_EQ("it:1: error: key 'Logging' is read by nothing; did you mean 'logging'?\n",
             CheckedLines("Logging = true\n"));
   EXPECT_EQ(
@@ -179,14 +179,14 @@ TEST(CheckIniTest, TellsOfAKeyThatNothingReads) {
   EXPECT_EQ("it:1: error: key '' is read by nothing\n", CheckedLines("= blue\n"));
 }
 
-TEST(CheckIniTest, TellsOfAKeyWithoutAValue) {
+TEST(CheckIniTest, ReportsAKeyWithoutAValue) {
   EXPECT_EQ(
       "it:1: error: key 'logging' has no value, which is as if the line were not there; give it a "
       "value, or remove the line\n",
       CheckedLines("logging =\n"));
 }
 
-TEST(CheckIniTest, TellsOfALevelsNameThatIsNotRead) {
+TEST(CheckIniTest, ReportsALevelsNameThatIsNotRead) {
   EXPECT_EQ(
       "it:1: error: level '7' is not in the list 'loglevel': its name is not read; add it to the "
       "list, or remove the line\n",
@@ -197,7 +197,7 @@ TEST(CheckIniTest, TellsOfALevelsNameThatIsNotRead) {
       CheckedLines("loglevel.02.name = DEBUG\n"));
 }
 
-TEST(CheckIniTest, TellsOfASwitchThatIsNotRead) {
+TEST(CheckIniTest, ReportsASwitchThatIsNotRead) {
   EXPECT_EQ(
       "it:1: error: level '5' is not in the list 'loglevel': the switch is not read; add it to the "
       "list, or remove the line (if the application registers it: --level 5)\n",
@@ -213,7 +213,7 @@ TEST(CheckIniTest, TellsOfASwitchThatIsNotRead) {
       CheckedLines("loghandler.net.level.INFO = false\n"));
 }
 
-TEST(CheckIniTest, TellsOnceOfAHandlerThatIsNotListed) {
+TEST(CheckIniTest, ReportsAHandlerThatIsNotListedOnce) {
   EXPECT_EQ(
       "it:1: error: handler 'Net' is not in the list 'loghandler': nothing about it is read; did "
       "you "
@@ -221,7 +221,7 @@ TEST(CheckIniTest, TellsOnceOfAHandlerThatIsNotListed) {
       CheckedLines("loghandler.Net.level.1 = false\nloghandler.Net.child = net\n"));
 }
 
-TEST(CheckIniTest, TellsThatTheDefaultHandlersChildrenNeedItToBeListed) {
+TEST(CheckIniTest, ReportsThatTheDefaultHandlersChildrenNeedItToBeListed) {
   EXPECT_EQ(
       "it:1: error: handler 'default' is not in the list 'loghandler': its children are not "
       "attached; add it to the list\n",
@@ -237,7 +237,7 @@ TEST(CheckIniTest, TellsThatTheDefaultHandlersChildrenNeedItToBeListed) {
               "logclient.con.handler = default\n"));
 }
 
-TEST(CheckIniTest, TellsOnceOfAClientThatIsNotListed) {
+TEST(CheckIniTest, ReportsAClientThatIsNotListedOnce) {
   EXPECT_EQ(
       "it:1: error: client 'con2' is not in the list 'logclient': nothing about it is read; did "
       "you "
@@ -245,7 +245,7 @@ TEST(CheckIniTest, TellsOnceOfAClientThatIsNotListed) {
       CheckedLines("logclient.con2.type = LogClientConsole\nlogclient.con2.handler = net\n"));
 }
 
-TEST(CheckIniTest, TellsOfItemsWithoutAName) {
+TEST(CheckIniTest, ReportsItemsWithoutAName) {
   const std::string rest = std::string(kHandlers) + kConsole;
 
   EXPECT_EQ(
@@ -258,7 +258,7 @@ TEST(CheckIniTest, TellsOfItemsWithoutAName) {
       Checked("loglevel = \" 1 2\"\n" + rest));
 }
 
-TEST(CheckIniTest, TellsOfListsWithAnotherSeparator) {
+TEST(CheckIniTest, ReportsListsWithAnotherSeparator) {
   EXPECT_EQ(
       "it:1: error: '1,2' is one item: only single blanks separate a list; separate the items by "
       "single blanks\n"
@@ -278,12 +278,12 @@ TEST(CheckIniTest, TellsOfListsWithAnotherSeparator) {
 
 // Logging and levels.
 
-TEST(CheckIniTest, TellsThatLoggingIsOff) {
+TEST(CheckIniTest, ReportsThatLoggingIsOff) {
   EXPECT_EQ("it:1: warning: logging is off: nothing in the file is configured\n",
             CheckedLines("logging = false\n"));
 }
 
-TEST(CheckIniTest, TellsOfAWordThatLeavesLoggingOn) {
+TEST(CheckIniTest, ReportsAWordThatLeavesLoggingOn) {
   EXPECT_EQ(
       "it:1: error: 'FALSE' leaves logging on: only 'false' switches it off; did you mean "
       "'false'?\n",
@@ -306,7 +306,7 @@ std::string CheckedLevels(const std::string& list) {
   return Checked("loglevel = " + list + "\n" + kHandlers + kConsole);
 }
 
-TEST(CheckIniTest, TellsOfALevelThatIsSkipped) {
+TEST(CheckIniTest, ReportsALevelThatIsSkipped) {
   EXPECT_EQ(
       "it:1: error: level 'ERROR' is no number, and is skipped; list a number from 1 to "
       "2147483647, and name it in loglevel.NUMBER.name\n",
@@ -327,7 +327,7 @@ TEST(CheckIniTest, TellsOfALevelThatIsSkipped) {
       CheckedLevels("1 01"));
 }
 
-TEST(CheckIniTest, TellsOfALevelThatIsReadAsAnother) {
+TEST(CheckIniTest, ReportsALevelThatIsReadAsAnother) {
   EXPECT_EQ(
       "it:1: error: level '5x' is read as 5: a number ends at the first character that is no "
       "digit; "
@@ -347,13 +347,13 @@ TEST(CheckIniTest, TellsOfALevelThatIsReadAsAnother) {
       CheckedLevels("-1"));
 }
 
-TEST(CheckIniTest, TellsOfLevelsWithTheSameName) {
+TEST(CheckIniTest, ReportsLevelsWithTheSameName) {
   EXPECT_EQ("it:2: warning: levels '1' and '2' have the same name 'A'\n",
             Checked("loglevel.1.name = A\nloglevel.2.name = A\nloglevel = 1 2\n" +
                     std::string(kHandlers) + kConsole));
 }
 
-TEST(CheckIniTest, TellsOfAWordThatSwitchesALevelOff) {
+TEST(CheckIniTest, ReportsAWordThatSwitchesALevelOff) {
   EXPECT_EQ(
       "it:1: error: 'True' switches level 1 off on handler 'net': only 'true' switches it on; did "
       "you mean 'true'?\n",
@@ -370,7 +370,7 @@ TEST(CheckIniTest, TellsOfAWordThatSwitchesALevelOff) {
       CheckedLines("loghandler.net.level.1 = no\n"));
 }
 
-TEST(CheckIniTest, TellsOfAHandlerWithEveryLevelOff) {
+TEST(CheckIniTest, ReportsAHandlerWithEveryLevelOff) {
   EXPECT_EQ("it:2: warning: every level is switched off on handler 'net', which so logs nothing\n",
             CheckedLines("loghandler.net.level.1 = false\nloghandler.net.level.2 = false\n"));
 }
@@ -379,12 +379,12 @@ TEST(CheckIniTest, TellsOfAHandlerWithEveryLevelOff) {
 
 std::string CheckedTree(const std::string& lines) { return Checked(lines + kLevels + kConsole); }
 
-TEST(CheckIniTest, TellsOfAHandlerGivenTwice) {
+TEST(CheckIniTest, ReportsAHandlerGivenTwice) {
   EXPECT_EQ("it:1: error: handler 'net' is given twice; the second does nothing; name it once\n",
             CheckedTree("loghandler = net net\n"));
 }
 
-TEST(CheckIniTest, TellsOfAChildThatDoesNotExist) {
+TEST(CheckIniTest, ReportsAChildThatDoesNotExist) {
   EXPECT_EQ(
       "it:2: error: handler 'nte' does not exist, and is not attached to 'net'; did you mean "
       "'net'? (if the application makes it: --handler nte)\n",
@@ -395,14 +395,14 @@ TEST(CheckIniTest, TellsOfAChildThatDoesNotExist) {
       CheckedTree("loghandler = net\nloghandler.net.child = disk\n"));
 }
 
-TEST(CheckIniTest, TellsOfAChildGivenTwice) {
+TEST(CheckIniTest, ReportsAChildGivenTwice) {
   EXPECT_EQ(
       "it:2: error: handler 'net' is attached to 'default' already; this does nothing; name it "
       "once\n",
       CheckedTree("loghandler = default net\nloghandler.default.child = net net\n"));
 }
 
-TEST(CheckIniTest, TellsOnceOfEachCircle) {
+TEST(CheckIniTest, ReportsEachCircleOnce) {
   EXPECT_EQ(
       "it:2: error: handler 'net' is its own descendant, by way of 'net': a process that logs "
       "through "
@@ -415,7 +415,7 @@ TEST(CheckIniTest, TellsOnceOfEachCircle) {
       CheckedTree("loghandler = net b\nloghandler.net.child = b\nloghandler.b.child = net\n"));
 }
 
-TEST(CheckIniTest, TellsOfAHandlerReachedByTwoWays) {
+TEST(CheckIniTest, ReportsAHandlerReachedByTwoWays) {
   EXPECT_EQ(
       "it:3: warning: handler 'net' is reached by two ways, over 'a' and 'b': what comes from "
       "above "
@@ -426,7 +426,7 @@ TEST(CheckIniTest, TellsOfAHandlerReachedByTwoWays) {
                     "loghandler = a b net\nloghandler.a.child = net\nloghandler.b.child = net\n"));
 }
 
-TEST(CheckIniTest, TellsOfAHandlerThatReachesNoClient) {
+TEST(CheckIniTest, ReportsAHandlerThatReachesNoClient) {
   EXPECT_EQ(
       "it:1: warning: handler 'lonely' reaches no client: what is logged on it is written nowhere; "
       "attach a client to it or below it, or remove it\n",
@@ -436,7 +436,7 @@ TEST(CheckIniTest, TellsOfAHandlerThatReachesNoClient) {
 
 // Clients.
 
-TEST(CheckIniTest, TellsOfAClientListedTwice) {
+TEST(CheckIniTest, ReportsAClientListedTwice) {
   EXPECT_EQ(
       "it:1: error: client 'c' is listed twice: two are made, and events are written twice; list "
       "it "
@@ -445,7 +445,7 @@ TEST(CheckIniTest, TellsOfAClientListedTwice) {
               std::string(kLevels) + kHandlers));
 }
 
-TEST(CheckIniTest, TellsOfAClientWithoutATypeOrHandler) {
+TEST(CheckIniTest, ReportsAClientWithoutATypeOrHandler) {
   EXPECT_EQ(
       "it:1: error: client 'd' has no type, and is left out; give it one: LogClientConsole, "
       "LogClientFile, LogClientRollingFile, LogClientSocket or LogClientXML\n"
@@ -456,7 +456,7 @@ TEST(CheckIniTest, TellsOfAClientWithoutATypeOrHandler) {
               std::string(kLevels) + kHandlers));
 }
 
-TEST(CheckIniTest, TellsOfAnUnknownType) {
+TEST(CheckIniTest, ReportsAnUnknownType) {
   EXPECT_EQ(
       "it:1: error: client 'c' is left out: there is no kind of client 'LogClientXml'; did you "
       "mean "
@@ -480,7 +480,7 @@ TEST(CheckIniTest, KnowsTheKindsAndLayoutsOfTheApplication) {
                         options));
 }
 
-TEST(CheckIniTest, TellsOfAnUnknownHandler) {
+TEST(CheckIniTest, ReportsAnUnknownHandler) {
   const std::string rest = "logclient = c\nlogclient.c.type = LogClientConsole\n" +
                            std::string(kLevels) + "loghandler = net\n";
   const std::string lonely =
@@ -499,7 +499,7 @@ TEST(CheckIniTest, TellsOfAnUnknownHandler) {
       Checked("logclient.c.handler = net default\n" + rest));
 }
 
-TEST(CheckIniTest, TellsOfALayoutThatIsUnknownOrOfNoUse) {
+TEST(CheckIniTest, ReportsALayoutThatIsUnknownOrOfNoUse) {
   EXPECT_EQ(
       "it:1: error: client 'con' is not attached: there is no layout 'LogLayoutsimple'; did you "
       "mean "
@@ -524,7 +524,7 @@ TEST(CheckIniTest, FindsNothingInParametersWithoutFault) {
   EXPECT_EQ("", Rolling(kRollingParameters + Parameter(3, "fileappend", "yes")));
 }
 
-TEST(CheckIniTest, TellsOfAGapInTheNumbers) {
+TEST(CheckIniTest, ReportsAGapInTheNumbers) {
   EXPECT_EQ(
       "it:8: error: parameter '4' of client 'c' is not read: parameters end where the next number "
       "from 0 is missing; number the parameters 0, 1, 2, ... without a gap\n",
@@ -537,7 +537,7 @@ TEST(CheckIniTest, TellsOfAGapInTheNumbers) {
           "logclient.c.parameter.03.name = fileappend\nlogclient.c.parameter.03.value = true\n"));
 }
 
-TEST(CheckIniTest, TellsOfAParameterWithoutANameOrValue) {
+TEST(CheckIniTest, ReportsAParameterWithoutANameOrValue) {
   EXPECT_EQ(
       "it:9: error: 'logclient.c.parameter.3' has no value, and so ends the parameters and is left "
       "out; give both 'logclient.c.parameter.3.name' and 'logclient.c.parameter.3.value'\n",
@@ -548,14 +548,14 @@ TEST(CheckIniTest, TellsOfAParameterWithoutANameOrValue) {
       Rolling(kRollingParameters + "logclient.c.parameter.3.value = true\n"));
 }
 
-TEST(CheckIniTest, TellsOfAPartOfAParameterThatNothingReads) {
+TEST(CheckIniTest, ReportsAPartOfAParameterThatNothingReads) {
   EXPECT_EQ(
       "it:8: error: key 'logclient.c.parameter.2.vaule' is read by nothing; did you mean "
       "'logclient.c.parameter.2.value'?\n",
       Rolling(kRollingParameters + "logclient.c.parameter.2.vaule = 3\n"));
 }
 
-TEST(CheckIniTest, TellsOfAParameterThatTheClientDoesNotKnow) {
+TEST(CheckIniTest, ReportsAParameterThatTheClientDoesNotKnow) {
   EXPECT_EQ(
       "it:8: error: a LogClientRollingFile has no parameter 'maxbackups', which is ignored; did "
       "you "
@@ -565,14 +565,14 @@ TEST(CheckIniTest, TellsOfAParameterThatTheClientDoesNotKnow) {
             CheckedClient("logclient.c.type = LogClientConsole\n" + Parameter(0, "filename", "x")));
 }
 
-TEST(CheckIniTest, TellsOfAParameterGivenAgain) {
+TEST(CheckIniTest, ReportsAParameterGivenAgain) {
   EXPECT_EQ(
       "it:8: error: parameter 'maxbackup' is given again, and ignored: line 6 has it first; remove "
       "one of the two\n",
       Rolling(kRollingParameters + Parameter(3, "maxbackup", "3")));
 }
 
-TEST(CheckIniTest, TellsOfANumberThatIsReadDifferently) {
+TEST(CheckIniTest, ReportsANumberThatIsReadDifferently) {
   const auto size = [](const std::string& value) {
     return Rolling(Parameter(0, "filename", "a.log") + Parameter(1, "maxbackup", "1") +
                    Parameter(2, "filesize", value));
@@ -596,7 +596,7 @@ TEST(CheckIniTest, TellsOfANumberThatIsReadDifferently) {
   EXPECT_EQ("", size("+0010"));
 }
 
-TEST(CheckIniTest, TellsOfARollingFileWithoutLimits) {
+TEST(CheckIniTest, ReportsARollingFileWithoutLimits) {
   EXPECT_EQ(
       "it:1: warning: client 'c' rolls its file at every event: its 'filesize' is 0 or less; give "
       "the parameter 'filesize', in bytes\n"
@@ -612,7 +612,7 @@ TEST(CheckIniTest, TellsOfARollingFileWithoutLimits) {
               Parameter(2, "maxbackup", "-1")));
 }
 
-TEST(CheckIniTest, TellsOfAMissingParameter) {
+TEST(CheckIniTest, ReportsAMissingParameter) {
   EXPECT_EQ(
       "it:1: error: client 'c' is left out: it has no parameter 'filename'; a LogClientFile needs "
       "it: the file, relative to the working directory; its folder is not made\n",
@@ -624,7 +624,7 @@ TEST(CheckIniTest, TellsOfAMissingParameter) {
       Rolling(Parameter(0, "filesize", "9") + Parameter(1, "maxbackup", "1")));
 }
 
-TEST(CheckIniTest, TellsOfASwitchThatIsReadDifferently) {
+TEST(CheckIniTest, ReportsASwitchThatIsReadDifferently) {
   EXPECT_EQ(
       "it:9: error: 'False' leaves parameter 'fileappend' on: only 'false' switches it off; did "
       "you "
@@ -648,9 +648,9 @@ TEST(CheckIniTest, TellsOfASwitchThatIsReadDifferently) {
                     Parameter(1, "escapetext", "1")));
 }
 
-TEST(CheckIniTest, TellsThatAnXmlClientTakesMessagesForXml) {
+TEST(CheckIniTest, ReportsThatAnXmlClientReadsMessagesAsXml) {
   EXPECT_EQ(
-      "it:1: warning: client 'c' takes messages for XML: one with a bare & is written empty; give "
+      "it:1: warning: client 'c' reads messages as XML: one with a bare & is written empty; give "
       "the parameter 'escapetext' with 'true' ('false' if this is meant)\n",
       CheckedClient("logclient.c.type = LogClientXML\n" + Parameter(0, "filename", "a.xml")));
   EXPECT_EQ("",
@@ -658,7 +658,7 @@ TEST(CheckIniTest, TellsThatAnXmlClientTakesMessagesForXml) {
                           Parameter(1, "escapetext", "false")));
 }
 
-TEST(CheckIniTest, TellsOfAPortOutOfRange) {
+TEST(CheckIniTest, ReportsAPortOutOfRange) {
   const auto port = [](const std::string& value) {
     return CheckedClient("logclient.c.type = LogClientSocket\n" + Parameter(0, "serverip", "::1") +
                          Parameter(1, "serverport", value) + Parameter(2, "timeout", "9"));
@@ -680,7 +680,7 @@ TEST(CheckIniTest, TellsOfAPortOutOfRange) {
       port("http"));
 }
 
-TEST(CheckIniTest, TellsOfATimeoutThatIsNone) {
+TEST(CheckIniTest, ReportsATimeoutThatIsNone) {
   EXPECT_EQ(
       "it:7: warning: client 'c' waits for its server as long as it takes: its 'timeout' is 0 or "
       "less; "
@@ -689,7 +689,7 @@ TEST(CheckIniTest, TellsOfATimeoutThatIsNone) {
                     Parameter(1, "serverport", "1") + Parameter(2, "timeout", "0")));
 }
 
-TEST(CheckIniTest, TellsOfAFileNameThatIsTakenAsItStands) {
+TEST(CheckIniTest, ReportsAFileNameThatIsTakenAsItStands) {
   const auto file = [](const std::string& name) {
     return CheckedClient("logclient.c.type = LogClientFile\n" + Parameter(0, "filename", name));
   };
@@ -876,7 +876,7 @@ std::string CheckedFiles(const std::string& firstKind, const std::string& firstF
                  kLevels + kHandlers);
 }
 
-TEST(CheckIniTest, TellsOfTwoClientsOnOneFile) {
+TEST(CheckIniTest, ReportsTwoClientsOnOneFile) {
   EXPECT_EQ(
       "it:6: warning: file 'a.log' is also that of the client in line 1; attach both handlers "
       "to one client\n",

@@ -87,19 +87,19 @@ TEST_F(CheckMachineTest, FindsNothingWhereFilesCanBeMade) {
   EXPECT_FALSE(Exists("app.log"));
 }
 
-TEST_F(CheckMachineTest, TellsOfAFolderThatDoesNotExist) {
+TEST_F(CheckMachineTest, ReportsAFolderThatDoesNotExist) {
   EXPECT_EQ(
       "it:1: error: folder 'no': No such file or directory; make it before the application "
       "starts\n",
       CheckedWithoutRights(FileClient("LogClientFile", "no/app.log")));
 }
 
-TEST_F(CheckMachineTest, TellsOfAFolderInThePlaceOfAFile) {
+TEST_F(CheckMachineTest, ReportsAFolderInThePlaceOfAFile) {
   EXPECT_EQ("it:1: error: 'locked' is a folder; name a file\n",
             CheckedWithoutRights(FileClient("LogClientFile", "locked")));
 }
 
-TEST_F(CheckMachineTest, TellsOfWhatTheUserMayNotWrite) {
+TEST_F(CheckMachineTest, ReportsFilesThatTheUserMayNotWrite) {
   EXPECT_EQ("it:1: error: folder 'locked' cannot be written by this user: Permission denied\n",
             CheckedWithoutRights(FileClient("LogClientFile", "locked/new.log")));
   EXPECT_EQ(
@@ -107,7 +107,7 @@ TEST_F(CheckMachineTest, TellsOfWhatTheUserMayNotWrite) {
       CheckedWithoutRights(FileClient("LogClientFile", "locked/old.log")));
 }
 
-TEST_F(CheckMachineTest, TellsOfAFileThatMayNotBeRenamed) {
+TEST_F(CheckMachineTest, ReportsAFileThatMayNotBeRenamed) {
   EXPECT_EQ("", CheckedWithoutRights(FileClient("LogClientFile", "locked/app.log")));
   EXPECT_EQ(
       "it:1: error: file 'locked/app.log' may not be renamed by this user: it will not be rolled, "
@@ -116,7 +116,7 @@ TEST_F(CheckMachineTest, TellsOfAFileThatMayNotBeRenamed) {
       CheckedWithoutRights(FileClient("LogClientRollingFile", "locked/app.log")));
 }
 
-TEST_F(CheckMachineTest, TellsOfADeviceThatWouldBeRenamed) {
+TEST_F(CheckMachineTest, ReportsADeviceThatWouldBeRenamed) {
   EXPECT_EQ("", CheckedWithoutRights(FileClient("LogClientFile", "/dev/null")));
   EXPECT_EQ("it:1: error: '/dev/null' is no plain file, and would be renamed; name a plain file\n",
             CheckedWithoutRights(FileClient("LogClientRollingFile", "/dev/null")));

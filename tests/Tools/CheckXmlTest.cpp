@@ -72,7 +72,7 @@ TEST(CheckXmlTest, FindsNothingInADocumentWithoutFault) {
 
 // What is no configuration.
 
-TEST(CheckXmlTest, TellsWhereADocumentIsBroken) {
+TEST(CheckXmlTest, ReportsWhereADocumentIsBroken) {
   EXPECT_EQ(
       "it:3: error: Opening and ending tag mismatch: logging line 2 and configlogger: this is no "
       "document, and nothing is configured\n",
@@ -94,7 +94,7 @@ TEST(CheckXmlTest, RefusesADocumentTypeWithoutLookingIntoIt) {
               folder.Path("entity") + "\">\n]>\n<configlogger>&other;</configlogger>\n"));
 }
 
-TEST(CheckXmlTest, TellsWhatTheSchemaSays) {
+TEST(CheckXmlTest, ReportsWhatTheSchemaSays) {
   EXPECT_EQ(
       "it:2: error: Element 'logging', attribute 'enable': 'maybe' is not a valid value of the "
       "atomic type 'xs:boolean'\n",
@@ -115,7 +115,7 @@ TEST(CheckXmlTest, TellsWhatTheSchemaSays) {
       CheckedLevel("<loglevl id=\"1\" name=\"ERROR\"/>"));
 }
 
-TEST(CheckXmlTest, TellsTheLinesOfALongDocument) {
+TEST(CheckXmlTest, ReportsTheLinesOfALongDocument) {
   Parts parts;
   parts.level = std::string(70000, '\n') + "<loglevel id=\"x\" name=\"ERROR\"/>\n";
 
@@ -125,7 +125,7 @@ TEST(CheckXmlTest, TellsTheLinesOfALongDocument) {
       Checked(parts.Document()));
 }
 
-TEST(CheckXmlTest, TellsOfAValidDocumentThatIsNoConfiguration) {
+TEST(CheckXmlTest, ReportsAValidDocumentThatIsNoConfiguration) {
   EXPECT_EQ(
       "it:1: error: the document is a 'loghandler': nothing is configured; put it into "
       "'configlogger'\n",
@@ -134,12 +134,12 @@ TEST(CheckXmlTest, TellsOfAValidDocumentThatIsNoConfiguration) {
 
 // Words for yes and no.
 
-TEST(CheckXmlTest, TellsThatLoggingIsOff) {
+TEST(CheckXmlTest, ReportsThatLoggingIsOff) {
   EXPECT_EQ("it:2: warning: logging is off: nothing in the file is configured\n",
             CheckedLogging("false"));
 }
 
-TEST(CheckXmlTest, TellsOfAWordThatLeavesLoggingOn) {
+TEST(CheckXmlTest, ReportsAWordThatLeavesLoggingOn) {
   EXPECT_EQ(
       "it:2: error: '0' leaves logging on: only 'false' switches it off; did you mean 'false'?\n",
       CheckedLogging("0"));
@@ -158,7 +158,7 @@ std::string CheckedSwitch(const std::string& level, const std::string& enable) {
   return Checked(parts.Document());
 }
 
-TEST(CheckXmlTest, TellsOfAWordThatSwitchesALevelOff) {
+TEST(CheckXmlTest, ReportsAWordThatSwitchesALevelOff) {
   EXPECT_EQ("", CheckedSwitch("1", "true"));
   EXPECT_EQ("", CheckedSwitch("1", "false"));
   EXPECT_EQ(
@@ -173,7 +173,7 @@ TEST(CheckXmlTest, TellsOfAWordThatSwitchesALevelOff) {
 
 // Levels.
 
-TEST(CheckXmlTest, TellsOfALevelThatIsReadAsAnother) {
+TEST(CheckXmlTest, ReportsALevelThatIsReadAsAnother) {
   EXPECT_EQ("", CheckedLevel("<loglevel id=\"0\" name=\"ERROR\"/>"));
   EXPECT_EQ("", CheckedLevel("<loglevel id=\"2147483647\" name=\"ERROR\"/>"));
   EXPECT_EQ(
@@ -182,7 +182,7 @@ TEST(CheckXmlTest, TellsOfALevelThatIsReadAsAnother) {
       CheckedLevel("<loglevel id=\"2147483648\" name=\"ERROR\"/>"));
 }
 
-TEST(CheckXmlTest, TellsOfALevelGivenTwice) {
+TEST(CheckXmlTest, ReportsALevelGivenTwice) {
   EXPECT_EQ(
       "it:3: error: level '1' is given twice; only the first one counts; remove one of the "
       "two\n",
@@ -191,7 +191,7 @@ TEST(CheckXmlTest, TellsOfALevelGivenTwice) {
             CheckedLevel("<loglevel id=\"1\" name=\"A\"/><loglevel id=\"2\" name=\"A\"/>"));
 }
 
-TEST(CheckXmlTest, TellsOfASwitchThatDoesNothing) {
+TEST(CheckXmlTest, ReportsASwitchThatDoesNothing) {
   EXPECT_EQ(
       "it:5: error: level '3' is not registered: the switch does nothing; register the level, "
       "or remove the switch (if the application registers it: --level 3)\n",
@@ -210,7 +210,7 @@ TEST(CheckXmlTest, TellsOfASwitchThatDoesNothing) {
 
 // Handlers.
 
-TEST(CheckXmlTest, TellsOfElementsWithoutEffect) {
+TEST(CheckXmlTest, ReportsElementsWithoutEffect) {
   EXPECT_EQ(
       "it:5: error: 'defaultloghandler' has no effect; write <loghandler name=\"default\"> with "
       "the switches in it\n",
@@ -227,12 +227,12 @@ TEST(CheckXmlTest, TellsOfElementsWithoutEffect) {
                   "level=\"1\" enable=\"false\"/></loghandler></loghandler>"));
 }
 
-TEST(CheckXmlTest, TellsOfAHandlerGivenTwice) {
+TEST(CheckXmlTest, ReportsAHandlerGivenTwice) {
   EXPECT_EQ("it:5: error: handler 'net' is given twice; the second does nothing; name it once\n",
             CheckedHandler("<loghandler name=\"net\"/><loghandler name=\"net\"/>"));
 }
 
-TEST(CheckXmlTest, TellsOfHandlersThatAreNotInTheTree) {
+TEST(CheckXmlTest, ReportsHandlersThatAreNotInTheTree) {
   EXPECT_EQ(
       "it:4: warning: handler 'default' reaches no client: what is logged on it is written "
       "nowhere; attach a client to it or below it, or remove it\n"
@@ -249,7 +249,7 @@ TEST(CheckXmlTest, TellsOfHandlersThatAreNotInTheTree) {
       CheckedTree("<loghandler name=\"disk\"><loghandler name=\"net\"/></loghandler>"));
 }
 
-TEST(CheckXmlTest, TellsOfACircle) {
+TEST(CheckXmlTest, ReportsACircle) {
   EXPECT_EQ(
       "it:7: error: handler 'default' is its own descendant, by way of 'net': a process that "
       "logs through it ends or hangs; handlers must form a tree\n",
@@ -259,7 +259,7 @@ TEST(CheckXmlTest, TellsOfACircle) {
 
 // Clients.
 
-TEST(CheckXmlTest, TellsOfAClientThatIsLeftOut) {
+TEST(CheckXmlTest, ReportsAClientThatIsLeftOut) {
   EXPECT_EQ(
       "it:6: error: the client is left out: there is no kind of client 'LogClientXml'; did you "
       "mean 'LogClientXML'? (if the application registers it: --kind LogClientXml)\n",
@@ -274,7 +274,7 @@ TEST(CheckXmlTest, TellsOfAClientThatIsLeftOut) {
       CheckedClient("LogClientConsole", "", " net"));
 }
 
-TEST(CheckXmlTest, TellsOfALayoutThatIsUnknownOrOfNoUse) {
+TEST(CheckXmlTest, ReportsALayoutThatIsUnknownOrOfNoUse) {
   EXPECT_EQ(
       "it:6: error: the client writes nothing: there is no layout 'LogLayoutsimple'; did you "
       "mean 'LogLayoutSimple'? (if the application registers it: --layout LogLayoutsimple)\n",
@@ -286,7 +286,7 @@ TEST(CheckXmlTest, TellsOfALayoutThatIsUnknownOrOfNoUse) {
                           "layout=\"x\"/>"));
 }
 
-TEST(CheckXmlTest, TellsOfParameters) {
+TEST(CheckXmlTest, ReportsParameters) {
   EXPECT_EQ(
       "it:6: error: parameter 'filename' is given again, and ignored: line 6 has it first; remove "
       "one of the two\n"

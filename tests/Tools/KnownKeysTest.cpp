@@ -28,7 +28,7 @@ using Loggerctl::KnownParameter;
 namespace {
 
 /// The words that stand in the text between `start` and a quotation mark.
-std::vector<std::string> WordsBehind(const std::string& start, const std::string& text) {
+std::vector<std::string> WordsAfter(const std::string& start, const std::string& text) {
   std::vector<std::string> words;
   for (std::size_t found = 0; (found = text.find(start, found)) != std::string::npos;) {
     found += start.size();
@@ -41,7 +41,7 @@ std::vector<std::string> WordsBehind(const std::string& start, const std::string
 std::set<std::string> FoundInSources(const std::string& folder, const std::string& start) {
   std::set<std::string> found;
   for (const auto& file : std::filesystem::directory_iterator(PROJECT_FOLDER "/Src/" + folder)) {
-    for (const std::string& word : WordsBehind(start, Content(file.path().string()))) {
+    for (const std::string& word : WordsAfter(start, Content(file.path().string()))) {
       found.insert(word);
     }
   }
@@ -86,8 +86,8 @@ TEST(KnownKeysTest, HasTheAttributesOfTheSchema) {
   std::set<std::string> inSchema;
   std::string element;
   for (const std::string& line : Lines(PROJECT_FOLDER "/Src/Configuration/liblogger.xsd")) {
-    for (const std::string& name : WordsBehind("<xs:element name=\"", line)) element = name;
-    for (const std::string& name : WordsBehind("<xs:attribute name=\"", line)) {
+    for (const std::string& name : WordsAfter("<xs:element name=\"", line)) element = name;
+    for (const std::string& name : WordsAfter("<xs:attribute name=\"", line)) {
       inSchema.insert(element + " " + name);
     }
   }
@@ -101,20 +101,21 @@ TEST(KnownKeysTest, HasTheAttributesOfTheSchema) {
 
 TEST(KnownKeysTest, StandsWholeInTheGuide) {
   const std::string guide = Content(PROJECT_FOLDER "/docs/configuration.md");
-  const auto isTold = [&guide](const std::string& name) {
+  const auto isInGuide = [&guide](const std::string& name) {
     return guide.find("`" + name + "`") != std::string::npos;
   };
 
-  for (const KnownKey& key : KnownKeys()) EXPECT_TRUE(isTold(key.name)) << key.name;
+  for (const KnownKey& key : KnownKeys()) EXPECT_TRUE(isInGuide(key.name)) << key.name;
   for (const KnownAttribute& attribute : KnownAttributes()) {
-    EXPECT_TRUE(isTold(attribute.element)) << attribute.element;
-    EXPECT_TRUE(isTold(attribute.name)) << attribute.name;
+    EXPECT_TRUE(isInGuide(attribute.element)) << attribute.element;
+    EXPECT_TRUE(isInGuide(attribute.name)) << attribute.name;
   }
   for (const KnownKind& kind : KnownKinds()) {
-    EXPECT_TRUE(isTold(kind.name)) << kind.name;
-    for (const KnownParameter& one : kind.parameters) EXPECT_TRUE(isTold(one.name)) << one.name;
+    EXPECT_TRUE(isInGuide(kind.name)) << kind.name;
+    for (const KnownParameter& one : kind.parameters) EXPECT_TRUE(isInGuide(one.name)) << one.name;
   }
-  for (const KnownLayout& layout : KnownLayouts()) EXPECT_TRUE(isTold(layout.name)) << layout.name;
+  for (const KnownLayout& layout : KnownLayouts())
+    EXPECT_TRUE(isInGuide(layout.name)) << layout.name;
 }
 
 }  // namespace

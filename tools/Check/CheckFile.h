@@ -23,10 +23,11 @@ struct CheckedFile {
   bool HasAtLeast(Severity severity) const;
 };
 
-/// Reads a file and finds what the library would make of it. Neither writes nor connects anywhere.
+/// Checks a file, with findings about what the library would skip or misread. Neither writes nor
+/// connects anywhere.
 CheckedFile CheckFile(const std::string& fileName, const CheckOptions& options);
 
-/// The same of a text that is already read.
+/// Checks a text that is already read.
 std::vector<Finding> CheckContent(const std::string& content, const CheckOptions& options);
 
 }  // namespace Loggerctl

@@ -10,7 +10,7 @@ namespace Loggerctl {
 
 namespace {
 
-/// How to write a level that is cut at a character, such as a range.
+/// How to write a level that is cut at a character, for example a range.
 std::string SuggestionForNumber(const std::string& text) {
   const std::size_t dash = text.find_first_of("-.:", 1);
   const std::size_t rest = dash == std::string::npos ? dash : text.find_first_not_of("-.:", dash);

@@ -180,7 +180,7 @@ void CheckTimeout(const Client& client, Findings& findings) {
 void CheckXmlText(const Client& client, Findings& findings) {
   if (client.Given("escapetext") != nullptr) return;
   findings.Warning(client.line,
-                   client.Title() + " takes messages for XML: one with a bare & is written empty",
+                   client.Title() + " reads messages as XML: one with a bare & is written empty",
                    "give the parameter 'escapetext' with 'true' ('false' if this is meant)");
 }
 

@@ -86,8 +86,8 @@ struct Configuration {
   /// The numbers of these levels, and of those that the application registers.
   std::set<unsigned int> LevelNumbers() const;
 
-  // What the library makes of repetitions: the first handler and child stay, the last switch
-  // counts.
+  // With repetitions resolved as the library does: the first handler or child counts, and the last
+  // switch.
   std::vector<Word> UniqueHandlers() const;
   std::vector<Word> ChildrenOf(const std::string& parent) const;
   std::vector<LevelSwitch> SwitchesOf(const std::string& handler) const;

@@ -33,7 +33,7 @@ bool BeginsWithTypographicQuote(const std::string& value) {
                      [&](const char* quote) { return value.rfind(quote, 0) == 0; });
 }
 
-/// One line, on its way from what it looks like to what is read.
+/// One line, compared as it looks with how the library reads it.
 class IniLine {
  public:
   IniLine(std::string text, int number, Findings& findings)

@@ -14,8 +14,8 @@ struct IniEntry {
   int line;
 };
 
-/// The pairs of a properties file in their order, repeated keys included. Finds what
-/// the library does not take as it looks.
+/// The pairs of a properties file in their order, repeated keys included. Reports lines that the
+/// library reads differently from how they look.
 std::vector<IniEntry> ReadIniLines(const std::string& content, Findings& findings);
 
 }  // namespace Loggerctl

@@ -4,8 +4,8 @@
 
 namespace Loggerctl {
 
-/// Keeps the parser of documents from the network: while this object lives, what a document names
-/// by a URL is not fetched. Its files are read. There is one at a time.
+/// Keeps the XML parser off the network: while this object lives, entities named by a URL are not
+/// fetched; files are read. There is one at a time.
 class LocalEntities {
  public:
   LocalEntities();

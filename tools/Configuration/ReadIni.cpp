@@ -30,7 +30,7 @@ bool IsUtf16(const std::string& content) {
   return start == "\xFF\xFE" || start == "\xFE\xFF" || (start[0] == '\0') != (start[1] == '\0');
 }
 
-/// Reads keys in the way the library does, and knows in the end which ones nothing read.
+/// Reads keys as the library does, and keeps track of those that nothing read.
 class IniReader {
  public:
   IniReader(const std::vector<IniEntry>& entries, const OwnNames& own, Findings& findings)
@@ -73,7 +73,7 @@ class IniReader {
     return unread;
   }
 
-  /// The value, without a word about an empty one.
+  /// The value, without a finding about an empty one.
   Word Plain(const std::string& key) {
     read_.insert(key);
     const auto found = values_.find(key);

@@ -9,8 +9,8 @@
 
 namespace Loggerctl {
 
-/// Reads a properties file as the library does. Finds lines and keys that the library does not take
-/// as they look, lists with a gap, and parameters numbered with one.
+/// Reads a properties file as the library does. Reports lines and keys that the library reads
+/// differently from how they look, and gaps in lists and in the numbers of parameters.
 std::optional<Configuration> ReadIni(const std::string& content, const ReadOptions& options,
                                      Findings& findings);
 

@@ -43,7 +43,7 @@ std::string OneLine(const char* message) {
 struct ParserNotes {
   int documentTypeLine = 0;  ///< 0 when it has no document type.
   int errorLine = 0;
-  std::string error;  ///< The first one; what follows it are mostly its consequences.
+  std::string error;  ///< The first one; later ones mostly follow from it.
 };
 
 void NoteError(void* context, xmlError* error) {

@@ -7,8 +7,8 @@
 
 namespace Loggerctl {
 
-/// The configuration as a properties file, with its clients named by numbers. What such a file
-/// cannot say is left out, and is a loss among the findings.
+/// The configuration as a properties file, with its clients named by numbers. Content that such a
+/// file cannot hold is left out, and is a loss among the findings.
 std::string WriteIni(const Configuration& configuration, Findings& findings);
 
 }  // namespace Loggerctl

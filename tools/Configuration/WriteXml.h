@@ -7,8 +7,8 @@
 
 namespace Loggerctl {
 
-/// The configuration as an XML document. What such a document cannot say is left out, and is a loss
-/// among the findings; the document is unusable when that leaves no level to register.
+/// The configuration as an XML document. Content that such a document cannot hold is left out, and
+/// is a loss among the findings; the document is unusable when that leaves no level to register.
 std::string WriteXml(const Configuration& configuration, Findings& findings);
 
 }  // namespace Loggerctl

@@ -67,7 +67,7 @@ class CountingConsole : public Counting<LogClientConsole> {
   std::string OwnFault() override { return ""; }
 };
 
-/// What a file client and a rolling one have in common.
+/// The common part of file clients and rolling ones.
 template <typename Kind>
 class CountingFileKind : public Counting<Kind> {
  public:
@@ -131,7 +131,7 @@ class CountingSocket : public Counting<LogClientSocket> {
     // Without a connection the client would keep the event for ever.
     if (!IsConnected() || !Counting::Deliver(event)) return false;
     error_ = 0;
-    delivery_.SetLost(0);  // What had to wait for room in the connection was sent before this one.
+    delivery_.SetLost(0);  // Queued events were sent before this one.
     return true;
   }
   std::string OwnFault() override {

@@ -9,7 +9,7 @@
 
 namespace Loggerctl {
 
-/// What a client that counts has beside what its kind is.
+/// The interface of a counting client, whatever its kind.
 class CountingClient {
  public:
   explicit CountingClient(Delivery& delivery) : delivery_(delivery) {}
@@ -23,7 +23,7 @@ class CountingClient {
   void LeaveOut(const std::string& reason) { leftOutBecause_ = reason; }
   bool IsLeftOut() const { return !leftOutBecause_.empty(); }
 
-  /// Has everything delivered that can still be.
+  /// Delivers everything that is still queued, if possible.
   virtual void Finish();
 
   const Delivery& Counts() const { return delivery_; }

@@ -7,7 +7,7 @@ namespace Loggerctl {
 
 /// A client as a configuration file declares it.
 struct DeclaredClient {
-  std::string title;  ///< Such as "client 'f'", or "client 2" where clients have no names.
+  std::string title;  ///< "client 'f'", or "client 2" where clients have no names.
   std::string kind;
   std::string handler;
   std::string layout;

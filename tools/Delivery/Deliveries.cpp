@@ -57,9 +57,8 @@ bool IsKnownLayout(const std::string& name) {
                      [&](const KnownLayout& layout) { return layout.name == name; });
 }
 
-/// Attaches a client that the library left out where it belongs, to lose what it should get. A
-/// client whose handler does not exist should get everything that `handler` takes, as far as anyone
-/// can know.
+/// Attaches a stand-in for a client that the library left out, which counts its events as lost. If
+/// the client's handler does not exist, it counts everything that `handler` accepts.
 void Attach(const DeclaredClient& declared, CountedClient& made, LogHandler& handler) {
   LogHandler* const own = Logger::GetExistingLogHandler(declared.handler);
   const bool wasLeftOut = (own == nullptr ? handler : *own).AddLogClient(made.client);
@@ -101,7 +100,7 @@ unsigned long CountEntries(std::istream& document) {
 /// Looks into the file of a client that never says that it could not save its document. No text of
 /// an event can look like the start of an element.
 void CheckDocument(Delivery& delivery) {
-  // A device cannot be looked into; and libxml2 takes some names for others.
+  // A device cannot be read back, and libxml2 opens another file for some names.
   const std::string& name = delivery.Place();
   std::error_code ignored;
   const auto type = std::filesystem::status(name, ignored).type();

@@ -9,9 +9,9 @@ namespace Loggerctl {
 /// Finds out what the clients of a configuration lose.
 ///
 /// The library reports no losses, and leaves out a client that it cannot set up. A command that
-/// must not lose anything in silence has the configuration set up with clients of its own, which
-/// derive from the library's and count, and attaches one that only counts in the place of each that
-/// was left out. An event that a handler on the way filters out is no loss.
+/// must report every loss sets the configuration up with derived clients that count, and attaches
+/// one that only counts in place of each that was left out. An event that a handler filters out is
+/// no loss.
 class Deliveries {
  public:
   /// Clients that are made from now on are counted. `command` is named in every line that is

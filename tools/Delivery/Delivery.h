@@ -14,12 +14,12 @@ class Delivery {
 
   const std::string& Kind() const { return kind_; }
   const std::string& Place() const { return place_; }
-  /// Such as "client 'f'". Without one the kind is printed alone.
+  /// The client's name in messages ("client 'f'"). Without one only the kind is printed.
   void SetTitle(const std::string& title) { title_ = title; }
 
   void CountDelivered();
   void CountLost();
-  /// Replaces the number of lost events by a later insight.
+  /// Corrects the number of lost events.
   void SetLost(unsigned long lost) { lost_ = lost; }
   /// All of the events may be lost.
   void SetUnconfirmed();

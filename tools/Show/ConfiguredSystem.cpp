@@ -32,7 +32,7 @@ std::vector<ShownLevel> AskLevelsOff(LogHandler& handler, const std::vector<Show
   return off;
 }
 
-/// Follows what is attached to what, between all handlers and all clients that were made.
+/// Collects the attachments between all handlers and all clients that were made.
 class Attachments {
  public:
   Attachments() {

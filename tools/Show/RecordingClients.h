@@ -8,7 +8,7 @@
 
 namespace Loggerctl {
 
-/// A kind of client, as far as a configuration decides what becomes of one.
+/// The rules of a kind of client that decide whether a configuration makes one.
 struct ClientKind {
   std::string name;
   bool usesLayout;

@@ -50,8 +50,8 @@ void AppendHandlers(std::ostream& out, const ConfiguredSystem& system) {
   }
 }
 
-/// Draws what hangs on what. A handler that is reached by several ways is drawn once, and named
-/// where it comes again.
+/// Draws the tree of handlers and clients. A handler that is reached by several ways is drawn once,
+/// and only named afterwards.
 class Tree {
  public:
   Tree(std::ostream& out, const ConfiguredSystem& system) : out_(out), system_(system) {}
@@ -62,7 +62,7 @@ class Tree {
     for (std::size_t index = 0; index < system_.handlers.size(); ++index) {
       if (children.count(index) == 0) DrawTop(index);
     }
-    // What is left is reached from itself only: a cycle, and what hangs on it.
+    // The rest is reached from itself only: cycles, and the handlers below them.
     for (std::size_t index = 0; index < system_.handlers.size(); ++index) {
       if (drawn_.count(index) == 0) DrawTop(index);
     }
