@@ -56,7 +56,7 @@ TEST(MutexWrapperTest, IsFreeWhenNew) {
   EXPECT_TRUE(IsFree(guarded));
 }
 
-/// What both guards do.
+/// The common behaviour of both guards.
 template <typename Guard>
 class MutexWrapperGuardTest : public testing::Test {};
 

@@ -112,7 +112,7 @@ std::set<int> OpenSockets() {
   return sockets;
 }
 
-/// The descriptor behind the socket that is made by the action.
+/// The descriptor of the socket that is made by the action.
 template <typename Action>
 int NewSocketOf(Action action) {
   const std::set<int> former = OpenSockets();
@@ -388,7 +388,7 @@ TEST(SocketWrapperTest, FailsToSendWithoutASignalWhenTheConnectionHasEnded) {
   EXPECT_TRUE(error == "Broken pipe" || error == "Connection reset by peer") << error;
 }
 
-/// A text in which no piece can be lost or doubled unseen.
+/// A text in which a lost or repeated piece is noticed.
 std::string LargeText(std::size_t size) {
   std::string text(size, '\0');
   std::uint32_t state = 1;
@@ -611,7 +611,7 @@ TEST(SocketWrapperTest, ClosesTheFormerSocketWhenItOpensAnother) {
   EXPECT_EQ(0, connection.client.GetPort());
 }
 
-/// Whether it is so with a descriptor for a fresh socket, and without one.
+/// Runs with a descriptor left for a fresh socket, and without one.
 class DisconnectedSocketTest : public testing::TestWithParam<bool> {};
 
 TEST_P(DisconnectedSocketTest, IsValidButFailsToSendUntilItIsConnected) {

@@ -27,7 +27,7 @@ static_assert(!std::is_copy_assignable_v<ThreadWrapper>);
 constexpr int kForEver = -1;
 constexpr int kMinute = 60000;
 
-/// What the kernel knows about a thread of this process.
+/// The kernel's data about a thread of this process.
 std::string TaskFolder(pid_t tid) { return "/proc/self/task/" + std::to_string(tid); }
 
 /// A thread's work: it says that it runs, waits to be released, and says that it is over.
@@ -38,7 +38,7 @@ struct Work {
 };
 
 void* RunUntilReleased(void* argument) {
-  // What the thread needs is its own: the test may be over before the last promise is.
+  // The thread owns its data, since the test may end before the thread does.
   const std::unique_ptr<std::shared_ptr<Work>> work(static_cast<std::shared_ptr<Work>*>(argument));
   (*work)->running.set_value(gettid());
   (*work)->release.get_future().wait();

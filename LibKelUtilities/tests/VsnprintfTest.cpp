@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What one call did to a buffer of ten x.
+/// The result of one call on a buffer of ten x.
 struct Formatted {
   int length;
   std::string buffer;

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What becomes of the program's renames.
+/// The results of the program's renames.
 struct Renames {
   std::deque<int> failures;         ///< The errno of each of the next ones.
   std::function<void()> whenMoved;  ///< Called after one that succeeded, if set.

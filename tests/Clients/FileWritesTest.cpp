@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What the kernel does with write calls to files, and what they were.
+/// Faults of the write calls to files, and a record of the calls.
 struct Writes {
   bool areWatched = false;
   std::vector<std::size_t> lengths;

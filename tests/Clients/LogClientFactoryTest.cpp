@@ -23,7 +23,7 @@ namespace {
 
 std::atomic<int> destroyed{0};
 
-/// Remembers what it was made from.
+/// Keeps a value of the properties that it was made from.
 class MadeClient : public CountedClient {
  public:
   MadeClient(const char* maker, const LogProperties& properties)

@@ -847,7 +847,7 @@ TEST_F(LogClientSocketTest, IsWithheldByTheFactoryWhenItIsNotConnected) {
                          "LogClientSocket", LogProperties()));
 }
 
-// Whether the connection stands.
+// Whether the connection is open.
 
 TEST_F(LogClientSocketTest, IsConnectedUntilTheServerEndsTheConnection) {
   Connect(kSynchronous);

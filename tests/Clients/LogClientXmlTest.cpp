@@ -647,7 +647,7 @@ TEST_F(LogClientXmlTest, MakesFilesThatTheProcesssMaskAllows) {
   EXPECT_EQ(std::filesystem::perms(0640), std::filesystem::status(file_).permissions());
 }
 
-// File names that libxml2 has ideas of its own about.
+// File names that libxml2 treats specially.
 
 TEST_F(LogClientXmlTest, WritesToTheStandardOutputForALoneHyphen) {
   std::filesystem::current_path(folder_.Path());

@@ -1,5 +1,5 @@
-// A thread that is cancelled while it sends or waits ends there, and leaves no connection on which
-// the next bytes would be taken for something else.
+// A thread that is cancelled while it sends or waits ends there, and leaves no connection whose
+// next bytes would be misread.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What becomes of a socket client in a forked child, while the parent goes on with its connection.
+// A socket client in a forked child, while the parent keeps using its connection.
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t kEndless = static_cast<std::size_t>(-1);
 
-/// What the kernel does with send calls, and what they were.
+/// Faults of the send calls, and a record of the calls.
 struct Sends {
   bool areWatched = false;
   std::vector<std::size_t> lengths;
@@ -223,7 +223,7 @@ std::string FramesOfAll() {
   return FrameOf(NumberedEvent(0)) + FrameOf(NumberedEvent(1)) + FrameOf(NumberedEvent(2));
 }
 
-/// What the process has allocated.
+/// The bytes that the process has allocated.
 std::size_t Allocated() {
   const struct mallinfo2 information = mallinfo2();
   return information.uordblks + information.hblkhd;
@@ -234,7 +234,7 @@ class FailedQueueTest : public SocketSendsTest {
  protected:
   void FailAt(std::size_t position) {
     Connect(true);
-    // What the client keeps for itself is there already.
+    // The client's lasting memory is already allocated.
     for (int number = 0; number < 3; ++number) client_->Publish(NumberedEvent(number));
     EXPECT_TRUE(client_->SendToServer(false));
     EXPECT_TRUE(FramesOfAll() == connection_.Receive(3 * kFrameSize));

@@ -200,7 +200,7 @@ TEST_F(HostileXmlTest, ReadsThousandsOfHandlers) {
   EXPECT_EQ(1U, Receivers(last).size());
 }
 
-// What is no document.
+// Inputs that are no document.
 
 TEST_F(HostileXmlTest, RefusesADocumentThatIsCutAnywhere) {
   const std::string document = Content(PROJECT_FOLDER "/examples/worked_example.xml");

@@ -19,7 +19,7 @@ namespace {
 
 static_assert(std::has_virtual_destructor_v<LogConfiguratorIni>);
 
-/// What every process has.
+/// The system of every process before it is configured.
 const char* const kNothing = "[default]\n";
 
 /// A client named c at the handler default, but for what follows.

@@ -23,7 +23,7 @@ namespace {
 
 static_assert(std::has_virtual_destructor_v<LogConfiguratorXml>);
 
-/// What every process has.
+/// The system of every process before it is configured.
 const char* const kNothing = "[default]\n";
 
 /// A document with one element of each kind, and the system that it sets up.
@@ -442,7 +442,7 @@ TEST_F(LogConfiguratorXmlTest, SetsUpNothingFromADocumentThatIsNotValid) {
       {parameter, R"(<parameter value="1"/>)"},
       {layout, "<layout/>"},
       {inTree, R"(<loghandler name="a"><loghandler/></loghandler>)"},
-      // What the schema does not know.
+      // Elements and attributes that the schema does not know.
       {logging, R"(<logging enable="true" more="1"/>)"},
       {level, level + "<other/>"},
       {level, level + "text"},

@@ -67,8 +67,7 @@ void PrintFiles() {
   }
 }
 
-/// What a process of its own, in a folder of its own, tells about the system that it set up with
-/// the file.
+/// The system that a separate process, in a separate folder, sets up from the file and prints.
 template <typename Configurator>
 std::string SystemOf(const std::string& configuration) {
   const TemporaryFolder folder;

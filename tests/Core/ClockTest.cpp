@@ -1,5 +1,5 @@
-// Events have the time that the system's clock shows when they are logged, also when it was set
-// back or far ahead meanwhile. The test has a clock of its own.
+// Events have the time that the system's clock shows when they are logged, also after it was set
+// back or far ahead. The test replaces the clock.
 
 #include <gtest/gtest.h>
 #include <sys/time.h>

@@ -30,14 +30,14 @@ std::string StreamOf(const LogEvent& event) {
   return std::string(record, static_cast<std::size_t>(length));
 }
 
-/// Reads the record as one that is trusted, where nothing else is behind it.
+/// Reads the record as one that is trusted, at the very end of its memory.
 LogEvent TrustedEventOf(const std::string& record) {
   const std::unique_ptr<char[]> copy(new char[record.size()]);
   std::memcpy(copy.get(), record.data(), record.size());
   return LogEvent(copy.get());
 }
 
-/// Reads the record where nothing else is behind it. Null when it is no record.
+/// Reads the record at the very end of its memory. Null when it is no record.
 std::unique_ptr<LogEvent> EventOf(const std::string& record) {
   const std::unique_ptr<char[]> copy(new char[record.size()]);
   std::memcpy(copy.get(), record.data(), record.size());

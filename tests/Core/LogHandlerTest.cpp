@@ -215,7 +215,7 @@ TEST_F(LogHandlerTest, PublishesNothingOfALevelThatHasBeenSwitchedOff) {
   std::atomic<long> calls[2] = {};
   client_.whenPublished = [&](const LogEvent&) {
     ++published;
-    std::this_thread::yield();  // Lets others come to wait for the handler.
+    std::this_thread::yield();  // Lets other threads block on the handler.
   };
 
   std::vector<std::thread> loggers;
@@ -420,7 +420,7 @@ TEST_F(LogHandlerTest, StopsAnEventThatComesRoundWhileAnotherIsOnItsWay) {
   EXPECT_EQ((Texts{"outer", "inner", "outer"}), client_.Messages());
 }
 
-// What events are made of.
+// The content of events.
 
 TEST_F(LogHandlerTest, MakesEventsOfWhatItIsGiven) {
   const char* const noFile = nullptr;
@@ -551,7 +551,7 @@ TEST_F(LogHandlerTest, FormatsTheCallersErrno) {
             client_.Messages());
 }
 
-// Receivers that work on the handler meanwhile.
+// Receivers that change the handler during an event.
 
 TEST_F(LogHandlerTest, LetsAReceiverLogThroughTheSameHandler) {
   RecordingClient second;

@@ -118,7 +118,7 @@ TEST(LogLevelManagerTest, AnswersReadersWhileLevelsAreAdded) {
           if (level != static_cast<unsigned int>(count) + 1) ++wrongAnswers;
           ++count;
         }
-        // What was there stays there, with its name.
+        // A level keeps its position and its name.
         if (count > 0 && levels.GetLogLevelName(level) != std::to_string(level)) ++wrongAnswers;
         if (!levels.ExistLogLevel(1) && count > 0) ++wrongAnswers;
       }

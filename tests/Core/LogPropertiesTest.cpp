@@ -33,7 +33,7 @@ std::string Taken(LogProperties& properties, const std::string& key) {
   return properties.RemoveProperty(key) ? value : kNone;
 }
 
-/// What a text gives the key.
+/// The key's value in a text.
 std::string ValueIn(const std::string& text, const std::string& key) {
   LogProperties properties;
   EXPECT_TRUE(LoadText(properties, text));
@@ -416,7 +416,7 @@ TEST(LogPropertiesTest, ExtractsATextInPlace) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
-    std::string buffer = "  " + row.text;  // What stands before the text is left alone.
+    std::string buffer = "  " + row.text;  // Bytes before the text are left alone.
     char* const text = buffer.data() + 2;
     LogProperties properties;
     properties.AddProperty("text", "value");

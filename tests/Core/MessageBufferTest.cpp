@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What one thread asks of realloc and free while the record lives.
+/// The calls of realloc and free of one thread, recorded while the object lives.
 struct BufferRecord {
   BufferRecord() {
     constexpr std::size_t kSurelyEnough = 64;
@@ -190,7 +190,7 @@ TEST_F(MessageBufferTest, IsNotUsedForAMessageThatIsFilteredOut) {
   EXPECT_EQ(Sizes{}, record.sizes);
 }
 
-/// A message that cannot be logged, without a word about it.
+/// A message that cannot be logged, which is not reported.
 class LostMessageTest : public MessageBufferTest {
  protected:
   LostMessageTest() {

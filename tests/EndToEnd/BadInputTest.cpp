@@ -1,5 +1,5 @@
-// What nobody should log, and what the clock and the time zone should not do: through every layout
-// and every kind of client, and what is then written, byte by byte.
+// Unusual messages, times and time zones through every layout and every kind of client; the output
+// is compared byte by byte.
 
 #include <gtest/gtest.h>
 #include <sys/time.h>
@@ -32,14 +32,14 @@ namespace {
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-/// What an event has in the different kinds of output.
+/// The texts of an event in the different kinds of output.
 struct Output {
   std::string dateTime;    ///< Of the layouts.
   std::string position;    ///< Of the extended layout.
   std::string message;     ///< In text.
   std::string xml;         ///< The element of the message in a document,
   std::string escapedXml;  ///< and with "escapetext".
-  std::string servedLine;  ///< Of the extended layout behind a log server.
+  std::string servedLine;  ///< Of the extended layout, after a log server.
 };
 
 /// The output of an event of which only the message is unusual.
@@ -55,7 +55,7 @@ Output OutputOf(const std::string& message, const std::string& xml) {
   return OutputOf(message, xml, xml);
 }
 
-/// The output of an event of which only the time is unusual: another one behind a log server.
+/// The output of an event of which only the time is unusual; it is different after a log server.
 Output OutputAt(const std::string& dateTime, const std::string& servedDateTime) {
   return {dateTime,
           "file.cpp 42",
@@ -93,7 +93,7 @@ class BadInputTest : public testing::Test {
     handler_->AddLogClient(socket_);
   }
 
-  /// Publishes the event, and looks at what everybody has made of it.
+  /// Publishes the event, and compares the output of every client.
   void ExpectWritten(const Output& output, const LogEvent& event) {
     CaptureStdout();
     EXPECT_TRUE(handler_->Publish(event));
@@ -112,7 +112,7 @@ class BadInputTest : public testing::Test {
   }
   void ExpectWritten(const Output& output) { ExpectWritten(output, EventWith(output.message)); }
 
-  /// What becomes of the arguments of a call, as the one event's message.
+  /// The message of the event that a call with these arguments logs.
   template <typename... Arguments>
   static std::string Logged(Arguments... arguments) {
     RecordingClient client;
@@ -140,7 +140,7 @@ class BadInputTest : public testing::Test {
     handler.AddLogClient(client);
   }
 
-  /// What a file has got since the last call.
+  /// The text written to a file since the last call.
   std::string Taken(const std::string& name) const {
     const std::string content = Content(Path(name));
     std::filesystem::resize_file(Path(name), 0);

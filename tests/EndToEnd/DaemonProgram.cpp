@@ -1,7 +1,7 @@
 // Configures the logging, and then goes into the background: DaemonProgram CONFIGURATION
 //
-// Logs "parent", and as a daemon "daemon 0" to "daemon 9". What socket clients have queued is sent
-// before the fork, and at the end. Standard output stays what it was.
+// Logs "parent", and as a daemon "daemon 0" to "daemon 9". The queues of socket clients are sent
+// before the fork, and at the end. Standard output stays open.
 
 #include <unistd.h>
 

@@ -39,7 +39,7 @@ class DaemonTest : public testing::Test {
     return result;
   }
 
-  /// What a server gets from a socket client with a further parameter.
+  /// The events that a server gets from a socket client with a further parameter.
   std::string ReceivedByAServer(const std::string& parameter) const {
     const std::string file = folder_.Path("served.log");
     WriteFile(folder_.Path("serve.ini"), With("LogClientFile", Parameter(0, "filename", file)));

@@ -36,7 +36,7 @@ const LogsAtItsEnd staticObject{"destructor of a static object"};
 
 void UseLocalStatic() { static const LogsAtItsEnd local{"destructor of a local static object"}; }
 
-/// A client that never comes back.
+/// A client whose Publish never returns.
 class StuckClient : public LogClient {
  public:
   bool Publish(const LogEvent&) override {
@@ -104,7 +104,7 @@ class ClientThatWaitsAtItsEnd : public LogClient {
   }
 }
 
-/// Every handler's events come to the default handler.
+/// Attaches the default handler to every other one.
 void LetThreadsGoOnLogging() {
   constexpr int kThreads = 4;
   static std::atomic<int> started{0};

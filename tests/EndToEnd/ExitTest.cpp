@@ -1,4 +1,4 @@
-// What a process logs on its way out is written.
+// Events logged while the process exits are written.
 
 #include <gtest/gtest.h>
 

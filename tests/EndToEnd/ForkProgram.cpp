@@ -1,4 +1,4 @@
-// Logs from four threads and forks meanwhile: ForkProgram FORKS FILE PORT
+// Forks while four threads log: ForkProgram FORKS FILE PORT
 //
 // Every event goes to the file, to standard output and to the server at the port. A child logs
 // three events; its socket client connects by itself. At the end a line on standard error says how

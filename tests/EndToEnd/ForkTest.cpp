@@ -24,7 +24,7 @@ int Forks() {
   return wanted == nullptr ? 100 : std::atoi(wanted);
 }
 
-/// What a medium got, by who logged it: "thread 0" to "thread 3", and "child 4711".
+/// The events in a file or output, by their source: "thread 0" to "thread 3", and "child 4711".
 class Received {
  public:
   void Add(const std::string& line) {

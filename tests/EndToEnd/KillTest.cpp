@@ -63,7 +63,7 @@ struct Counts {
   int anythingElse = 0;
 
   /// Counts a text that should have the lines of all events that were published, and may have the
-  /// next or, when it was cut behind a page of the file, a part of it.
+  /// next or, when it was cut after a page of the file, a part of it.
   void Add(const std::string& found, const std::string& published, const std::string& next,
            std::size_t fileSize) {
     const std::string all = published + next;

@@ -1,4 +1,4 @@
-// What lnav reads in log files with the format that is installed for it.
+// lnav reads log files with the format that is installed for it.
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ class LnavTest : public testing::Test {
   }
   std::string Logged() const { return folder_.Path("app.log"); }
 
-  /// What lnav answers to a question about the file, without the line of headings.
+  /// lnav's result of a query on the file, without the line of headings.
   std::string Answer(const std::string& question) const {
     const ProcessResult result =
         Lnav({"-n", "-c", ";" + question, "-c", ":write-csv-to -", Logged()});

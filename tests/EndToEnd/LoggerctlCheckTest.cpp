@@ -202,7 +202,7 @@ TEST_F(LoggerctlCheckTest, KnowsWhatTheApplicationMakes) {
 
 // Terminals.
 
-/// What the command writes to a terminal, with the variables in its environment.
+/// The command's output on a terminal, with the variables in its environment.
 std::string OnATerminal(const Words& environment) {
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);

@@ -886,7 +886,7 @@ class RandomConversionTest : public LoggerctlConvertTest {
     return WithoutClientNames(result.output);
   }
 
-  /// What both forms can say gets through to the other form and back, and nothing is reported.
+  /// Content that both forms can hold survives the conversion and back, and nothing is reported.
   void ExpectSameSystem(const std::string& configuration, const std::string& otherForm,
                         const std::string& form) const {
     const std::string system = Shown(configuration);
@@ -898,7 +898,7 @@ class RandomConversionTest : public LoggerctlConvertTest {
     ASSERT_EQ(system, Shown(back.output)) << there.output << "\nbecame\n" << back.output;
   }
 
-  /// Where anything changes, it is told.
+  /// Every change is reported.
   void ExpectNoSilentLoss(const std::string& configuration, const std::string& otherForm) const {
     const std::string system = Shown(configuration);
     const ProcessResult there = Convert(configuration, otherForm);

@@ -52,7 +52,7 @@ class LoggerctlServeTest : public testing::Test {
     return Lines(folder_.Path(handler + ".log"));
   }
 
-  /// The command with what it cannot use.
+  /// The command with words that it cannot use.
   ProcessResult Run(const Words& words) const {
     return RunProgram(Words{LOGGERCTL, "serve"} + words);
   }

@@ -1,4 +1,4 @@
-// What loggerctl show asks of the system, as strace tells it.
+// The system calls of loggerctl show, as strace prints them.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What all commands of loggerctl have in common, and those that only print.
+// The common options of all commands of loggerctl, and the commands that only print.
 
 #include <gtest/gtest.h>
 
@@ -159,7 +159,7 @@ TEST(LoggerctlTest, PrintsKeysForPrograms) {
 
 // The shell's completion.
 
-/// What bash would offer at the end of these words.
+/// The completions that bash would offer at the end of these words.
 std::string Completed(const Words& words) {
   std::string line;
   for (const std::string& word : words) line += "'" + word + "' ";

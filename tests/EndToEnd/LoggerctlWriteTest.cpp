@@ -583,7 +583,7 @@ TEST_F(LoggerctlWriteTest, ReportsThatStandardInputCannotBeRead) {
                  RunProgram(redirected + Command(config_) + Words{"--level", "1"}));
 }
 
-// What does not reach every client.
+// Lines that do not reach every client.
 
 /// Runs the command with a console client and a client 'f' beside it, both for messages.
 class LoggerctlWriteLossTest : public LoggerctlWriteTest {
@@ -819,7 +819,7 @@ TEST_F(LoggerctlWriteLossTest, ReportsASocketClientWithoutAServer) {
                  WriteTwoLines(ConfigurationWith("LogClientSocket", {{"serverip", "localhost"}})));
 }
 
-/// Answers everyone who connects with the same bytes, and ends or keeps the connection.
+/// Answers every connection with the same bytes, and closes or keeps it.
 class OtherServer {
  public:
   OtherServer(const std::string& answer, bool endsConnections)

@@ -23,7 +23,7 @@ using Words = std::vector<std::string>;
 
 constexpr int kRotations = 5;
 
-/// Sends the messages 0, 1, 2, ... one by one, until it is told to end.
+/// Sends the messages 0, 1, 2, ... one by one, until it is stopped.
 class SteadyClient {
  public:
   explicit SteadyClient(int port)
@@ -116,7 +116,7 @@ TEST_F(LogrotateTest, LosesAndDoublesNoEventOfAClientThatSendsAllTheTime) {
     const int sent = client.Sent();
     ASSERT_TRUE(Eventually([&] { return client.Sent() > sent + 100; }));
     Rotate();
-    ASSERT_TRUE(Eventually([&] { return Exists(Log()); })) << "the file was not opened anew";
+    ASSERT_TRUE(Eventually([&] { return Exists(Log()); })) << "the file was not reopened";
   }
   client.End();
   EXPECT_EQ(0, server.Stop().exitCode);

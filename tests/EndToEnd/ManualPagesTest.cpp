@@ -32,7 +32,7 @@ using Loggerctl::ValueType;
 namespace {
 
 using Words = std::vector<std::string>;
-using Items = std::map<std::string, std::string>;  // What is told of each thing in a list.
+using Items = std::map<std::string, std::string>;  // The items of a list with their descriptions.
 
 const std::string kProject = PROJECT_FOLDER;
 const std::string kHandWritten = kProject + "/docs/man/";
@@ -61,7 +61,7 @@ std::string Printed(const Words& words) {
   return RunProgram(command).output;
 }
 
-// What the program says.
+// The program's help texts.
 
 /// The options and arguments that a help text lists, with their meanings. They begin in the third
 /// column, their meanings in the thirty-first, which may be on the next line.
@@ -97,7 +97,7 @@ Items ExitCodesOfHelp(const std::string& help) {
   return codes;
 }
 
-// What a page says.
+// The content of a page.
 
 std::string PageOf(const std::string& command) {
   return Content(kHandWritten + "loggerctl" + (command.empty() ? "" : "-") + command + ".1");
@@ -257,8 +257,8 @@ TEST_P(ManualPageTest, IsWellFormedForMandoc) {
 
   std::istringstream lines(result.output);
   for (std::string line; std::getline(lines, line);) {
-    // Which pages are installed is this machine's matter; ours are looked for below. What a page
-    // names as its system is the library that it belongs to.
+    // Other pages may not be installed here; ours are checked below. A page's system is the
+    // library.
     const bool isExpected =
         line.find("referenced manual not found") != std::string::npos ||
         line.find("operating system explicitly specified: Os liblogger") != std::string::npos;

@@ -28,7 +28,7 @@ LogEvent Event(const std::string& message) {
 /// The client speaks with a server that takes at most so many bytes at once.
 class ClientPeerTest : public testing::Test {
  protected:
-  /// What the server wrote down when the client has ended.
+  /// The server's record, once the client has ended.
   std::string WrittenDown() {
     const ProcessResult result = server_.Wait();
     EXPECT_EQ(0, result.exitCode);
@@ -115,7 +115,7 @@ class ServerPeerTest : public testing::Test {
   TemporaryFolder folder_;
 };
 
-/// What a line of the extended layout says behind its date and time.
+/// The part of an extended layout's line after its date and time.
 std::string AfterTheTime(const std::string& line) { return line.substr(line.find('|')); }
 
 TEST_F(ServerPeerTest, UnderstandsEachEvent) {

@@ -28,7 +28,7 @@ std::set<std::string> TestsOfTheSources() {
   return tests;
 }
 
-/// What stands between single backticks.
+/// The texts between single backticks.
 std::vector<std::string> CodeOf(const std::string& page) {
   std::vector<std::string> code;
   for (std::size_t at = page.find('`'); at != std::string::npos; at = page.find('`', at + 1)) {

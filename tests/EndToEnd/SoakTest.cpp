@@ -1,9 +1,9 @@
 // All kinds of clients at once, for as long as one likes, while what they write to fails.
 // SOAK_SECONDS says for how long; scripts/soak sets it.
 //
-// In each round four threads log through a tree of twenty handlers to new clients, and something is
-// broken meanwhile. When they have ended, what lies in each file is compared, byte by byte, with
-// what Log and the clients' Publish and SendToServer have answered.
+// In each round four threads log through a tree of twenty handlers to new clients while a fault is
+// injected. Then the content of each file is compared, byte by byte, with the results of Log and of
+// the clients' Publish and SendToServer.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -160,14 +160,14 @@ class Server {
   int Port() const { return program_->Port(); }
   ProcessFigures Figures() const { return ProcessFigures::Of(std::to_string(program_->Id())); }
 
-  /// What it has written since the last call. There are no clients any more.
+  /// The text written since the last call. No client is connected any more.
   std::string TakeWritten() const {
     EXPECT_TRUE(Eventually([this] { return Figures().threads == idle_.threads; }));
     const std::string written = Content(file_);
     std::filesystem::resize_file(file_, 0);
     return written;
   }
-  /// Returns when it has let go of all connections.
+  /// Returns when it has closed all connections.
   void AwaitRest() const {
     EXPECT_TRUE(Eventually([this] { return Figures().descriptors == idle_.descriptors; }));
   }
@@ -199,7 +199,7 @@ class Tree {
     isQuiet = !isQuiet;
     At(index).SetLogLevel(kDebug, !isQuiet);
   }
-  /// Whether an event that is logged on one handler comes to the receivers of another.
+  /// Whether an event that is logged on one handler reaches the receivers of another.
   bool LeadsTo(int from, int to, unsigned int level) const {
     if (to < 0 || (level == kDebug && isQuiet_[static_cast<std::size_t>(to)])) return false;
     return from == to || LeadsTo(from, Parent(to), level);
@@ -228,7 +228,7 @@ struct LoggedEvent {
   std::string message;
 };
 
-/// What a round's four threads log, "<round> <thread> <number> xxx...", each on handlers by chance.
+/// The events of a round's four threads, "<round> <thread> <number> xxx...", on random handlers.
 class Logging {
  public:
   Logging(const Tree& tree, int round) : tree_(tree), round_(round) {}
@@ -256,7 +256,7 @@ class Logging {
     reached_.wait(lock, [this, calls] { return calls_ >= calls; });
   }
 
-  /// What a thread's events come to at a handler's receivers.
+  /// The text that a thread's events add at a handler's receivers.
   Messages Expected(int thread, int handler) const {
     Messages messages;
     for (const LoggedEvent& event : logged_[static_cast<std::size_t>(thread)]) {
@@ -295,7 +295,7 @@ void ExpectAll(const Logging& logging, int handler, const Messages& published) {
 enum class Fault { None, ServerKilled, ConnectionReset, NoDescriptors };
 constexpr int kFaults = 4;
 
-/// What was done and what came of it, over all rounds.
+/// Counts of faults and their effects, over all rounds.
 struct Totals {
   long rounds = 0;
   long logged = 0;
@@ -476,7 +476,7 @@ class Soak {
     }
   }
 
-  /// What the rolling file client has left, the oldest first. Without a descriptor for a new file
+  /// The files of the rolling file client, the oldest first. Without a descriptor for a new file
   /// it stops with a backup as its last file.
   std::string RolledContent() const {
     std::string content;

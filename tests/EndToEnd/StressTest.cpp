@@ -51,7 +51,7 @@ struct Origin {
   }
 };
 
-/// What one thread has logged: the number of an event is its index.
+/// The events of one thread: the number of an event is its index.
 struct Logged {
   std::size_t depth;
   unsigned int level;
@@ -87,13 +87,13 @@ class StressTest : public testing::Test {
         const bool isAccepted =
             handlers_[depth]->Log(level, "%d %d", thread, static_cast<int>(number));
         logged.push_back({depth, level, isAccepted});
-        std::this_thread::yield();  // Else those who change something wait long for the locks.
+        std::this_thread::yield();  // Otherwise the changing threads wait long for the locks.
       }
     });
     isLogging_ = false;
   }
 
-  /// What a receiver gets that is attached and detached by a function.
+  /// The events of a receiver that a function attaches and detaches.
   template <typename Passage>
   static Messages WhatPasses(const Passage& passage) {
     RecordingClient passing;
@@ -161,7 +161,7 @@ class Sequence {
   std::size_t Size() const { return places_.size(); }
 
   /// Expects that a receiver which was not always there missed nothing in between. Returns the
-  /// places of its first event and of the one behind its last.
+  /// places of its first event and of the one after its last.
   std::pair<std::size_t, std::size_t> ExpectWithoutGap(const Messages& messages) const {
     if (messages.empty()) return {0, 0};
     const std::size_t first = PlaceOf(messages.front());
@@ -190,8 +190,8 @@ class Sequence {
   }
 };
 
-/// Sets another layout of a client with each event. The handler that both are attached to lets
-/// nobody publish to the client meanwhile.
+/// Sets another layout of a client with each event. The lock of the handler that both are attached
+/// to keeps other threads from the client.
 class LayoutChanger : public LogHandlerClient {
  public:
   explicit LayoutChanger(LogClientFile& client) : client_(client) {}
@@ -207,7 +207,7 @@ class LayoutChanger : public LogHandlerClient {
   int count_ = 0;
 };
 
-/// What a file holds when the layout was changed before each event.
+/// The content of a file when the layout was changed before each event.
 std::string InChangingLayouts(const std::vector<LogEvent>& events) {
   std::string text;
   for (std::size_t index = 0; index < events.size(); ++index) {

@@ -82,7 +82,7 @@ TEST(UnloadTest, LeavesNothingInAThreadThatLoggedAndContinues) {
 
   EXPECT_FALSE(IsMapped("liblogger.so"));
   unloaded.set_value();
-  thread.join();  // What the thread has kept is not looked for in the library that has gone.
+  thread.join();  // Its thread-local data needs no code of the unloaded library.
 }
 
 TEST(UnloadTest, LeavesSignalsAsTheyWereAllTheTime) {

@@ -1,4 +1,4 @@
-// What the dissector shows of what went over connections, as tshark prints it.
+// The dissector's output for captured connections, as tshark prints it.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ LogEvent Event(const std::string& message) {
 
 class WiresharkTest : public testing::Test {
  protected:
-  /// What a client and a log server say to each other.
+  /// The bytes that a client and a log server exchange.
   template <typename Client>
   Conversation RecordWith(const Client& client) const {
     WriteFile(folder_.Path("serve.ini"),
@@ -75,7 +75,7 @@ class WiresharkTest : public testing::Test {
   TemporaryFolder folder_;
 };
 
-/// A client's words, behind the opening exchange.
+/// A client's bytes after the opening exchange.
 Conversation Said(const std::string& bytes) {
   Conversation conversation;
   conversation.Add(Side::Client, kVersionOne);

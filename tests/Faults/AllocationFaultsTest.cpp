@@ -62,7 +62,7 @@ class AllocationFaultsTest : public testing::Test {
       return false;
     }
   }
-  /// Logs from another thread, which waits when a lock was left behind.
+  /// Logs from another thread, which blocks if a lock was not released.
   void LogElsewhere(const std::string& message) {
     std::thread([&] { EXPECT_TRUE(handler_.Log(1, "%s", message.c_str())); }).join();
   }

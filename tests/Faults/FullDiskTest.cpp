@@ -126,7 +126,7 @@ TEST_P(FullDiskTest, LeavesAnXmlFileWholeAndHasAllOfItWhenThereIsRoomAgain) {
             XmlLog(disk_.Path("log.xml")).Messages());
 }
 
-/// What a disk without any room does to each kind of client.
+/// The effect of a disk without any room on each kind of client.
 class DevFullTest : public testing::Test {
  protected:
   DevFullTest() {

@@ -18,7 +18,7 @@ namespace {
 
 using Logger::Internal::FormatSimply;
 
-/// What both ways made of the same format and arguments, in a buffer of some size.
+/// The results of both ways for the same format and arguments, in a buffer of some size.
 struct Outcome {
   bool isSimple;
   std::string simple;
@@ -156,30 +156,30 @@ class RandomFormats {
 
   template <typename... Arguments>
   void AddConversion(const std::string& format, int left, Arguments... arguments) {
-    const std::string behind = Literal();
+    const std::string rest = Literal();
     switch (Below(5)) {
       case 0:
         Run(format +
                 Pick<const char*>(
                     {"%d", "%i", "%u", "%x", "%d", "%5d", "%05d", "%+d", "%hd", "%X"}) +
-                behind,
+                rest,
             left, arguments..., AnyNumber<int>());
         break;
       case 1:
         Run(format + Pick<const char*>({"%ld", "%li", "%lu", "%lx", "%zd", "%zu", "%zx", "%-9ld"}) +
-                behind,
+                rest,
             left, arguments..., AnyNumber<long>());
         break;
       case 2:
-        Run(format + Pick<const char*>({"%lld", "%lli", "%llu", "%llx", "%lld", "%.3lld"}) + behind,
+        Run(format + Pick<const char*>({"%lld", "%lli", "%llu", "%llx", "%lld", "%.3lld"}) + rest,
             left, arguments..., AnyNumber<long long>());
         break;
       case 3:
-        Run(format + Pick<const char*>({"%s", "%s", "%s", "%s", "%7s", "%.2s"}) + behind, left,
+        Run(format + Pick<const char*>({"%s", "%s", "%s", "%s", "%7s", "%.2s"}) + rest, left,
             arguments..., AnyText());
         break;
       default:
-        Run(format + Pick<const char*>({"%c", "%c", "%3c"}) + behind, left, arguments...,
+        Run(format + Pick<const char*>({"%c", "%c", "%3c"}) + rest, left, arguments...,
             static_cast<int>(Below(256)));
     }
   }

@@ -1,4 +1,4 @@
-// What the four built-in layouts write.
+// The output of the four built-in layouts.
 
 #include <gtest/gtest.h>
 
@@ -32,9 +32,9 @@ LogEvent EventFrom(const std::string& fileName, int line) {
 
 struct Case {
   const char* layout;
-  std::string before;         ///< What stands before the message of an event of level 1.
+  std::string before;         ///< The text before the message of an event of level 1.
   std::string beforeUnnamed;  ///< The same for a level without a name.
-  std::string widened;        ///< What a width of 22 makes of it; the message is "disk full".
+  std::string widened;        ///< The same with a width of 22; the message is "disk full".
 
   friend std::ostream& operator<<(std::ostream& out, const Case& row) { return out << row.layout; }
 };

@@ -32,7 +32,7 @@ copy() { # packages of this machine: their files, and what dpkg knows of them
   done
   dpkg-query -L "${missing[@]}" | grep '^/' | grep -v '^/usr/share/\(doc\|info\|locale\|man\)/' |
     sort -u >"$work/paths"
-  # Folders are made, not copied: others may put files into /tmp meanwhile.
+  # Folders are made, not copied: other programs may put files into /tmp at the same time.
   while read -r file; do
     if [ -d "$file" ] && [ ! -L "$file" ]; then echo "$root$file"; fi
   done <"$work/paths" | xargs -r -d '\n' mkdir -p
@@ -90,5 +90,5 @@ asked=$(cd "$root" && dpkg-shlibdeps -Sdebian/liblogger1 -O consumer-cmake/app)
 
 inside dpkg --purge liblogger-dev liblogger-doc liblogger-tools liblogger1
 left=$(find "$root/etc" "$root/usr" "$root/var" \( -iname '*liblogger*' -o -name 'loggerctl*' \))
-[ -z "$left" ] || fail "left behind: $left"
+[ -z "$left" ] || fail "not removed: $left"
 rm -rf "$root"

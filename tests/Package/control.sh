@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What the Debian packages say of themselves: control.sh SOURCE WORK
+# The control data of the Debian packages: control.sh SOURCE WORK
 set -euo pipefail
 source=$1
 packages=$2/packages

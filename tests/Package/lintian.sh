@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What lintian says of the Debian packages, apart from what is known: lintian.sh WORK
+# lintian finds nothing new in the Debian packages: lintian.sh WORK
 set -euo pipefail
 packages=$1/packages
 

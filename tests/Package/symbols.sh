@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What leaves the installed library, and under which name it is found: symbols.sh SOURCE WORK
+# The exported symbols of the installed library, and its SONAME: symbols.sh SOURCE WORK
 set -euo pipefail
 abi=$1/packaging/abi/liblogger.so.1.abi
 prefix=$2/prefix

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// What this program's operator new has given out and not got back.
+/// The bytes that this program has allocated by operator new and not released.
 std::size_t inUse = 0;
 std::size_t mostInUse = 0;
 

@@ -42,7 +42,7 @@ class FrameParserTest : public testing::Test {
   FrameParser parser_{found_};
 };
 
-/// What a parser finds in a stream that is cut before these positions.
+/// The result of a parser for a stream that is cut before these positions.
 Texts FoundIn(const std::string& stream, const std::vector<std::size_t>& cuts) {
   Found found;
   FrameParser parser(found);

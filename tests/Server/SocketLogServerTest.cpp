@@ -67,7 +67,7 @@ void SendAndFlush(PlainConnection& connection, const std::string& bytes) {
 /// Returns when the server has taken all that was sent on the connection.
 void Flush(PlainConnection& connection) { SendAndFlush(connection, ""); }
 
-/// What a server counts.
+/// The counts of a server.
 struct Served {
   unsigned long connections;
   unsigned long events;
@@ -796,7 +796,7 @@ TEST_F(SocketLogServerTest, ServesOthersWhateverAPeerSends) {
   EXPECT_EQ(sent, received);
 }
 
-/// What the peer has not taken yet.
+/// The bytes that the peer has not received yet.
 int Untaken(int descriptor) {
   int count = 0;
   ioctl(descriptor, SIOCOUTQ, &count);

@@ -6,7 +6,7 @@
 #include "Check/CheckFile.h"
 #include "Check/FindingPrinter.h"
 
-/// What `loggerctl check` prints about a file of this content, which is called "it".
+/// The output of `loggerctl check` for a file of this content, which is called "it".
 inline std::string Checked(const std::string& content,
                            const Loggerctl::CheckOptions& options = {}) {
   std::ostringstream out;

@@ -13,7 +13,7 @@
 #include "Support/RecordingClient.h"
 
 /// A client attached to a handler between two others. At its end it checks that these got every
-/// event, whatever befell the client.
+/// event, whether or not the client failed.
 class ClientAmongOthers {
  public:
   explicit ClientAmongOthers(LogHandlerClient& client) : witness_(client) {

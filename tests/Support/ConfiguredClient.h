@@ -77,7 +77,7 @@ inline Levels RegisteredLevels() {
   return levels;
 }
 
-/// What is attached to a handler that exists, in order.
+/// The receivers of an existing handler, in order.
 inline std::vector<LogHandlerClient*> Receivers(const std::string& handler) {
   std::vector<LogHandlerClient*> receivers;
   LogHandler* const parent = Logger::GetExistingLogHandler(handler);

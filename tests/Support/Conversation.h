@@ -10,7 +10,7 @@
 
 enum class Side { Client, Server };
 
-/// What the two sides of a connection say, one after the other.
+/// The bytes that the two sides of a connection send, in turn.
 class Conversation {
  public:
   struct Turn {

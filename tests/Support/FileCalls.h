@@ -18,7 +18,7 @@
 
 /// A call of the system that concerns a file.
 struct FileCall {
-  std::string function;    ///< Such as "rename".
+  std::string function;    ///< "rename", for example.
   std::string path;        ///< For a rename: of the file that is to be moved.
   int flags = 0;           ///< Of open.
   off_t position = -1;     ///< Of pwrite.
@@ -39,7 +39,7 @@ class FileCalls {
   FileCalls(const FileCalls&) = delete;
   FileCalls& operator=(const FileCalls&) = delete;
 
-  /// What has been called, each as "rename app.log".
+  /// The calls so far, each as "rename app.log".
   std::vector<std::string> made;
 
   static FileCalls*& Current() {
@@ -47,7 +47,7 @@ class FileCalls {
     return current;
   }
 
-  /// Whether the call is to fail; errno then tells why.
+  /// Whether the call is to fail; errno then has the reason.
   static bool Fails(FileCall& call) {
     FileCalls* const self = Current();
     if (self == nullptr || call.path.compare(0, self->folder_.size(), self->folder_) != 0) {

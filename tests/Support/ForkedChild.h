@@ -10,7 +10,7 @@
 /// A copy of this process that does one piece of work, and ends without the process's exit.
 class ForkedChild {
  public:
-  /// `work` tells whether all was well. A child that hangs is ended after a minute.
+  /// `work` returns whether it succeeded. A child that hangs is ended after a minute.
   explicit ForkedChild(const std::function<bool()>& work) : child_(fork()) {
     if (child_ != 0) return;
     End(work);

@@ -10,7 +10,7 @@
 #include "LogEvent.h"
 #include "LogLayout.h"
 
-/// What a layout writes to a fresh stream.
+/// The output of a layout on a new stream.
 inline std::string Formatted(LogLayout& layout, const LogEvent& event) {
   std::ostringstream out;
   layout.FormatAndAppend(out, event);

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string>
 
-/// What the system tells about a process.
+/// The system's figures about a process.
 struct ProcessFigures {
   long residentKilobytes;
   long descriptors;

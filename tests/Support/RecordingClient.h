@@ -38,7 +38,7 @@ class RecordingClient : public LogHandlerClient {
   }
 
   std::function<void(const LogEvent&)> whenPublished;  ///< Called for each event, if set.
-  bool result = true;                                  ///< What Publish answers.
+  bool result = true;                                  ///< Returned by Publish.
 
  private:
   mutable std::mutex mutex_;

@@ -14,7 +14,7 @@
 #include "Support/Sockets.h"
 
 /// Stands between one client and its server, passes on what they send, and resets both connections
-/// when it is told to. What was on its way is then lost.
+/// when Reset is called. Data in transit is then lost.
 class ResettableLink {
  public:
   explicit ResettableLink(int serverPort)

@@ -15,7 +15,7 @@ class ServingProgram {
   ServingProgram(const std::string& loggerctl, const std::vector<std::string>& words)
       : program_(Command(loggerctl, words)), greeting_(program_.ReadLine()) {}
 
-  /// The line that tells the address and the port.
+  /// The printed line with the address and the port.
   const std::string& Greeting() const { return greeting_; }
   int Port() const { return std::atoi(greeting_.substr(greeting_.rfind(' ') + 1).c_str()); }
   pid_t Id() const { return program_.Id(); }

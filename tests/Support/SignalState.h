@@ -10,8 +10,8 @@
 #include <sstream>
 #include <string>
 
-/// What the process does with every signal: a line for each, with the action, its flags and the
-/// signals that are blocked meanwhile.
+/// The process's action for every signal: a line for each, with the handler, its flags and the
+/// signals that are blocked while it runs.
 inline std::string SignalActions() {
   std::ostringstream actions;
   for (int signal = 1; signal < NSIG; ++signal) {

@@ -50,8 +50,8 @@ class SmallDisk {
   bool isMounted_ = false;
   std::unique_ptr<FileCalls> imitation_;
 
-  /// Mounts it where only this process sees it. A child tries that first: who may not do all of it
-  /// would be left with a part.
+  /// Mounts it in a private namespace. A child tries that first, since a failure in the middle
+  /// cannot be undone.
   bool Mount() const {
     const pid_t child = fork();
     if (child == 0) _exit(MountHere() ? 0 : 1);

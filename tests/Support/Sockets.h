@@ -15,7 +15,7 @@
 #include <string>
 #include <utility>
 
-/// Sockets by the system's plain calls. What never comes fails the test after a minute.
+/// Sockets by the system's plain calls. Waiting for more than a minute fails the test.
 
 inline void LimitWaiting(int descriptor) {
   const timeval limit{60, 0};
@@ -44,7 +44,7 @@ class PlainConnection {
     return *this;
   }
 
-  /// Connects to a port of this machine. IsOpen tells whether it was not refused.
+  /// Connects to a port of this machine. IsOpen is false when that was refused.
   static PlainConnection To(int port, int receiveBuffer = 0) {
     PlainConnection connection(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (receiveBuffer > 0) {
@@ -95,13 +95,13 @@ class PlainConnection {
     EXPECT_FALSE(count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) << "nothing came";
     return bytes;
   }
-  /// What comes next, as much as there is. Empty when the peer has closed.
+  /// The next bytes, as many as have arrived. Empty when the peer has closed.
   std::string ReceiveSome() {
     std::array<char, 4096> piece{};
     const ssize_t count = recv(descriptor_, piece.data(), piece.size(), 0);
     return std::string(piece.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
   }
-  /// What has arrived and not been received.
+  /// The bytes that have arrived and were not received.
   std::string Waiting() const {
     std::array<char, 4096> piece{};
     const ssize_t count = recv(descriptor_, piece.data(), piece.size(), MSG_PEEK | MSG_DONTWAIT);

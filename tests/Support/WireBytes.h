@@ -5,7 +5,7 @@
 
 #include "LogEvent.h"
 
-/// What travels between a socket client and a log server, put together byte by byte.
+/// The protocol between a socket client and a log server, composed byte by byte.
 
 /// An event, and its record and frame spelled out.
 inline LogEvent SmallEvent() { return {3, "abc", "h", "f.cpp", 42, timeval{1, 2}, 7}; }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// What an entry of an XML log holds.
+/// The content of an entry of an XML log.
 struct XmlEntry {
   std::string level;
   std::string date;

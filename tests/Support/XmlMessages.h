@@ -34,7 +34,7 @@ class XmlMessages {
                : xmlStructuredError == CollectError && xmlStructuredErrorContext == this;
   }
 
-  std::string text;  ///< All messages, one behind the other.
+  std::string text;  ///< All messages, concatenated.
 
  private:
   __attribute__((format(printf, 2, 3))) static void Collect(void* context, const char* format,

@@ -1,6 +1,6 @@
 // The checker and the library agree: in a file without findings there is nothing that the library
-// skips. The library tells itself, without the checker's rules: whatever a file says, saying
-// something else there must give another system.
+// skips. That is tested without the checker's rules: changing any value of the file must give
+// another system.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ typedef std::vector<std::string> Words;
 
 // The system that the library makes of a file.
 
-/// Takes the place of a kind of client, and remembers what that would have been told.
+/// Stands in for a kind of client, and records its parameters.
 class StandIn : public LogClient {
  public:
   StandIn(const std::string& kind, const Words& parameters, const LogProperties& properties)
@@ -132,7 +132,7 @@ class CheckAgreementTest : public testing::Test {
     EXPECT_EQ(0, pipe2(ends.data(), O_CLOEXEC));
     const pid_t child = fork();
     if (child == 0) {
-      dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);  // libxml2 tells its mind.
+      dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);  // libxml2 reports errors.
       PutInStandIns();
       const bool isDone = Configurator().ReadConfiguration(file_);
       const std::string system = (isDone ? "done\n" : "not done\n") + DescribeSystem();

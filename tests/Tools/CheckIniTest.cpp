@@ -19,7 +19,7 @@ using Loggerctl::ReadIniLines;
 
 namespace {
 
-/// What is behind the lines of each case, so that they count from 1.
+/// The lines after those of each case, so that these count from 1.
 constexpr const char* kLevels =
     "loglevel = 1 2\n"
     "loglevel.1.name = ERROR\n"
@@ -30,12 +30,12 @@ constexpr const char* kConsole =
     "logclient.con.type = LogClientConsole\n"
     "logclient.con.handler = net\n";
 
-/// What is found in these lines, followed by levels, handlers and a client without fault.
+/// The findings in these lines, followed by levels, handlers and a client without fault.
 std::string CheckedLines(const std::string& lines) {
   return Checked(lines + kLevels + kHandlers + kConsole);
 }
 
-/// What is found in a client whose type is in line 1.
+/// The findings in a client whose type is in line 1.
 std::string CheckedClient(const std::string& lines) {
   return Checked(lines + "logclient = c\nlogclient.c.handler = net\n" + kLevels + kHandlers);
 }

@@ -1,5 +1,5 @@
-// What `loggerctl check --system` finds. It looks as its user may; the tests may run as root, and
-// then look as a user who is not.
+// The findings of `loggerctl check --system`, which depend on the user's rights. Tests that run as
+// root give these up first.
 
 #include <grp.h>
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ std::string FileClient(const std::string& kind, const std::string& file) {
          kind + "\n" + limits;
 }
 
-/// What a process finds that has become a user without rights, and runs in the current folder.
+/// The findings of a process without root's rights that runs in the current folder.
 std::string CheckedWithoutRights(const std::string& content) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) return "no pipe";
@@ -57,8 +57,8 @@ std::string CheckedWithoutRights(const std::string& content) {
   return found;
 }
 
-/// A folder of the test's own in which anybody may do anything, and in it one, "locked", with a
-/// file that can be written but not renamed.
+/// A folder that every user may write to, and in it one, "locked", with a file that can be written
+/// but not renamed.
 class CheckMachineTest : public testing::Test {
  protected:
   CheckMachineTest() {

@@ -70,7 +70,7 @@ TEST(CheckXmlTest, FindsNothingInADocumentWithoutFault) {
                         Parts().Document()));
 }
 
-// What is no configuration.
+// Inputs that are no configuration.
 
 TEST(CheckXmlTest, ReportsWhereADocumentIsBroken) {
   EXPECT_EQ(

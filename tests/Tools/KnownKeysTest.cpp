@@ -1,4 +1,4 @@
-// The table of what a configuration can say agrees with the library.
+// The table of known keys agrees with the library.
 
 #include "KnownKeys.h"
 
@@ -27,7 +27,7 @@ using Loggerctl::KnownParameter;
 
 namespace {
 
-/// The words that stand in the text between `start` and a quotation mark.
+/// The words in the text between `start` and a quotation mark.
 std::vector<std::string> WordsAfter(const std::string& start, const std::string& text) {
   std::vector<std::string> words;
   for (std::size_t found = 0; (found = text.find(start, found)) != std::string::npos;) {

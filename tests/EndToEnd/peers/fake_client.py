@@ -1,6 +1,6 @@
-"""A client of a log server, which sends events as it is told.
+"""A client of a log server, which sends events as its arguments say.
 
-Every argument behind the port is one thing to do, in order:
+Every argument after the port is one action, in order:
 
   event:LEVEL|MESSAGE|HANDLER|FILE|LINE|SECONDS|MICROSECONDS|THREAD   send an event
   large:SIZE       send an event with a message of so many letters x

@@ -53,7 +53,7 @@ def read_record(record):
         position += length
     line, seconds, microseconds, thread = struct.unpack_from(">iiii", record, position)
     if position + 16 != len(record):
-        raise Unexpected("%d bytes behind the record" % (len(record) - position - 16))
+        raise Unexpected("%d bytes after the record" % (len(record) - position - 16))
     return [level] + texts + [line, seconds, microseconds, thread]
 
 
