@@ -12,7 +12,7 @@ PEERS = [program for program in NAMES if program not in (FLOOR, OURS)]
 
 
 def unit(result):
-    """What a result counts: ("instructions" or "wall", as text, with its ratio)."""
+    """The figure of a result: ("instructions" or "wall", as text, with its ratio)."""
     return "instructions" if "instructions" in result else "wall"
 
 

@@ -21,7 +21,7 @@ target_compile_options(logger_build_settings INTERFACE
   $<$<CONFIG:Release>:-falign-functions=64>
   # Thread-local variables are few enough for the TLS model without a call.
   -ftls-model=initial-exec
-  # What __FILE__ gives does not depend on where the project was built.
+  # __FILE__ does not depend on where the project was built.
   -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
   $<$<BOOL:${LOGGER_WARNINGS_AS_ERRORS}>:-Werror>
   # A unique symbol would keep the library mapped after dlclose.

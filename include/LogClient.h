@@ -65,7 +65,7 @@ class LOGGER_EXPORT LogClient : public LogHandlerClient {
   void SetForkListener(LogForkListener* listener);
 
   LogLayout* layout_;  ///< Owned; may be null.
-  bool initialized_;   ///< What IsInitialize() returns; set by the derived kinds.
+  bool initialized_;   ///< Returned by IsInitialize(); set by the derived kinds.
 
  private:
   friend class Logger::Internal::ForkGuard;

@@ -2,7 +2,7 @@
 
 #include "LoggerExport.h"
 
-/// What a client does in a child that the process forks.
+/// A client's action in a forked child.
 ///
 /// A client with a connection, a queue or anything else that two processes must not share has an
 /// object of a class derived from this one and registers it with LogClient::SetForkListener. A

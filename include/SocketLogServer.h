@@ -63,7 +63,7 @@ class LOGGER_EXPORT SocketLogServer : public LibKelUtilities::SocketWrapper {
   /// longer one ends its connection, and the client that sent it cannot send any more.
   void SetMaxFrameLength(int bytes);
 
-  // What the server has served since it was made.
+  // Totals since the server was made.
   unsigned long GetConnectionCount() const;  ///< Connections taken.
   unsigned long GetEventCount() const;       ///< Events handed to the target.
   unsigned long GetRejectedFrameCount()

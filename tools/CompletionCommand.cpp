@@ -46,7 +46,7 @@ void PrintReply(const std::string& words) {
   std::cout << "COMPREPLY=($(compgen -W '" << words << "' -- \"$word\"))";
 }
 
-/// What can follow an option that takes a value.
+/// The words that can follow an option with a value.
 void PrintValues(const CLI::App& command) {
   const bool hasConfiguration = command.get_option_no_throw("--config") != nullptr;
   for (const CLI::Option* const option : command.get_options()) {
@@ -65,7 +65,7 @@ void PrintValues(const CLI::App& command) {
   }
 }
 
-/// What else can stand on the command's line.
+/// The other words of the command's line.
 void PrintCommand(const CLI::App& command) {
   std::string arguments;
   bool takesFiles = false;

@@ -53,8 +53,8 @@ struct LogHandler::SourcePosition {
   }
 };
 
-/// One event's way along the receivers. It stays in step when a receiver attaches or detaches
-/// others, or itself, meanwhile.
+/// One event's way along the receivers. It stays valid when a receiver attaches or detaches others,
+/// or itself.
 class LogHandler::Distribution {
  public:
   Distribution(const LogHandler& handler, const LogEvent& event)
@@ -122,9 +122,9 @@ void LogHandler::SetLogHandlerActive(bool active) {
 
 bool LogHandler::GetLogHandlerActive() const { return isActive_; }
 
-/// Makes the word follow its causes, each of which any thread and any signal handler may change
-/// meanwhile. It is right in the end: a thread that stored something outdated sees that afterwards,
-/// and stores again. A thread that sees the handler active finds that it accepts events.
+/// Recomputes the word from its sources, which any thread or signal handler may change at the same
+/// time. After storing it, a thread checks the sources again, and repeats if they changed. A thread
+/// that sees the handler active finds that it accepts events.
 void LogHandler::UpdateRejectedLevels() noexcept {
   constexpr std::uint64_t kEveryLevel = ~std::uint64_t{0};
   const auto rejected = [this](bool isActive) {

@@ -254,7 +254,7 @@ void SocketLogServer::Receive(RecvThreadData& data) {
       // with a context switch for each.
       sched_yield();
     }
-    // What has arrived by now is still taken, and no more: a peer may send for ever.
+    // Data that has arrived by now is still received, and no more: a peer may send without end.
     for (int left = WaitingBytes(data.descriptor); left > 0 && received > 0; left -= received) {
       received = ReceivePiece(data, parser, piece);
     }

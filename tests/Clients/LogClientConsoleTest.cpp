@@ -46,7 +46,7 @@ class StandardOutputTo {
   }
 };
 
-/// What has arrived on standard output's descriptor when the function returns.
+/// The bytes that have arrived on standard output's descriptor when the function returns.
 std::string OutputOf(const std::function<void()>& act) {
   const TemporaryFolder folder;
   const StandardOutputTo redirection(folder.Path("output"));

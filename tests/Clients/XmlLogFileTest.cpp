@@ -165,7 +165,7 @@ bool AreAlike(const std::string& one, const std::string& other) {
   return contents[0] == contents[1];
 }
 
-/// What this process has written so far, in bytes.
+/// The number of bytes that this process has written so far.
 unsigned long long BytesWritten() {
   std::ifstream counters("/proc/self/io");
   for (std::string name, value; counters >> name >> value;) {

@@ -37,7 +37,7 @@ class ClientAmongOthers {
     EXPECT_TRUE(handler_.LogForce(1, message.c_str()));
     return witness_.answer;
   }
-  /// What the client's Publish returned for each of these messages.
+  /// The results of the client's Publish for each of these messages.
   std::vector<bool> LogAll(const std::vector<std::string>& messages) {
     std::vector<bool> answers;
     for (const std::string& message : messages) answers.push_back(Log(message));

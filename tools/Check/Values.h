@@ -17,7 +17,7 @@ struct NumberReading {
     Cut,    ///< Something follows the digits, and is ignored.
     Capped  ///< It does not fit, and the nearest number that does is read.
   };
-  int value;  ///< What the library reads.
+  int value;  ///< As the library reads it.
   Form form;
 };
 NumberReading ReadNumber(const std::string& text);

@@ -16,7 +16,7 @@ class Unexpected(Exception):
 
 
 class Peer:
-    """What a connection brings, in the amounts that are asked for."""
+    """The bytes of a connection, in the amounts that are asked for."""
 
     def __init__(self, connection, piece):
         self.connection = connection
@@ -67,7 +67,7 @@ def shown(field):
 
 
 def serve(connection, piece):
-    """What came on the connection, in lines."""
+    """The bytes that arrived on the connection, in lines."""
     lines = []
     peer = Peer(connection, piece)
     version = peer.take(4)
