@@ -34,7 +34,7 @@ struct Case {
   const char* layout;
   std::string before;         ///< The text before the message of an event of level 1.
   std::string beforeUnnamed;  ///< The same for a level without a name.
-  std::string widened;        ///< The same with a width of 22; the message is "disk full".
+  std::string widened;        ///< The line with a width of 22; the message is "disk full".
 
   friend std::ostream& operator<<(std::ostream& out, const Case& row) { return out << row.layout; }
 };
