@@ -3,16 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <future>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "LogClientSocket.h"
 #include "LogHandler.h"
-#include "LogHandlerClient.h"
 #include "LogLevelManager.h"
 #include "Logger.h"
 #include "SocketLogServer.h"
@@ -225,47 +222,6 @@ TEST_F(SocketForkTest, ConnectsAlsoWhenAThreadIsStuckInTheClient) {
 
   connection.Reset();
   EXPECT_EQ(1, stuck.Result());
-}
-
-/// Counts the events of the parent and those of its children.
-class CountingTarget : public LogHandlerClient {
- public:
-  bool Publish(const LogEvent& event) override {
-    ++(event.GetLogMessage() == "child" ? ofChildren : ofParent);
-    return true;
-  }
-  bool IsInitialize() override { return true; }
-  bool IsLogClient() const override { return true; }
-
-  std::atomic<long> ofParent{0};
-  std::atomic<long> ofChildren{0};
-};
-
-TEST_F(SocketForkTest, StartsAfreshInAChildThatIsForkedWhileAnotherThreadSends) {
-  CountingTarget target;
-  SocketLogServer server;
-  ASSERT_TRUE(server.Start(&target, kHere, 0, 0));
-  client_ = std::make_unique<LogClientSocket>(kHere, server.GetPort(), kAsynchronous, 0);
-  std::atomic<bool> isOver{false};
-  long published = 0;
-  std::thread sender([&] {
-    while (!isOver) {
-      for (int i = 0; i < 100; ++i, ++published) Publish("parent");
-      client_->SendToServer(false);
-    }
-  });
-
-  constexpr int kForks = 100;
-  for (int i = 0; i < kForks; ++i) {
-    const ForkedChild child([this] { return Publish("child") && client_->SendToServer(true); });
-    EXPECT_TRUE(child.IsWell()) << i;
-  }
-  isOver = true;
-  sender.join();
-  EXPECT_TRUE(client_->SendToServer(true));
-
-  EXPECT_EQ(kForks, target.ofChildren);
-  EXPECT_EQ(published, target.ofParent);
 }
 
 }  // namespace
