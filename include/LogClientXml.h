@@ -54,6 +54,10 @@ class LOGGER_EXPORT LogClientXml : public LogClient {
   /// event for whose entry there is no memory is dropped.
   bool Publish(const LogEvent& event) override;
 
+  /// Whether the file lacks entries: the last attempt to save the document failed, or there was
+  /// none yet. The next event tries again. The caller serialises it with Publish.
+  bool HasFailed() const;
+
  private:
   template <typename Client>
   friend class Logger::Internal::ForkListenerOf;

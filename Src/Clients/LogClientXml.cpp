@@ -144,6 +144,8 @@ bool LogClientXml::Publish(const LogEvent& event) {
   return true;
 }
 
+bool LogClientXml::HasFailed() const { return !initialized_ || !file_->IsSaved(); }
+
 void LogClientXml::ContinueInChild(bool wasBusy) {
   if (!wasBusy) {
     if (entries_ != nullptr) file_->ContinueInChild(*entries_);

@@ -89,10 +89,15 @@ class LibxmlWriter {
   void append(std::string_view text) {
     xmlOutputBufferWrite(output_.get(), static_cast<int>(text.size()), text.data());
   }
+  /// Whether all of it was written.
+  bool Finish() {
+    const bool isWritten = xmlOutputBufferFlush(output_.get()) >= 0;
+    return xmlOutputBufferClose(output_.release()) >= 0 && isWritten;
+  }
 
  private:
   const LibxmlErrorGuard guard_;
-  const XmlOutput output_;
+  XmlOutput output_;
 };
 
 /// Whether all of the text was written at the place, with one call.
@@ -151,6 +156,7 @@ bool IsFine(const timespec& stamp) {
 XmlLogFile::XmlLogFile(const std::string& fileName)
     : fileName_(fileName),
       isOurs_(true),
+      isSaved_(false),
       process_(getpid()),
       parent_(0),
       owner_(process_),
@@ -167,9 +173,10 @@ void XmlLogFile::Add(const XmlEntry& entry, XmlLogDocument& document) {
   writer.append(XmlLogDocument::kEnd);
   if (!document.Add(entry)) return;
   if (!IsAsWritten()) {
-    SaveWhole(document, XmlSpacing::Unindented());
-  } else if (!WriteOverEnd()) {
-    Distrust();
+    isSaved_ = SaveWhole(document, XmlSpacing::Unindented());
+  } else {
+    isSaved_ = WriteOverEnd();
+    if (!isSaved_) Distrust();
   }
   std::swap(end_, next_);
 }
@@ -211,7 +218,7 @@ std::string XmlLogFile::Content() const {
 }
 
 void XmlLogFile::SaveIndented(const XmlLogDocument& document) {
-  SaveWhole(document, XmlSpacing::Indented());
+  isSaved_ = SaveWhole(document, XmlSpacing::Indented());
   Distrust();
 }
 
@@ -259,20 +266,23 @@ bool XmlLogFile::Open() {
   return isReadable_ || descriptor_.Open(fileName_, O_WRONLY | O_TRUNC);
 }
 
-void XmlLogFile::SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing) {
+/// Whether all of it was written.
+bool XmlLogFile::SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing) {
   Distrust();
   if (!IsPlain(fileName_)) {
     LibxmlWriter writer(fileName_);
-    if (writer.IsOpen()) document.AppendTo(writer, spacing);
-    return;
+    if (!writer.IsOpen()) return false;
+    document.AppendTo(writer, spacing);
+    return writer.Finish();
   }
-  if (!Open()) return;
+  if (!Open()) return false;
   PageWriter writer(descriptor_);
   document.AppendTo(writer, spacing);
   const off_t size = writer.Finish();
   const bool canGoOn = size > 0 && fstat(descriptor_.Get(), &written_) == 0 &&
                        S_ISREG(written_.st_mode) && written_.st_size == size;
   if (!canGoOn) Distrust();
+  return size >= 0;
 }
 
 }  // namespace Logger::Internal

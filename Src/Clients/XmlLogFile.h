@@ -35,12 +35,15 @@ class XmlLogFile {
   bool IsOurs(XmlLogDocument& document) noexcept;
 
   void SaveIndented(const XmlLogDocument& document);
+  /// Whether the last attempt to save the document worked.
+  bool IsSaved() const { return isSaved_; }
   /// Lets the next save write the whole document.
   void Distrust() { static_cast<void>(descriptor_.Close()); }
 
  private:
   const std::string fileName_;
   bool isOurs_;
+  bool isSaved_;
   pid_t process_;              // The one that has this object.
   pid_t parent_;               // The one that forked it.
   pid_t owner_;                // Another one that may write the file, unless it has ended.
@@ -57,7 +60,7 @@ class XmlLogFile {
   bool EndsAsWritten() const;
   bool WriteOverEnd();
   bool Open();
-  void SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing);
+  bool SaveWhole(const XmlLogDocument& document, const XmlSpacing& spacing);
 };
 
 }  // namespace Logger::Internal

@@ -441,10 +441,12 @@ TEST_F(LogClientXmlTest, WritesEverythingWithTheNextSaveThatWorks) {
   LogClientXml client(file, "");
   client.Publish(EventWith("one"));
   client.Publish(EventWith("two"));
+  EXPECT_TRUE(client.HasFailed());
   std::filesystem::create_directory(folder_.Path("missing"));
 
   client.Publish(EventWith("three"));
 
+  EXPECT_FALSE(client.HasFailed());
   EXPECT_EQ((std::vector<std::string>{"one", "two", "three"}), XmlLog(file).Messages());
 }
 

@@ -650,7 +650,7 @@ TEST_F(LoggerctlWriteLossTest, ReportsAFileThatCouldNotBeOpened) {
 }
 
 TEST_F(LoggerctlWriteLossTest, ReportsADeviceThatIsFull) {
-  for (const std::string kind : {"LogClientFile", "LogClientRollingFile"}) {
+  for (const std::string kind : {"LogClientFile", "LogClientRollingFile", "LogClientXML"}) {
     ExpectBothLost(kind + ", /dev/full", "No space left on device",
                    WriteTwoLines(ConfigurationWith(
                        kind, {{"filename", "/dev/full"}, {"filesize", "10"}, {"maxbackup", "1"}})));
@@ -702,6 +702,10 @@ TEST_F(LoggerctlWriteLossTest, ReportsAClientThatWasLeftOut) {
       "LogClientFile" + place, "it has no handler",
       WriteTwoLines(ConfigurationWith("LogClientFile", file, "logclient.f.handler =\n")));
   EXPECT_EQ("", Content(folder_.Path("app.log")));
+  EXPECT_EQ(
+      "loggerctl write: client 'f' takes no events: it has no type\n"
+      "loggerctl write: 2 of 2 lines did not reach client 'f'\n",
+      WriteTwoLines(ConfigurationWith("", {})).errors);
 }
 
 TEST_F(LoggerctlWriteLossTest, NamesAClientOfADocumentByItsNumber) {
@@ -778,6 +782,11 @@ TEST_F(LoggerctlWriteLossTest, LooksWhetherADocumentWasSaved) {
   const std::string missing = folder_.Path("missing/app.xml");
   ExpectBothLost("LogClientXML, " + missing, "No such file or directory",
                  WriteTwoLines(ConfigurationWith("LogClientXML", {{"filename", missing}})));
+  const std::string url = folder_.Path("missing/app%20log.xml");
+  ExpectBothLost("LogClientXML, " + url, "No such file or directory",
+                 WriteTwoLines(ConfigurationWith("LogClientXML", {{"filename", url}})));
+  ExpectBothLost("LogClientXML, " + folder_.Path(), "Is a directory",
+                 WriteTwoLines(ConfigurationWith("LogClientXML", {{"filename", folder_.Path()}})));
   ExpectBothLost("LogClientXML", "it has no 'filename'",
                  WriteTwoLines(ConfigurationWith("LogClientXML", {})));
 }
@@ -794,10 +803,31 @@ TEST_F(LoggerctlWriteLossTest, CountsTheEntriesThatADocumentLacks) {
 
   EXPECT_EQ(3, result.exitCode);
   const std::string report = "loggerctl write: client 'f' (LogClientXML, " + file +
-                             ") takes no events: the document in the file is not complete\n"
+                             ") takes no events: an event could not be written\n"
                              "loggerctl write: ";
   ASSERT_EQ(0U, result.errors.find(report)) << result.errors;
   EXPECT_NE(std::string::npos, result.errors.find(" of 100 lines did not reach client 'f'\n"));
+}
+
+TEST_F(LoggerctlWriteLossTest, DoesNotCountALastEntryThatWasCut) {
+  const std::string file = folder_.Path("app.xml");
+  const std::string config =
+      File("own.ini", ConfigurationWith("LogClientXML", {{"filename", file}}));
+  const Words limited{"bash", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "bash"};
+  for (const int length :
+       {750, 772}) {  // The indented document is cut after the entry, or within it.
+    const std::string lines = "one\n" + std::string(length, 'x') + "\n";
+
+    const ProcessResult result =
+        RunProgram(limited + Command(config) + Words{"--level", "1"}, lines);
+
+    EXPECT_EQ(3, result.exitCode) << length;
+    EXPECT_EQ("loggerctl write: client 'f' (LogClientXML, " + file +
+                  ") takes no events: the document in the file is not complete\n"
+                  "loggerctl write: 1 of 2 lines did not reach client 'f'\n",
+              result.errors)
+        << length;
+  }
 }
 
 // Log servers.

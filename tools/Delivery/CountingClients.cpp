@@ -153,7 +153,16 @@ class CountingXml : public Counting<LogClientXml> {
   using Counting::Counting;
 
  protected:
-  std::string OwnFault() override { return Counts().Place().empty() ? kNoFileName : ""; }
+  bool Deliver(const LogEvent& event) override {
+    static_cast<void>(Counting::Deliver(event));  // True also when the document was not saved.
+    if (HasFailed()) return false;
+    delivery_.SetLost(0);  // The document has all entries.
+    return true;
+  }
+  std::string OwnFault() override {
+    if (Counts().Place().empty()) return kNoFileName;
+    return Counts().Given() > 0 && HasFailed() ? ErrorText() : "";
+  }
 };
 
 /// Takes the place of a client that was never made.

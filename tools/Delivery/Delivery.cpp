@@ -31,9 +31,11 @@ void Delivery::SetUnconfirmed() {
 void Delivery::ReportFault(const std::string& reason) {
   if (isFaultReported_) return;
   isFaultReported_ = true;
-  std::cerr << "loggerctl " << command_ << ": " << title_ << " (" << Escaped(kind_)
-            << (place_.empty() ? "" : ", ") << Escaped(place_) << ") takes no events: " << reason
-            << "\n";
+  std::cerr << "loggerctl " << command_ << ": " << title_;
+  if (!kind_.empty()) {
+    std::cerr << " (" << Escaped(kind_) << (place_.empty() ? "" : ", ") << Escaped(place_) << ")";
+  }
+  std::cerr << " takes no events: " << reason << "\n";
 }
 
 void Delivery::ReportLosses(const std::string& thing) const {
