@@ -121,6 +121,29 @@ CLI::Validator NumberFrom(int smallest, int largest, const std::string& what) {
       "");
 }
 
+void AddNumberOptions(CLI::App& command, ServeOptions& options) {
+  command.add_option("--port", options.port, "Port to listen on; 0 lets the system choose")
+      ->type_name("P")
+      ->check(NumberFrom(0, kLargestPort,
+                         "no port: a port is a number from 1 to 65535, or 0, with which the system "
+                         "chooses one"))
+      ->capture_default_str();
+  command
+      .add_option("--max-frame", options.maxFrameLength,
+                  "Longest event that is accepted, in bytes; a longer one ends its connection")
+      ->type_name("BYTES")
+      ->check(NumberFrom(1, std::numeric_limits<int>::max(),
+                         "no length: a length is a number of bytes from 1 to 2147483647"))
+      ->capture_default_str();
+  command
+      .add_option("--stamp-thread-id", options.stampThreadId,
+                  "Thread id for all events; 0 keeps those of the senders")
+      ->type_name("N")
+      ->check(NumberFrom(0, std::numeric_limits<int>::max(),
+                         "no thread id: a thread id is a number from 0 to 2147483647"))
+      ->capture_default_str();
+}
+
 }  // namespace
 
 void AddServeCommand(CLI::App& program, int& exitCode) {
@@ -133,26 +156,7 @@ void AddServeCommand(CLI::App& program, int& exitCode) {
       ->type_name("A")
       ->transform(MarkRemoved())
       ->capture_default_str();
-  command->add_option("--port", options->port, "Port to listen on; 0 lets the system choose")
-      ->type_name("P")
-      ->check(NumberFrom(0, kLargestPort,
-                         "no port: a port is a number from 1 to 65535, or 0, with which the system "
-                         "chooses one"))
-      ->capture_default_str();
-  command
-      ->add_option("--max-frame", options->maxFrameLength,
-                   "Longest event that is accepted, in bytes; a longer one ends its connection")
-      ->type_name("BYTES")
-      ->check(NumberFrom(1, std::numeric_limits<int>::max(),
-                         "no length: a length is a number of bytes from 1 to 2147483647"))
-      ->capture_default_str();
-  command
-      ->add_option("--stamp-thread-id", options->stampThreadId,
-                   "Thread id for all events; 0 keeps those of the senders")
-      ->type_name("N")
-      ->check(NumberFrom(0, std::numeric_limits<int>::max(),
-                         "no thread id: a thread id is a number from 0 to 2147483647"))
-      ->capture_default_str();
+  AddNumberOptions(*command, *options);
   command->footer(
       R"(Prints the address and port it listens on, and stops on SIGINT or SIGTERM: every event that
 was read is then written, and a line says how many events were served, how many frames were
