@@ -32,7 +32,7 @@ bool TakeSoon(pthread_mutex_t* mutex) {
   return false;
 }
 
-/// Sleeps for a moment, then tries once.
+/// Sleeps for a moment, then spins again.
 bool TakeAfterNap(pthread_mutex_t* mutex) {
   // Seconds and nanoseconds as the system call has them, whatever timespec is. The C library's
   // nanosleep() is a cancellation point, which must not be within a destructor.
@@ -44,7 +44,7 @@ bool TakeAfterNap(pthread_mutex_t* mutex) {
 /// Spins, then sleeps for short times, and at last blocks. An event holds a handler's mutex for
 /// about a microsecond, and waking a blocked thread takes many: two threads were measured at 790 ns
 /// for an event to a file, and at 1,020 ns without the short sleeps.
-[[gnu::cold, gnu::noinline]] void WaitFor(pthread_mutex_t* mutex) {
+void WaitFor(pthread_mutex_t* mutex) {
   constexpr int kNaps = 50;
   const int errnoBefore = errno;
   bool isTaken = TakeSoon(mutex);

@@ -26,7 +26,7 @@ class FileDescriptor {
   bool Close();
 
   /// Writes all bytes, with one system call unless that is a short write.
-  [[gnu::always_inline]] bool Write(const char* data, std::size_t size) const {
+  bool Write(const char* data, std::size_t size) const {
     while (size > 0) {
       const ssize_t written = write(descriptor_, data, size);
       if (written >= 0) {

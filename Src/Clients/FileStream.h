@@ -25,9 +25,8 @@ class FileBuffer : public std::streambuf {
   bool Close();
 
   /// Writes what was collected, with one system call unless that is a short write. What could not
-  /// be written is dropped. (Inlined, like the other steps to the system call, which clears the
-  /// CPU's return predictor.)
-  [[gnu::always_inline]] bool WriteCollected() {
+  /// be written is dropped.
+  bool WriteCollected() {
     const ClearAtEnd clear(collected_);
     return file_.Write(collected_.Data(), collected_.Size());
   }
@@ -85,7 +84,7 @@ class FileStream : public std::ostream {
   ByteBuffer* PlainText();
   /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
   /// it.
-  [[gnu::always_inline]] void WriteOut() {
+  void WriteOut() {
     // Not by flush(), which would turn a thread's cancellation into an error of the stream.
     if (!good()) {
       buffer_.DropCollected();

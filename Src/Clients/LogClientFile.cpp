@@ -18,10 +18,8 @@ using Logger::Internal::ForkListenerOf;
 namespace {
 
 /// Appends the line of a built-in layout without the stream's slow insertions. False when the
-/// stream would write something else, or memory ran out. (Not inlined, so that Publish itself needs
-/// few registers.)
-[[gnu::noinline]] bool AppendDirectly(const LogLayout& layout, FileStream& stream,
-                                      const LogEvent& event) {
+/// stream would write something else, or memory ran out.
+bool AppendDirectly(const LogLayout& layout, FileStream& stream, const LogEvent& event) {
   ByteBuffer* const bytes = stream.PlainText();
   if (bytes == nullptr) return false;
   try {
@@ -89,7 +87,7 @@ bool LogClientFile::OpenFile(bool append) {
   return isOpen;
 }
 
-[[gnu::cold, gnu::noinline]] void LogClientFile::Reopen() {
+void LogClientFile::Reopen() {
   const CancellationHold hold;  // A thread cancelled in between would leave no open file.
   isReopenDue_ = false;
   CloseFile();

@@ -56,14 +56,13 @@ LogClientRollingFile::LogClientRollingFile(const LogProperties& properties)
 
 LogClientRollingFile::~LogClientRollingFile() = default;
 
-// With the file client's Publish inlined: every return after a system call is mispredicted.
-[[gnu::flatten]] bool LogClientRollingFile::Publish(const LogEvent& event) {
+bool LogClientRollingFile::Publish(const LogEvent& event) {
   if (!LogClientFile::Publish(event)) return false;
   if (stream_->Position() <= maxFileSize_) return true;
   return Rollover();
 }
 
-[[gnu::cold, gnu::noinline]] bool LogClientRollingFile::Rollover() {
+bool LogClientRollingFile::Rollover() {
   const CancellationHold hold;  // A thread cancelled in between would leave no open file.
   const bool keepsBackups = maxBackup_ > 0;
   if (keepsBackups) RolloverFiles();

@@ -7,7 +7,7 @@ namespace Logger::Internal {
 
 ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
 
-[[gnu::cold, gnu::noinline]] void ByteBuffer::Grow(std::size_t count) {
+void ByteBuffer::Grow(std::size_t count) {
   // Some spare room: a long text is followed by short ones.
   constexpr std::size_t kSpareRoom = 256;
   const std::size_t needed = size_ + count + kSpareRoom;
@@ -18,7 +18,7 @@ ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
   capacity_ = capacity;
 }
 
-[[gnu::cold, gnu::noinline]] void ByteBuffer::GiveBack() {
+void ByteBuffer::GiveBack() {
   bytes_.reset();
   capacity_ = 0;
 }
