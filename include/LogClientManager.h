@@ -51,5 +51,5 @@ class LOGGER_EXPORT LogClientManager : public LibKelUtilities::MutexWrapper {
   void SetForkListener(const LogClient& client, LogForkListener* listener);
   bool DetachAndDelete(const timespec& deadline);
   std::vector<LogClient*> Clients() const;
-  bool IsListed(const LogClient& client);
+  bool Take(const LogClient& client);
 };

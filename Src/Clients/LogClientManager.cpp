@@ -36,9 +36,7 @@ void LogClientManager::AddLogClient(LogClient* lc) {
 
 void LogClientManager::RemoveLogClient(LogClient* lc) {
   Require(lc != nullptr, kRemoveLogClient);
-  const ThreadGuard guard(GetMutex());
-  const auto found = Find(*lc);
-  if (found != clients_.end()) clients_.erase(found);
+  static_cast<void>(Take(*lc));
 }
 
 void LogClientManager::SetForkListener(const LogClient& client, LogForkListener* listener) {
@@ -60,11 +58,9 @@ void LogClientManager::Clear() {
 /// thread held one of their handlers up to the deadline, or made new clients.
 bool LogClientManager::DetachAndDelete(const timespec& deadline) {
   for (LogClient* const client : Clients()) {
-    // Not under the lock: a client may wait at its end for a thread that makes or deletes others.
-    if (IsListed(*client) && LivingHandlers::Detach(*client, deadline)) {
-      RemoveLogClient(client);
-      delete client;
-    }
+    // Not under the lock: a client may wait at its end for a thread that makes or deletes others. A
+    // client that has left the list is being deleted elsewhere.
+    if (LivingHandlers::Detach(*client, deadline) && Take(*client)) delete client;
   }
   return Clients().empty();
 }
@@ -76,7 +72,11 @@ std::vector<LogClient*> LogClientManager::Clients() const {
   return clients;
 }
 
-bool LogClientManager::IsListed(const LogClient& client) {
+/// Takes the client out of the list. False when it is not there.
+bool LogClientManager::Take(const LogClient& client) {
   const ThreadGuard guard(GetMutex());
-  return Find(client) != clients_.end();
+  const auto found = Find(client);
+  if (found == clients_.end()) return false;
+  clients_.erase(found);
+  return true;
 }
