@@ -122,7 +122,7 @@ class CountingSocket : public Counting<LogClientSocket> {
     if (!hasSent) return;
     if (IsConnected()) SendToServer(true);
     if (IsConnected()) return;
-    delivery_.ReportFault("the server ended the connection before it confirmed what it got");
+    delivery_.ReportFault("the server did not confirm what it got");
     delivery_.SetUnconfirmed();
   }
 
