@@ -816,7 +816,7 @@ TEST_F(LoggerctlWriteLossTest, DoesNotCountALastEntryThatWasCut) {
   const Words limited{"bash", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "bash"};
   for (const int length :
        {750, 772}) {  // The indented document is cut after the entry, or within it.
-    const std::string lines = "one\n" + std::string(length, 'x') + "\n";
+    const std::string lines = "one\n" + std::string(static_cast<std::size_t>(length), 'x') + "\n";
 
     const ProcessResult result =
         RunProgram(limited + Command(config) + Words{"--level", "1"}, lines);
