@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 
+#include "Internal/HotPath.h"
 namespace Logger::Internal {
 
 /// An open file, closed with the object and close-on-exec.
@@ -26,7 +27,7 @@ class FileDescriptor {
   bool Close();
 
   /// Writes all bytes, with one system call unless that is a short write.
-  bool Write(const char* data, std::size_t size) const {
+  LOGGER_INLINED bool Write(const char* data, std::size_t size) const {
     while (size > 0) {
       const ssize_t written = write(descriptor_, data, size);
       if (written >= 0) {

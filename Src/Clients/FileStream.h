@@ -8,6 +8,7 @@
 
 #include "Clients/FileDescriptor.h"
 #include "Internal/ByteBuffer.h"
+#include "Internal/HotPath.h"
 
 namespace Logger::Internal {
 
@@ -26,7 +27,7 @@ class FileBuffer : public std::streambuf {
 
   /// Writes what was collected, with one system call unless that is a short write. What could not
   /// be written is dropped.
-  bool WriteCollected() {
+  LOGGER_INLINED bool WriteCollected() {
     const ClearAtEnd clear(collected_);
     return file_.Write(collected_.Data(), collected_.Size());
   }
@@ -84,7 +85,7 @@ class FileStream : public std::ostream {
   ByteBuffer* PlainText();
   /// Hands everything to the kernel; sets badbit when that fails. A stream that has failed drops
   /// it.
-  void WriteOut() {
+  LOGGER_INLINED void WriteOut() {
     // Not by flush(), which would turn a thread's cancellation into an error of the stream.
     if (!good()) {
       buffer_.DropCollected();

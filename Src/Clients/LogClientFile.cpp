@@ -5,6 +5,7 @@
 #include "Clients/FileStream.h"
 #include "Clients/ForkListenerOf.h"
 #include "Internal/CancellationHold.h"
+#include "Internal/HotPath.h"
 #include "Layouts/DirectLine.h"
 #include "LogLayout.h"
 #include "LogProperties.h"
@@ -18,8 +19,10 @@ using Logger::Internal::ForkListenerOf;
 namespace {
 
 /// Appends the line of a built-in layout without the stream's slow insertions. False when the
-/// stream would write something else, or memory ran out.
-bool AppendDirectly(const LogLayout& layout, FileStream& stream, const LogEvent& event) {
+/// stream would write something else, or memory ran out. (Not inlined, so that Publish itself needs
+/// few registers.)
+[[gnu::noinline]] bool AppendDirectly(const LogLayout& layout, FileStream& stream,
+                                      const LogEvent& event) {
   ByteBuffer* const bytes = stream.PlainText();
   if (bytes == nullptr) return false;
   try {
@@ -87,7 +90,7 @@ bool LogClientFile::OpenFile(bool append) {
   return isOpen;
 }
 
-void LogClientFile::Reopen() {
+LOGGER_KEPT_APART void LogClientFile::Reopen() {
   const CancellationHold hold;  // A thread cancelled in between would leave no open file.
   isReopenDue_ = false;
   CloseFile();

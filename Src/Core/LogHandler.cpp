@@ -13,6 +13,7 @@
 #include "Core/ProcessLevels.h"
 #include "Internal/ErrnoKeeper.h"
 #include "Internal/FormattedText.h"
+#include "Internal/HotPath.h"
 #include "Internal/Require.h"
 #include "LibKelUtilities/GetTid.h"
 #include "Logger.h"
@@ -165,7 +166,7 @@ bool LogHandler::IsEnabledFor(unsigned int level) const {
 }
 
 /// HandleLogEvent, in place.
-inline bool LogHandler::Accepts(unsigned int level) const {
+LOGGER_INLINED inline bool LogHandler::Accepts(unsigned int level) const {
   static_assert(kLevelsInWord == LevelAccess::kCommonLevels);
   return level < kLevelsInWord ? MayLog(level) : AcceptsUncommon(level);
 }
@@ -173,7 +174,7 @@ inline bool LogHandler::Accepts(unsigned int level) const {
 bool LogHandler::HandleLogEvent(unsigned int level) const { return Accepts(level); }
 
 /// The test of a level that has no bit.
-bool LogHandler::AcceptsUncommon(unsigned int level) const {
+LOGGER_KEPT_APART bool LogHandler::AcceptsUncommon(unsigned int level) const {
   return isActive_ && ProcessLevels::Exists(level) && IsEnabledFor(level);
 }
 
@@ -260,16 +261,18 @@ void LogHandler::ContinueInChild(bool isHeld) {
 /// Whether the event has come round in a cycle of handlers, which would never end.
 inline bool LogHandler::IsDistributing(const LogEvent& event) const {
   const Distribution* under = distributions_;
+  if (__builtin_expect(under == nullptr, 1)) return false;
   while (under != nullptr && !under->IsOf(event)) under = under->Outer();
   return under != nullptr;
 }
 
-inline void LogHandler::DistributeUnderLock(const LogEvent& event) const {
+LOGGER_INLINED inline void LogHandler::DistributeUnderLock(const LogEvent& event) const {
   if (!IsDistributing(event)) Distribution(*this, event).Run();
 }
 
-inline void LogHandler::Fill(LogEvent& event, unsigned int level, const SourcePosition& position,
-                             const char* text, std::size_t length) const {
+LOGGER_INLINED inline void LogHandler::Fill(LogEvent& event, unsigned int level,
+                                            const SourcePosition& position, const char* text,
+                                            std::size_t length) const {
   timeval now;
   gettimeofday(&now, nullptr);
   EventAccess::SetTexts(event, {text, length}, name_, {position.file, position.fileLength});
@@ -277,19 +280,17 @@ inline void LogHandler::Fill(LogEvent& event, unsigned int level, const SourcePo
 }
 
 /// A receiver that logs through this handler while an event is under way needs an event of its own.
-/// (Kept out of the path of other events: inlined, it makes each of them 55 instructions longer, of
-/// about 1,450.)
-[[gnu::cold, gnu::noinline]] void LogHandler::PublishWithin(unsigned int level,
-                                                            const SourcePosition& position,
-                                                            const char* text, std::size_t length) {
+LOGGER_KEPT_APART void LogHandler::PublishWithin(unsigned int level, const SourcePosition& position,
+                                                 const char* text, std::size_t length) {
   LogEvent event = EmptyEvent();
   Fill(event, level, position, text, length);
   DistributeUnderLock(event);
 }
 
 /// Decides for good, under the lock, whether the text becomes an event, and distributes it.
-inline bool LogHandler::PublishText(unsigned int level, const SourcePosition& position,
-                                    const char* text, std::size_t length) {
+LOGGER_INLINED inline bool LogHandler::PublishText(unsigned int level,
+                                                   const SourcePosition& position, const char* text,
+                                                   std::size_t length) {
   const TurnGuard guard(*this);
   if (!Accepts(level)) return false;
   if (distributions_ != nullptr) {

@@ -1,4 +1,5 @@
 #include "Internal/ByteBuffer.h"
+#include "Internal/HotPath.h"
 
 #include <algorithm>
 #include <cstring>
@@ -7,7 +8,7 @@ namespace Logger::Internal {
 
 ByteBuffer::ByteBuffer() : size_(0), capacity_(0) {}
 
-void ByteBuffer::Grow(std::size_t count) {
+LOGGER_KEPT_APART void ByteBuffer::Grow(std::size_t count) {
   // Some spare room: a long text is followed by short ones.
   constexpr std::size_t kSpareRoom = 256;
   const std::size_t needed = size_ + count + kSpareRoom;
@@ -18,7 +19,7 @@ void ByteBuffer::Grow(std::size_t count) {
   capacity_ = capacity;
 }
 
-void ByteBuffer::GiveBack() {
+LOGGER_KEPT_APART void ByteBuffer::GiveBack() {
   bytes_.reset();
   capacity_ = 0;
 }
