@@ -73,7 +73,6 @@ class LOGGER_EXPORT LogManager : public LibKelUtilities::MutexWrapper {
  private:
   friend class Internal::ForkGuard;
   friend class Internal::ProcessManager;
-  friend class ::LogHandler;
 
   struct HandlerEntry;
   struct Abandoned;
